@@ -1,0 +1,136 @@
+// The files of a class beside its description: defaults (.def), class variables (.clv), and where they are looked up.
+//
+// A class default is a command in the class's initialisation macro, executed on every new object of the class. Class
+// variables survive between runs; their list's first element is a marker, "status=read" or "status=written", which
+// keeps a class from being written once for each of its objects.
+
+#include "AK_Object.h"
+
+#include <cstdio>
+#include <cstring>
+
+static constexpr int maxCommandLine = 255;
+static constexpr int maxVariableLine = 4095;
+
+// ----------------------------------------------------------------------------------------------------------------
+// Directories
+// ----------------------------------------------------------------------------------------------------------------
+
+static AK_String WithSlash(const AK_String& dir) { return dir.EndsWith("/") ? dir : dir + "/"; }
+
+void AK_Object::SetAttributesDirectory(const AK_String& dir) { _attributesDirectory = WithSlash(dir); }
+
+void AK_Object::SetUserAttributesDirectory(const AK_String& dir) { _userAttributesDirectory = WithSlash(dir); }
+
+static AK_String FileIn(const AK_String& dir, const AK_String& name, const char* ext, const char* subdir)
+{
+    AK_String path = dir.IsEmpty() ? AK_String(".") : dir;
+    if (subdir) path.AppendName(subdir, '/');
+    path.AppendName(name, '/');
+    if (ext) path.AppendExtension(ext);
+    return path;
+}
+
+AK_String AK_Object::AttributeFile(const AK_String& name, const char* ext, const char* subdir)
+{
+    const AK_String ofUser = FileIn(_userAttributesDirectory, name, ext, subdir);
+    if (AK_System::FileExists(ofUser.c_str())) {
+        AK_MSG("user-specific " << ofUser);
+        return ofUser;
+    }
+    return FileIn(_attributesDirectory, name, ext, subdir);
+}
+
+AK_String AK_Object::Arglist(const char* separator)
+{
+    AK_String list;
+    for (int i = 0; i < _argc; ++i) list = list + _argv[i] + separator;
+    return list;
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Class defaults
+// ----------------------------------------------------------------------------------------------------------------
+
+int AK_Object::SetClassDefault(const AK_String& name, const AK_String& attr, const AK_String& value)
+{
+    const AK_String path = AttributeFile(name, "def", nullptr);
+    FILE* file = std::fopen(path.c_str(), "a");
+    if (!file) {
+        AK_MSG("W:cannot open default-attributes-file " << path);
+        return 1;
+    }
+    std::fprintf(file, "%s\n", CommandString("", attr, value).c_str());
+    std::fclose(file);
+    return 0;
+}
+
+void AK_Object::ReadInitializationMacro(const AK_String& name, AK_List<AK_String>& list)
+{
+    if (list.Size() > 0) return;
+    const AK_String path = AttributeFile(name, "def", nullptr);
+    if (!AK_System::FileExists(path.c_str())) return;
+    AK_TextReader reader(path.c_str());
+    if (!reader.IsOpen()) {
+        list.Append("none");
+        return;
+    }
+    list.Append("follow");   // the commands are executed from the second element on
+    AK_String line;
+    while (reader.ReadLine(line, maxCommandLine)) list.Append(line);
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Class variables
+// ----------------------------------------------------------------------------------------------------------------
+
+void AK_Object::ReadClassVariables(const AK_String& name, AK_List<AK_String>& list)
+{
+    if (list.Size() > 0) return;
+    list.Append("status=read");
+    AK_TextReader reader((_userApplicationDirectory + name + ".clv").c_str());
+    AK_String line;
+    while (reader.IsOpen() && reader.ReadLine(line, maxVariableLine)) list.Append(line);
+}
+
+int AK_Object::WriteClassVariables(const AK_String& name, AK_List<AK_String>& list)
+{
+    if (list.Size() < 2 || list[0] == "status=written") return 0;
+    list[0] = "status=written";
+    FILE* file = std::fopen((_userApplicationDirectory + name + ".clv").c_str(), "w");
+    if (!file) return 1;
+    for (int i = 1; i < list.Size(); ++i) std::fprintf(file, "%s\n", list[i].c_str());
+    std::fclose(file);
+    return 0;
+}
+
+// Index of the element that begins with `name=`, or -1.
+static int IndexOfVariable(const AK_List<AK_String>& list, const AK_String& name)
+{
+    for (int i = 0; i < list.Size(); ++i)
+        if (list[i].StartsWith((name + "=").c_str())) return i;
+    return -1;
+}
+
+const char* AK_Object::ClassVariable(const AK_List<AK_String>& list, const AK_String& name)
+{
+    const int i = IndexOfVariable(list, name);
+    return i < 0 ? nullptr : list[i].c_str() + name.Length() + 1;
+}
+
+void AK_Object::ClassVariable(AK_List<AK_String>& list, const AK_String& name, const AK_String& value)
+{
+    const int i = IndexOfVariable(list, name);
+    if (i < 0)
+        list.Append(name + "=" + value);
+    else
+        list[i] = name + "=" + value;
+}
+
+int AK_Object::SaveClassVariablesRec()
+{
+    int result = SaveClassVariables();
+    for (int i = 0; i < _components.Size(); ++i)
+        if (Owns(i)) result += _components[i]->SaveClassVariablesRec();
+    return result;
+}

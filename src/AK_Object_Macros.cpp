@@ -1,0 +1,167 @@
+// Macros: text files of commands, the program's way to run without a person at the terminal.
+//
+// The extension of the name decides: "cint" is formula code, "py" a script for a front end that brings such a language,
+// anything else a file of commands. Lines outside comment blocks that do not begin with "set(" or "get(" are free text.
+//
+//   /*                          a comment block: shown with the next command in explanation mode
+//   The terrain comes first.    text for the default language
+//   %lang german                a block's text starts over if the line holds the current language; if it does not, the
+//   Zuerst das Gelaende.        block ends here
+//   */
+//   set("Project/DHMs", "ImportESRI", "alp.asc")
+
+#include "AK_Object.h"
+
+#include <cstring>
+
+static constexpr int maxMacroLine = 40959;
+
+// A macro is known by its name as it was called, which does not catch one that was found in the attribute directories
+// and calls itself by its short name, nor one that varies its spelling.
+static constexpr int maxRunningMacros = 100;
+
+int AK_Object::Signal()
+{
+    if (!_signalFunction) return 0;
+    const int result = _signalFunction();
+    if (result) _execStatus = "interrupted";
+    return result;
+}
+
+static AK_String Extension(const AK_String& name)
+{
+    const char* point = std::strrchr(name.c_str(), '.');
+    return !point || std::strchr(point, '/') ? AK_String() : AK_String(point + 1);
+}
+
+// The file itself, or that of the attribute directories when it does not exist and its name is relative.
+static AK_String Resolved(const AK_String& name)
+{
+    if (AK_System::FileExists(name.c_str()) || name.IsAbsolutePath()) return name;
+    return AK_Object::AttributeFile(name, nullptr, nullptr);
+}
+
+static void RunPython(const AK_String& file, const AK_String& name)
+{
+    AK_String& status = AK_Object::_execStatus;
+    if (!AK_System::FileExists(name.c_str())) {
+        status = AK_String("can neither open python file '") + file + "' nor '" + name + "'";
+        return;
+    }
+    if (!AK_Object::py_run_simple_string) {
+        status = "Python macros not supported";
+        return;
+    }
+    AK_TextReader reader(name.c_str());
+    if (!reader.IsOpen())
+        status = AK_String("can not open python file '") + name + "'";
+    else
+        AK_Object::py_run_simple_string(reader.ReadAll().c_str());
+}
+
+void AK_Object::ExecMacro(const AK_String& file, int noExplain)
+{
+    const Call running(this);
+    const AK_String name = file.IsEmpty() ? _macroFileName : file;
+    const AK_String extension = Extension(name);
+    if (extension == "cint") {
+        const AK_String resolved = Resolved(name);
+        if (AK_System::FileExists(resolved.c_str()))
+            Execute_QVT_SCI_code(resolved);
+        else
+            _execStatus = AK_String("can neither open macro file '") + file + "' nor '" + resolved + "'";
+    } else if (extension == "py")
+        RunPython(file, Resolved(name));
+    else
+        ExecCommandFile(name, noExplain);
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Command files
+// ----------------------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+// Follows the comment blocks of a macro; its state lives on from one repetition to the next.
+class CommentBlocks {
+public:
+    CommentBlocks()
+    {
+        AK_Object::_macroComment = "";
+        AK_Object::_macroFigure = 0;
+    }
+
+    // True if the line is outside all blocks and may be a command.
+    bool Outside(const AK_String& line)
+    {
+        if (line.StartsWith("//fi"))
+            AK_Object::_macroFigure = 1;
+        else if (line.StartsWith("/*")) {
+            _inside = true;
+            AK_Object::_macroComment = "/*\n";
+        } else if (!_inside)
+            return true;
+        else if (line.StartsWith("*/")) {
+            _inside = false;
+            AK_Object::_macroComment.Append("\n*/");
+        } else if (line.StartsWith("%lang")) {
+            _inside = std::strstr(line.c_str(), AK_Object::_language.c_str()) != nullptr;
+            if (_inside) AK_Object::_macroComment = "/*\n";
+        } else
+            AK_Object::_macroComment = AK_Object::_macroComment + line + "\n";
+        return false;
+    }
+
+private:
+    bool _inside = false;
+};
+
+} // namespace
+
+static bool IsRunning(const AK_String& name)
+{
+    const AK_List<AK_String>& running = AK_Object::_macroFileNameStack;
+    if (running.Size() >= maxRunningMacros) return true;
+    for (const AK_String& other : running)
+        if (other == name) return true;
+    return false;
+}
+
+// Runs the file once; false when something ended the macro.
+static bool PlayOnce(AK_Object& object, AK_TextReader& reader, CommentBlocks& comments, int noExplain)
+{
+    AK_String line;
+    while (reader.ReadLine(line, maxMacroLine)) {
+        if (!comments.Outside(line) || (!line.StartsWith("set(") && !line.StartsWith("get("))) continue;
+        if (AK_Object::Signal()) return false;
+        object.ExecCommand(line, noExplain);
+        if (AK_Object::_execStatus.IsEmpty()) continue;
+        AK_MSG("error '" << AK_Object::_execStatus << "' when executing macro command '" << line << "'!");
+        return false;
+    }
+    return true;
+}
+
+void AK_Object::ExecCommandFile(const AK_String& calledName, int noExplain)
+{
+    if (IsRunning(calledName)) {
+        _execStatus = "recursive macro call ignored";
+        return;
+    }
+    AK_String name = calledName;
+    AK_TextReader reader(name.c_str());
+    if (!reader.IsOpen() && !name.IsAbsolutePath()) {
+        name = AttributeFile(name, nullptr, nullptr);
+        reader.Open(name.c_str());
+    }
+    if (!reader.IsOpen()) {
+        _execStatus = AK_String("cannot open macro file '") + name + "'";
+        return;
+    }
+    _macroFileNameStack.Append(name);
+    CommentBlocks comments;
+    for (int i = _macroRepetitions; i > 0 && PlayOnce(*this, reader, comments, noExplain); --i)
+        if (i > 1) reader.Open(name.c_str());
+    _macroFileNameStack.Remove(_macroFileNameStack.Size() - 1);
+}
