@@ -338,6 +338,9 @@ public:
 
     static int RemoveFile(const AK_String& name);   // a file or an empty directory; 0 on success
     static int RenameFile(const AK_String& from, const AK_String& to);
+    /// The name under which a file is written before it is renamed to `name`, so that a reader never meets half of it:
+    /// `name` and ".tmp". What is there and is no regular file (a terminal, a link) is written in place: `name` itself.
+    static AK_String TemporaryName(const AK_String& name);
     /// Copies a file. 0 on success, 1 if `from` cannot be opened or read, 2 if `to` cannot be opened, 3 if it cannot be
     /// written. A copy of a file to itself leaves it as it is.
     static int CpyFile(const AK_String& from, const AK_String& to);

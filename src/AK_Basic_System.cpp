@@ -90,6 +90,13 @@ int AK_System::RenameFile(const AK_String& from, const AK_String& to)
     return std::rename(from.c_str(), to.c_str());
 }
 
+AK_String AK_System::TemporaryName(const AK_String& name)
+{
+    struct stat status;
+    if (lstat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return name;
+    return name + ".tmp";
+}
+
 // Two names, or a name and an open directory, for the same thing in the file system.
 static bool SameFile(const struct stat& a, const struct stat& b)
 {

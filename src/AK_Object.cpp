@@ -57,7 +57,7 @@ static AK_String UserApplicationDirectory()
     AK_String dir = AK_System::HomeDirectory();
     if (!dir.EndsWith("/")) dir.Append("/");
     dir = dir + "." + program + "/";
-    if (!AK_System::FileExists(dir.c_str()) && AK_System::CreateDir(dir.c_str()) != 0) return "";
+    if (!AK_System::FileExists(dir) && AK_System::CreateDir(dir) != 0) return "";
     return dir;
 }
 
@@ -262,8 +262,7 @@ void AK_Object::Update()
 
 void AK_Object::RemoveFromDisc()
 {
-    if (!_projectDir.IsEmpty() && AK_System::FileExists(_projectDir.c_str()))
-        AK_System::RemoveFileRecursively(_projectDir.c_str());
+    if (!_projectDir.IsEmpty() && AK_System::FileExists(_projectDir)) AK_System::RemoveFileRecursively(_projectDir);
 }
 
 bool AK_Object::IsOfType(const AK_String& type) const

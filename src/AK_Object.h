@@ -12,8 +12,7 @@
 //
 // Only the main thread enters this layer.
 
-#ifndef AK_OBJECT_H
-#define AK_OBJECT_H
+#pragma once
 
 #include "AK_Basic.h"
 
@@ -34,9 +33,9 @@ struct Symbol;
 /// line continues it on the next, deeper indented one.
 class AK_Attribute {
 public:
-    AK_String _id;                                   // text before the first ":" of the line
-    AK_String _cmd;                                  // the rest of the line; for most kinds the name to Get
-    AK_List<const AK_Attribute*> _components{1};     // in file order; the base class's root is the last of a root
+    AK_String _id;                                 // text before the first ":" of the line
+    AK_String _cmd;                                // the rest of the line; for most kinds the name to Get
+    AK_List<const AK_Attribute*> _components{1};   // in file order; the base class's root is the last of a root
 
     /// The i-th dot-separated field of the id: 0 the kind, 1 the name; "" when there are fewer.
     AK_String Id(int i) const;
@@ -175,9 +174,9 @@ public:
     AK_Object* Root() const;
     /// First direct component with that id, or null.
     AK_Object* Component(const AK_String& id) const;
-    void AddComponent(AK_Object* object);       // owned from now on; becomes "$latest_comp"
-    void AppendComponent(AK_Object* object);    // a reference, unless it is in the list already
-    void AddNewComponent(const AK_String& id);  // what the class's create function makes; nothing without one
+    void AddComponent(AK_Object* object);        // owned from now on; becomes "$latest_comp"
+    void AppendComponent(AK_Object* object);     // a reference, unless it is in the list already
+    void AddNewComponent(const AK_String& id);   // what the class's create function makes; nothing without one
     /// Drops the first reference with that id; true if there was one.
     bool RemoveComponent(const AK_String& id);
     /// Takes this object out of its parent's list without deleting anything.
@@ -199,8 +198,8 @@ public:
     const AK_String& Id() const { return _id; }
     /// Sets the id, made of letters, digits and "_" and unique among the parent's components; moves the directory.
     void Id(const AK_String& id);
-    AK_String IdAbs() const;                       // "Viewer/Project/DHMs"
-    AK_String IdAbs(const AK_Object* base) const;  // "../x": the path that leads here from base
+    AK_String IdAbs() const;                        // "Viewer/Project/DHMs"
+    AK_String IdAbs(const AK_Object* base) const;   // "../x": the path that leads here from base
     AK_String IdTyped() const;
     AK_String Type() const;
     /// The object a path leads to, loaded from disc if need be; null if there is none.
@@ -225,7 +224,7 @@ public:
     static bool IsVariableName(const AK_String& name);
     AK_String VariableValue(const AK_String& name) const;   // makes an unknown one, with the value ""
     void SetVariableValue(const AK_String& name, const AK_String& value);
-    void SetVariableValue(const AK_String& assignment);     // "name=value"
+    void SetVariableValue(const AK_String& assignment);   // "name=value"
     AK_String VariableValues() const;
     void VariableValues(const AK_String& list);
     /// Splits "path:attr" at the first ":"; false if the text has not that form.
@@ -275,6 +274,8 @@ public:
     static int Signal();
 
     // ---- persistence (AK_Object_Persistence.cpp)
+    // SaveAs and Load work on this object alone, the others on its owned components too. Saving goes on after an error
+    // and keeps the first; loading stops at it.
     void SaveAs(const AK_String& dir);
     void Save(const AK_String& ignored);
     void SaveProject(const AK_String& ignored);
@@ -282,10 +283,7 @@ public:
     void Load(const AK_String& dir);
     void LoadProject(const AK_String& dir);
     void SaveAttributesRecursively(const AK_String& file) const;
-    void LoadComponent(const AK_String& id);
-    void UnloadComponent(const AK_String& id);
-    AK_String UnloadedComponentsList() const;
-    /// The component of that id, made and loaded from the directory of this object; null if that holds no such one.
+    /// The component of that id, made and loaded from its directory in the one of this object; null if there is none.
     AK_Object* LoadedComponent(const AK_String& id);
 
     // ---- formula code (AK_Object_Script.cpp)
@@ -301,7 +299,7 @@ public:
     void StartInBackground(const AK_String& args);
 
     // ---- process-wide state
-    static int _lang;                             // 1 while the language is "german"
+    static int _lang;   // 1 while the language is "german"
     static int _argc;
     static char** _argv;
     static AK_String _about;
@@ -313,13 +311,14 @@ public:
     static AK_List<AK_String> _macroFileNameStack;
     static long _clock_t0;
     static AK_String _macroComment;
-    static int _macroFigure;                      // 1 after a "//fig" line: the explanation has a figure
+    static int _macroFigure;   // 1 after a "//fig" line: the explanation has a figure
     static int _reportCommands;
     static int _explainCommands;
     static AK_String _language;
-    static AK_List<AK_Object*> _curObj;           // objects whose formula code runs
+    static AK_List<AK_Object*> _curObj;   // objects whose formula code runs
     static int _object_counter;
-    static int (*_signalFunction)();              // a front end's way to interrupt a macro; null for none
+    static AK_String _directoryToLoad;   // while a component is made from disc: its directory
+    static int (*_signalFunction)();     // a front end's way to interrupt a macro; null for none
     static int (*py_run_simple_string)(const char* text);
 
     static const AK_Attribute* _attributes;
@@ -347,6 +346,12 @@ protected:
     void RemoveEntry(int index);   // takes an entry out of both component lists
     AK_String Explanation(const AK_String& command, const AK_String& attr, const AK_String& value) const;
     void ExecCommandFile(const AK_String& name, int noExplain);
+    /// The description whose attributes are saved.
+    virtual const AK_Attribute* AttributesToSave() const { return Attributes(); }
+    void SaveAttributesTo(const AK_String& file, bool recursively) const;
+    void WriteAttributes(std::FILE* file, const AK_Object* relativeTo, bool recursively) const;
+    /// Makes and adds the component whose directory this is; null if its type is unknown or it is no such directory.
+    AK_Object* ComponentFromDirectory(const AK_String& id, const AK_String& dir);
 
     int _active = 1;
     AK_Object* (*_factory)(const AK_String& id) = nullptr;   // what AddNewComponent makes; null for nothing
@@ -355,15 +360,13 @@ protected:
     AK_String _id;
     AK_Object* _parent = nullptr;
     AK_List<AK_Object*> _components{1};
-    AK_List<char> _isReference{1};                           // parallel: 0 owned, 1 reference
+    AK_List<char> _isReference{1};   // parallel: 0 owned, 1 reference
     AK_List<AK_String> _execTimeIds{1};
-    AK_List<long> _execTimes{1};                             // parallel: stamp of each name's last set
-    mutable AK_List<AK_String> _variableNames{1};            // with the "$"; reading an unknown one makes it
+    AK_List<long> _execTimes{1};                    // parallel: stamp of each name's last set
+    mutable AK_List<AK_String> _variableNames{1};   // with the "$"; reading an unknown one makes it
     mutable AK_List<AK_String> _variableValues{1};
     AK_String _macroFileName;
     int _macroRepetitions = 1;
-    AK_String _projectDir;                                   // "" when the object has none
-    mutable int _parameterSet = -1;                          // index into _parsets
+    AK_String _projectDir;            // "" when the object has none
+    mutable int _parameterSet = -1;   // index into _parsets
 };
-
-#endif

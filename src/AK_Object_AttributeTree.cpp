@@ -19,15 +19,14 @@
 // Searches recurse once per level, so a file must not choose how deep: no class comes near this.
 static constexpr int maxLevel = 1000;
 
-// A line of the file is read in pieces of this size, as with every text of the attributes directories.
-static constexpr int maxLinePiece = 255;
+// No description comes near this either; what a file holds beyond it is not read.
+static constexpr int maxDescription = 16 << 20;
 
 // ----------------------------------------------------------------------------------------------------------------
 // Reading
 // ----------------------------------------------------------------------------------------------------------------
 
-namespace
-{
+namespace {
 
 // One node's text on its way through the description: [begin, end) without its tabs and its last line end.
 struct DescriptionLine {
@@ -36,7 +35,7 @@ struct DescriptionLine {
     int level;
 };
 
-} // namespace
+}   // namespace
 
 static int LeadingTabs(const char* s)
 {
@@ -104,12 +103,15 @@ static AK_Attribute* ParseDescription(const char* s)
 
 static bool ReadDescription(const AK_String& path, AK_String& text)
 {
-    AK_TextReader reader(path.c_str());
+    AK_TextReader reader(path);
     if (!reader.IsOpen()) {
         AK_MSG("cannot open attribute file " << path << "!");
         return false;
     }
-    text = reader.ReadAll(maxLinePiece);
+    AK_List<char> bytes(int(std::min<long>(reader.Size() + 1, maxDescription)));
+    for (int byte = reader.ReadByte(); byte >= 0 && bytes.Size() < maxDescription; byte = reader.ReadByte())
+        if (byte != 0 && byte != '\r') bytes.Append(char(byte));
+    text = AK_String(bytes.begin(), bytes.end());
     return true;
 }
 
@@ -224,8 +226,8 @@ void AK_Attribute::GetSetCmds(AK_List<AK_String>& list) const
 
 static bool AnswersTo(const AK_Attribute& node, const AK_String& name, const AK_String& kind)
 {
-    return (kind == "get" && node._cmd == name) || (kind == "set" && Sets(node, name))
-           || (node.Id(0) == kind && node.Id(1) == name);
+    return (kind == "get" && node._cmd == name) || (kind == "set" && Sets(node, name)) ||
+           (node.Id(0) == kind && node.Id(1) == name);
 }
 
 static bool FindPath(const AK_Attribute* node, const AK_String& name, const AK_String& kind,

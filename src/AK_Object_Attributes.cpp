@@ -53,7 +53,7 @@ static const char* IdVisibility(const AK_Object& object)
 
 static const char* SaveVisibility(const AK_Object& object)
 {
-    return !object.ProjectDir().IsEmpty() && AK_System::FileExists(object.ProjectDir().c_str()) ? "w" : "r";
+    return !object.ProjectDir().IsEmpty() && AK_System::FileExists(object.ProjectDir()) ? "w" : "r";
 }
 
 static void AssignFrom(AK_Object& object, const AK_String& path)
@@ -83,8 +83,8 @@ static void SetDefaultFromText(AK_Object& object, const AK_String& assignment)
 static void ReportUnwritten(int numFiles)
 {
     if (numFiles > 0)
-        AK_Object::_execStatus = AK_String("cannot write class variables to '") + AK_Object::_userApplicationDirectory
-                                 + "'";
+        AK_Object::_execStatus =
+            AK_String("cannot write class variables to '") + AK_Object::_userApplicationDirectory + "'";
 }
 
 void AK_Object::AddNewComponent(const AK_String& id)
@@ -98,67 +98,67 @@ std::span<const AK_Row> AK_Object::Rows()
     using R = AK_RowsOf<AK_Object>;
     using Text = const AK_String&;
     static constexpr Row rows[] = {
-        {"Type", R::shown<&O::Type>},
-        {"Id", R::pair<[](const O& o) { return o._id; }, [](O& o, Text id) { o.Id(id); }>},
-        {"IdAbs", R::shown<[](const O& o) { return o.IdAbs(); }>},
-        {"IdVis", R::shown<&IdVisibility>},
-        {"Active", R::value<&O::_active>},
-        {"GetComponentList", R::shown<&ComponentList>},
-        {"ProjectDir", R::pair<[](const O& o) { return o._projectDir; }, [](O& o, Text dir) { o.ProjectDir(dir); }>},
-        {"SaveAs", R::command<&O::SaveAs>},
-        {"Save", stampsItself(R::command<&O::Save>)},   // only a save that succeeded makes the object clean
-        {"Load", stampsItself(R::command<&O::Load>)},
-        {"SaveVis", R::shown<&SaveVisibility>},
-        {"SaveProject", R::command<&O::SaveProject>},
-        {"SaveProjectAs", R::command<&O::SaveProjectAs>},
-        {"LoadProject", R::command<&O::LoadProject>},
-        {"SaveAttributes", R::command<&O::SaveAttributes>},
-        {"SaveAttributesRecursively", R::command<&O::SaveAttributesRecursively>},
-        {"AssignAttributesOf", R::command<&AssignFrom>},
-        {"DeleteComponent", R::command<&O::DeleteComponent>},
-        {"RemoveComponent", R::command<&O::RemoveComponent>},
-        {"RemoveFromDisc", R::command<[](O& o, Text) { o.RemoveFromDisc(); }>},
-        {"Detach", R::command<&O::Detach>},
-        {"AddNewComponent", R::command<&O::AddNewComponent>},
-        {"SuppressCreatingComponents", R::value<&O::_suppressCreatingComponents>},
-        {"UnloadAllContainers", R::command<&O::UnloadAllContainers>},
-        {"Update", R::command<[](O& o, Text) { o.Update(); }>},
+        {"Type",                                                                        R::shown<&O::Type>                                      },
+        {"Id",                                                                          R::pair<[](const O& o) { return o._id; },                 [](O& o, Text id) { o.Id(id); }>},
+        {"IdAbs",                                                      R::shown<[](const O& o) { return o.IdAbs(); }>                                                                                                             },
+        {"IdVis",R::shown<&IdVisibility>},
+        {"Active",                                                                             R::value<&O::_active>                                                                                                                                                                                                                },
+        {"GetComponentList",R::shown<&ComponentList>},
+        {"ProjectDir",                                                                          R::pair<[](const O& o) { return o._projectDir; },                                                                                                                                                                                                                                                                                                               [](O& o, Text dir) { o.ProjectDir(dir); }>},
+        {"SaveAs",R::command<&O::SaveAs>},
+        {"Save",                                                                             stampsItself(R::command<&O::Save>)                                                                                                                             }, // only a save that succeeded makes the object clean
+        {"Load",                                                                             stampsItself(R::command<&O::Load>)                                                                                                                                                                                                                                                                                                                                                                                                                                         },
+        {"SaveVis",                                                                             R::shown<&SaveVisibility>  },
+        {"SaveProject",                                                                             R::command<&O::SaveProject>},
+        {"SaveProjectAs",                                                                             R::command<&O::SaveProjectAs>                                                                                                                      },
+        {"LoadProject",                                                                             R::command<&O::LoadProject>                                                                                                                                                                                                                                                                                                                                                                                                                                   },
+        {"SaveAttributes",                                                                             R::command<&O::SaveAttributes>  },
+        {"SaveAttributesRecursively",                                                                             R::command<&O::SaveAttributesRecursively>},
+        {"AssignAttributesOf",                                                                             R::command<&AssignFrom>                                                                                                        },
+        {"DeleteComponent",                                                                             R::command<&O::DeleteComponent>                                                                                                                                                                                                                                                                                                                                                                                                                               },
+        {"RemoveComponent",                                                                             R::command<&O::RemoveComponent>            },
+        {"RemoveFromDisc",                                                                             R::command<[](O& o,Text) { o.RemoveFromDisc(); }>},
+        {"Detach",                                                                             R::command<&O::Detach>                                                                                                         },
+        {"AddNewComponent",                                               R::command<&O::AddNewComponent>                                                                                                                                                                                                                                                                                                                                                                                                                 },
+        {"SuppressCreatingComponents",R::value<&O::_suppressCreatingComponents>},
+        {"UnloadAllContainers",R::command<&O::UnloadAllContainers>},
+        {"Update",                                                          R::command<[](O& o,                                                                                                                                                                                         Text) { o.Update(); }>},
 
-        {"MacroFileName", R::value<&O::_macroFileName>},
-        {"MacroRepetitions", R::value<&O::_macroRepetitions>},
-        {"ExecMacro", R::command<[](O& o, Text file) { o.ExecMacro(file, 0); }>},
-        {"StartInBackground", R::command<&O::StartInBackground>},
-        {"ReportCommands", R::shared<&O::_reportCommands>},
-        {"ExplainCommands", R::shared<&O::_explainCommands>},
-        {"SetVariableValue", R::command<[](O& o, Text assignment) { o.SetVariableValue(assignment); }>},
-        {"VariableValues", R::pair<[](const O& o) { return o.VariableValues(); },
-                                   [](O& o, Text list) { o.VariableValues(list); }>},
-        {"List_QVT_SCI_predefined", R::command<&O::List_QVT_SCI_predefined>},
+        {"MacroFileName",                                           R::value<&O::_macroFileName>                                                                                                                                                                                                                                                                                                                                                                                                                                                            },
+        {"MacroRepetitions",  R::value<&O::_macroRepetitions>},
+        {"ExecMacro",                                                               R::command<[](O& o,                                                 Text file) { o.ExecMacro(file, 0); }>},
+        {"StartInBackground",                                                            R::command<&O::StartInBackground>                                                                                   },
+        {"ReportCommands",                                                                   R::shared<&O::_reportCommands>                                          },
+        {"ExplainCommands",                                                                             R::shared<&O::_explainCommands>                                                                                                                  },
+        {"SetVariableValue",                                                                             R::command<[](O& o,                                   Text assignment) { o.SetVariableValue(assignment); }>},
+        {"VariableValues",
+         R::pair<[](const O& o) { return o.VariableValues(); },                                                                           [](O& o, Text list) { o.VariableValues(list); }>},
+        {"List_QVT_SCI_predefined",                                                                             R::command<&O::List_QVT_SCI_predefined> },
 
-        {"ParameterSet", R::pair<[](const O& o) { return o.ParameterSet(); },
-                                 [](O& o, Text name) { o.ParameterSet(name); }>},
-        {"ParameterSetOptions", R::shown<[](const O&) { return ParameterSetOptions(); }>},
-        {"SetDefault", R::command<&SetDefaultFromText>},
-        {"SaveClassVariables", R::command<[](O& o, Text) { ReportUnwritten(o.SaveClassVariables()); }>},
-        {"SaveClassVariablesRec", R::command<[](O& o, Text) { ReportUnwritten(o.SaveClassVariablesRec()); }>},
+        {"ParameterSet",
+         R::pair<[](const O& o) { return o.ParameterSet(); },                                              [](O& o, Text name) { o.ParameterSet(name); }>},
+        {"ParameterSetOptions",                         R::shown<[](const O&) { return ParameterSetOptions(); }>},
+        {"SetDefault",                                                                             R::command<&SetDefaultFromText>                                                                                                            },
+        {"SaveClassVariables",                                                                             R::command<[](O& o,                                                                                                                       Text) { ReportUnwritten(o.SaveClassVariables()); }>},
+        {"SaveClassVariablesRec",                                                                      R::command<[](O& o,                                            Text) { ReportUnwritten(o.SaveClassVariablesRec()); }>},
 
-        {"Language", R::shown<[](const O&) { return _language; }>},
-        {"SetLanguage", R::command<&::SetLanguage>},
-        {"LanguageOptions", R::shown<[](const O&) { return AK_String("default") + ak_sep + "german"; }>},
-        {"AllObjectsOfSameTypeList", R::shown<&ObjectsOfSameType>},
-        {"Arglist", R::shown<[](const O&) { return Arglist(" "); }>},
-        {"ArglistSep", R::shown<[](const O&) { return Arglist(ak_sep); }>},
-        {"GetCommandsList", R::shown<[](const O& o) { return o.AttributeNamesList('g', false, false); }>},
-        {"VisibleGetCommandsList", R::shown<[](const O& o) { return o.AttributeNamesList('g', true, false); }>},
-        {"GetLabelsList", R::shown<[](const O& o) { return o.AttributeNamesList('g', false, true); }>},
-        {"VisibleGetLabelsList", R::shown<[](const O& o) { return o.AttributeNamesList('g', true, true); }>},
-        {"AttributesDirectory", R::shown<[](const O&) { return _attributesDirectory; }>},
-        {"UserAttributesDirectory", R::shown<[](const O&) { return _userAttributesDirectory; }>},
-        {"UserApplicationDirectory", R::shown<[](const O&) { return _userApplicationDirectory; }>},
-        {"Address", R::shown<[](const O& o) { return AK_String::PtrString(&o); }>},
-        {"VisWrite", R::shown<[](const O&) { return "w"; }>},   // so that a description can pin a visibility
-        {"VisRead", R::shown<[](const O&) { return "r"; }>},
-        {"VisNone", R::shown<[](const O&) { return "-"; }>},
+        {"Language",                                                         R::shown<[](const O&) { return _language; }>                                },
+        {"SetLanguage",                                                                  R::command<&::SetLanguage>              },
+        {"LanguageOptions",                                                          R::shown<[](const O&) { return AK_String("default") + ak_sep + "german"; }>                   },
+        {"AllObjectsOfSameTypeList",                                                                             R::shown<&ObjectsOfSameType>                                                                                                              },
+        {"Arglist",                       R::shown<[](const O&) { return Arglist(" "); }>                                   },
+        {"ArglistSep",R::shown<[](const O&) { return Arglist(ak_sep); }>},
+        {"GetCommandsList",R::shown<[](const O& o) { return o.AttributeNamesList('g', false, false); }>                           },
+        {"VisibleGetCommandsList",R::shown<[](const O& o) { return o.AttributeNamesList('g', true, false); }>},
+        {"GetLabelsList",R::shown<[](const O& o) { return o.AttributeNamesList('g', false, true); }>},
+        {"VisibleGetLabelsList",        R::shown<[](const O& o) { return o.AttributeNamesList('g', true, true); }>                            },
+        {"AttributesDirectory",                                                   R::shown<[](const O&) { return _attributesDirectory; }>                                                                                                          },
+        {"UserAttributesDirectory",                R::shown<[](const O&) { return _userAttributesDirectory; }>                                            },
+        {"UserApplicationDirectory",                                                          R::shown<[](const O&) { return _userApplicationDirectory; }>                                                                                                                                    },
+        {"Address",                              R::shown<[](const O& o) { return AK_String::PtrString(&o); }>                                                                                                                                                                       },
+        {"VisWrite",R::shown<[](const O&) { return "w"; }>                       }, // so that a description can pin a visibility
+        {"VisRead",R::shown<[](const O&) { return "r"; }>},
+        {"VisNone",   R::shown<[](const O&) { return "-"; }>              },
     };
     return rows;
 }
@@ -167,8 +167,7 @@ std::span<const AK_Row> AK_Object::Rows()
 // Get and Set
 // ----------------------------------------------------------------------------------------------------------------
 
-namespace
-{
+namespace {
 
 // "root:root:root:..." passes on once for each part: a name from outside must not choose how deep that goes.
 class PassedOn {
@@ -183,7 +182,7 @@ private:
     static inline int _depth = 0;
 };
 
-} // namespace
+}   // namespace
 
 int AK_Object::SetByRows(std::span<const Row> rows, const AK_String& attr, const AK_String& value)
 {
@@ -270,7 +269,8 @@ int AK_Object::SetForAllObjectsOfType(const AK_String& type, const AK_String& at
 // What the description tells
 // ----------------------------------------------------------------------------------------------------------------
 
-static void AssignNode(AK_Object* to, const AK_Object* from, const AK_Attribute* node, const AK_List<AK_String>& excluded)
+static void AssignNode(AK_Object* to, const AK_Object* from, const AK_Attribute* node,
+                       const AK_List<AK_String>& excluded)
 {
     if (node->Component("volatile") || node->_cmd == "Id") return;
     if (const AK_Attribute* set = node->Component("set"); set && !node->_cmd.IsEmpty()) {
@@ -294,8 +294,7 @@ AK_String AK_Object::Label(const AK_Attribute* attribute) const
     return name.IsEmpty() ? attribute->Id(0) : name;
 }
 
-namespace
-{
+namespace {
 
 struct NameListing {
     const AK_Object& object;
@@ -310,15 +309,14 @@ struct NameListing {
         const AK_Attribute* vis = node->Component("vis");
         if (visibleOnly && (node->Component("volatile") || (vis && object.Get(vis->_cmd) == "-"))) return;
         const AK_Attribute* set = node->Component("set");
-        if (kind == 'g' && !node->_cmd.IsEmpty())
-            list = list + (labels ? object.Label(node) : node->_cmd) + ak_sep;
+        if (kind == 'g' && !node->_cmd.IsEmpty()) list = list + (labels ? object.Label(node) : node->_cmd) + ak_sep;
         if (kind == 's' && set) list = list + (labels ? object.Label(node) : set->_cmd) + ak_sep;
         if (set || !node->_cmd.IsEmpty()) return;
         for (const AK_Attribute* component : node->_components) Add(component);
     }
 };
 
-} // namespace
+}   // namespace
 
 AK_String AK_Object::AttributeNamesList(char kind, bool visibleOnly, bool labels) const
 {
@@ -343,7 +341,8 @@ static const char* KindSentence(const AK_Attribute* attribute)
     if (hasSet && hasValue)
         return InLanguage(" \nThis attribute is saved with the object.",
                           " \nDieses Attribut wird mit dem Objekt gespeichert.");
-    if (hasSet) return InLanguage(" \nThis is an operation on the object.", " \nDies ist eine Operation auf dem Objekt.");
+    if (hasSet)
+        return InLanguage(" \nThis is an operation on the object.", " \nDies ist eine Operation auf dem Objekt.");
     if (hasValue)
         return InLanguage(" \nThis attribute cannot be edited.", " \nDieses Attribut kann nicht editiert werden.");
     if (attribute->Id(0) == "opr" || attribute->Id(0) == "obj") return "";
@@ -482,8 +481,7 @@ void AK_Object::SetVariableValue(const AK_String& assignment)
 AK_String AK_Object::VariableValues() const
 {
     AK_String list;
-    for (int i = 0; i < _variableNames.Size(); ++i)
-        list = list + _variableNames[i] + "=" + _variableValues[i] + ak_sep;
+    for (int i = 0; i < _variableNames.Size(); ++i) list = list + _variableNames[i] + "=" + _variableValues[i] + ak_sep;
     return list;
 }
 

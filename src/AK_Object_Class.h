@@ -28,8 +28,7 @@
 //
 // An attribute is looked up in the class's formula code, then in its rows, then in the same way in its base class.
 
-#ifndef AK_OBJECT_CLASS_H
-#define AK_OBJECT_CLASS_H
+#pragma once
 
 #include "AK_Object.h"
 
@@ -97,9 +96,15 @@ struct AK_RowsOf {
     }
 
     template <auto variable>
-    static AK_String GetStatic(const AK_Object&, const char* format) { return AK_ToText(*variable, format); }
+    static AK_String GetStatic(const AK_Object&, const char* format)
+    {
+        return AK_ToText(*variable, format);
+    }
     template <auto variable>
-    static void SetStatic(AK_Object&, const AK_String& text) { AK_FromText(*variable, text); }
+    static void SetStatic(AK_Object&, const AK_String& text)
+    {
+        AK_FromText(*variable, text);
+    }
 
     // The builders of the rows. `member` points to a data member of T, `variable` to a static one; the functions are
     // members of T or lambdas that take a T.
@@ -141,8 +146,8 @@ public:
 
     inline static const AK_Attribute* _attributes = nullptr;
     inline static Namespace* _qvt_sci_namespace = nullptr;
-    inline static AK_List<AK_String> _classVariables{1};          // "status=...", then name=value
-    inline static AK_List<AK_String> _initializationCommands{1};  // a marker, then commands
+    inline static AK_List<AK_String> _classVariables{1};           // "status=...", then name=value
+    inline static AK_List<AK_String> _initializationCommands{1};   // a marker, then commands
     inline static int _parameterSetsAppended = 0;
 
     const AK_Attribute* Attributes() const override { return _attributes; }
@@ -209,5 +214,3 @@ protected:
     template <auto setter>
     static constexpr AK_Access command = AK_RowsOf<T>::template command<setter>;
 };
-
-#endif

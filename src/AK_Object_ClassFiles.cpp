@@ -34,7 +34,7 @@ static AK_String FileIn(const AK_String& dir, const AK_String& name, const char*
 AK_String AK_Object::AttributeFile(const AK_String& name, const char* ext, const char* subdir)
 {
     const AK_String ofUser = FileIn(_userAttributesDirectory, name, ext, subdir);
-    if (AK_System::FileExists(ofUser.c_str())) {
+    if (AK_System::FileExists(ofUser)) {
         AK_MSG("user-specific " << ofUser);
         return ofUser;
     }
@@ -69,15 +69,18 @@ void AK_Object::ReadInitializationMacro(const AK_String& name, AK_List<AK_String
 {
     if (list.Size() > 0) return;
     const AK_String path = AttributeFile(name, "def", nullptr);
-    if (!AK_System::FileExists(path.c_str())) return;
-    AK_TextReader reader(path.c_str());
+    if (!AK_System::FileExists(path)) return;
+    AK_TextReader reader(path);
     if (!reader.IsOpen()) {
         list.Append("none");
         return;
     }
     list.Append("follow");   // the commands are executed from the second element on
     AK_String line;
-    while (reader.ReadLine(line, maxCommandLine)) list.Append(line);
+    while (reader.ReadLine(line, maxCommandLine)) {
+        line.RemoveLineEnd();
+        list.Append(line);
+    }
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -88,9 +91,12 @@ void AK_Object::ReadClassVariables(const AK_String& name, AK_List<AK_String>& li
 {
     if (list.Size() > 0) return;
     list.Append("status=read");
-    AK_TextReader reader((_userApplicationDirectory + name + ".clv").c_str());
+    AK_TextReader reader(_userApplicationDirectory + name + ".clv");
     AK_String line;
-    while (reader.IsOpen() && reader.ReadLine(line, maxVariableLine)) list.Append(line);
+    while (reader.ReadLine(line, maxVariableLine)) {
+        line.RemoveLineEnd();
+        list.Append(line);
+    }
 }
 
 int AK_Object::WriteClassVariables(const AK_String& name, AK_List<AK_String>& list)

@@ -75,7 +75,14 @@ static void Unescape(AK_String& value)
     static constexpr struct {
         const char* pattern;
         char character;
-    } escapes[] = {{"%%n", '\n'}, {"%%t", '\t'}, {"%%q", '"'}, {"\\\n", '\n'}, {"\\\t", '\t'}, {"\\\"", '"'}};
+    } escapes[] = {
+        {"%%n",  '\n'},
+        {"%%t",  '\t'},
+        {"%%q",  '"' },
+        {"\\\n", '\n'},
+        {"\\\t", '\t'},
+        {"\\\"", '"' }
+    };
     for (const auto& escape : escapes) ReplaceToExhaustion(value, escape.pattern, escape.character);
 }
 

@@ -37,14 +37,14 @@ static AK_String Extension(const AK_String& name)
 // The file itself, or that of the attribute directories when it does not exist and its name is relative.
 static AK_String Resolved(const AK_String& name)
 {
-    if (AK_System::FileExists(name.c_str()) || name.IsAbsolutePath()) return name;
+    if (AK_System::FileExists(name) || name.IsAbsolutePath()) return name;
     return AK_Object::AttributeFile(name, nullptr, nullptr);
 }
 
 static void RunPython(const AK_String& file, const AK_String& name)
 {
     AK_String& status = AK_Object::_execStatus;
-    if (!AK_System::FileExists(name.c_str())) {
+    if (!AK_System::FileExists(name)) {
         status = AK_String("can neither open python file '") + file + "' nor '" + name + "'";
         return;
     }
@@ -52,11 +52,15 @@ static void RunPython(const AK_String& file, const AK_String& name)
         status = "Python macros not supported";
         return;
     }
-    AK_TextReader reader(name.c_str());
-    if (!reader.IsOpen())
+    AK_TextReader reader(name);
+    if (!reader.IsOpen()) {
         status = AK_String("can not open python file '") + name + "'";
-    else
-        AK_Object::py_run_simple_string(reader.ReadAll().c_str());
+        return;
+    }
+    AK_List<char> text(256);
+    for (int byte = reader.ReadByte(); byte >= 0; byte = reader.ReadByte()) text.Append(char(byte));
+    text.Append(0);
+    AK_Object::py_run_simple_string(text.Data());
 }
 
 void AK_Object::ExecMacro(const AK_String& file, int noExplain)
@@ -66,7 +70,7 @@ void AK_Object::ExecMacro(const AK_String& file, int noExplain)
     const AK_String extension = Extension(name);
     if (extension == "cint") {
         const AK_String resolved = Resolved(name);
-        if (AK_System::FileExists(resolved.c_str()))
+        if (AK_System::FileExists(resolved))
             Execute_QVT_SCI_code(resolved);
         else
             _execStatus = AK_String("can neither open macro file '") + file + "' nor '" + resolved + "'";
@@ -80,8 +84,7 @@ void AK_Object::ExecMacro(const AK_String& file, int noExplain)
 // Command files
 // ----------------------------------------------------------------------------------------------------------------
 
-namespace
-{
+namespace {
 
 // Follows the comment blocks of a macro; its state lives on from one repetition to the next.
 class CommentBlocks {
@@ -117,7 +120,10 @@ private:
     bool _inside = false;
 };
 
-} // namespace
+}   // namespace
+
+// A directory counts as a file without lines: an empty name, the macro of a start without one, ends up at a directory.
+static bool CanBeRead(const AK_String& name) { return AK_System::IsDirectory(name) || AK_TextReader(name).IsOpen(); }
 
 static bool IsRunning(const AK_String& name)
 {
@@ -129,10 +135,12 @@ static bool IsRunning(const AK_String& name)
 }
 
 // Runs the file once; false when something ended the macro.
-static bool PlayOnce(AK_Object& object, AK_TextReader& reader, CommentBlocks& comments, int noExplain)
+static bool PlayOnce(AK_Object& object, const AK_String& name, CommentBlocks& comments, int noExplain)
 {
+    AK_TextReader reader(name);
     AK_String line;
     while (reader.ReadLine(line, maxMacroLine)) {
+        line.RemoveLineEnd();
         if (!comments.Outside(line) || (!line.StartsWith("set(") && !line.StartsWith("get("))) continue;
         if (AK_Object::Signal()) return false;
         object.ExecCommand(line, noExplain);
@@ -150,18 +158,13 @@ void AK_Object::ExecCommandFile(const AK_String& calledName, int noExplain)
         return;
     }
     AK_String name = calledName;
-    AK_TextReader reader(name.c_str());
-    if (!reader.IsOpen() && !name.IsAbsolutePath()) {
-        name = AttributeFile(name, nullptr, nullptr);
-        reader.Open(name.c_str());
-    }
-    if (!reader.IsOpen()) {
+    if (!CanBeRead(name) && !name.IsAbsolutePath()) name = AttributeFile(name, nullptr, nullptr);
+    if (!CanBeRead(name)) {
         _execStatus = AK_String("cannot open macro file '") + name + "'";
         return;
     }
     _macroFileNameStack.Append(name);
     CommentBlocks comments;
-    for (int i = _macroRepetitions; i > 0 && PlayOnce(*this, reader, comments, noExplain); --i)
-        if (i > 1) reader.Open(name.c_str());
+    for (int i = _macroRepetitions; i > 0 && PlayOnce(*this, name, comments, noExplain); --i) {}
     _macroFileNameStack.Remove(_macroFileNameStack.Size() - 1);
 }

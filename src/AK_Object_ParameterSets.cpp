@@ -54,8 +54,7 @@ static int IndexOfSet(const AK_String& name)
     return -1;
 }
 
-namespace
-{
+namespace {
 
 // The (object, set) pairs under work: sets that name each other in a circle must neither set nor ask without end.
 class UnderWork {
@@ -80,7 +79,7 @@ private:
     bool _again = false;
 };
 
-} // namespace
+}   // namespace
 
 void AK_Object::ParameterSet(const AK_String& name)
 {

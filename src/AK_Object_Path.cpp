@@ -18,23 +18,13 @@
 // The highest number an id may end in to become unique; beyond it ids grow by "x".
 static constexpr long maxIdNumber = 9999;
 
-static int HashId(const AK_String& id)   // FNV-1a (Fowler, Noll, Vo 1991)
-{
-    unsigned hash = 2166136261u;
-    for (const char* s = id.c_str(); *s; ++s) hash = (hash ^ static_cast<unsigned char>(*s)) * 16777619u;
-    return int(hash);
-}
-
-static int EqualIds(const AK_String& a, const AK_String& b) { return a == b; }
-
-namespace
-{
+namespace {
 
 // The ids of an object's siblings. A hash, since an import can bring thousands of lines of one name, each of which
 // tries all numbers up to its own.
 class TakenIds {
 public:
-    TakenIds(const AK_Object* parent, const AK_Object* self) : _ids(1009, 0, HashId, EqualIds)
+    TakenIds(const AK_Object* parent, const AK_Object* self)
     {
         for (int i = 0; i < parent->NumComponents(); ++i)
             if (parent->ComponentAt(i) != self) _ids[parent->ComponentAt(i)->Id()] = 1;
@@ -45,7 +35,7 @@ private:
     AK_Dict<AK_String, int> _ids;
 };
 
-} // namespace
+}   // namespace
 
 // "A" -> "A_0001", "A_0009" -> "A_0010", "B_7" -> "B_0008". False when the numbers are used up.
 static bool NextId(AK_String& id)
@@ -84,7 +74,7 @@ void AK_Object::Id(const AK_String& newId)
     AK_String dir = _projectDir;
     char* slash = std::strrchr(&dir[0], '/');
     dir = (slash ? AK_String(dir.c_str(), slash) : AK_String(".")) + "/" + id;
-    if (AK_System::FileExists(_projectDir.c_str()) && AK_System::RenameFile(_projectDir.c_str(), dir.c_str()) != 0)
+    if (AK_System::FileExists(_projectDir) && AK_System::RenameFile(_projectDir, dir) != 0)
         _id = oldId;
     else
         ProjectDir(dir);

@@ -1,0 +1,173 @@
+// Persistence: a project is a directory tree that mirrors the object tree.
+//
+//   <dir>/x/             directory of the object x, in that of its parent
+//   <dir>/x/<Type>.atr   its attributes, as the macro that restores them
+//   <dir>/x/<Type>.dat   its binary record
+//   <dir>/x/<id>/        its components, in the same way
+//
+// The type stands in the file names, so a loader knows what to make from what lies in a directory. Children are loaded
+// before their parent's own attributes, which may name them. An object is written only if an attribute has been set
+// since it was last saved or loaded, or if a file is missing.
+//
+// Files appear under their names only when they are whole, so that neither a reader nor a killed run meets half a file.
+
+#include "AK_Object.h"
+
+#include <cstdio>
+
+AK_String AK_Object::_directoryToLoad;
+
+// ----------------------------------------------------------------------------------------------------------------
+// Attributes
+// ----------------------------------------------------------------------------------------------------------------
+
+static void WriteNode(std::FILE* file, const AK_Object& object, const AK_Object* relativeTo, const AK_Attribute* node)
+{
+    if (node->Component("volatile") || node->_cmd == "Id") return;   // the id is the directory's name
+    const AK_Attribute* set = node->Component("set");
+    if (set && !node->_cmd.IsEmpty())
+        std::fprintf(file, "%s\n", object.CommandString(relativeTo, set->_cmd, object.Get(node->_cmd)).c_str());
+    for (const AK_Attribute* component : node->_components) WriteNode(file, object, relativeTo, component);
+}
+
+void AK_Object::WriteAttributes(std::FILE* file, const AK_Object* relativeTo, bool recursively) const
+{
+    WriteNode(file, *this, relativeTo, AttributesToSave());
+    for (int i = 0; recursively && i < _components.Size(); ++i)
+        if (Owns(i)) _components[i]->WriteAttributes(file, relativeTo, true);
+}
+
+void AK_Object::SaveAttributesTo(const AK_String& name, bool recursively) const
+{
+    const AK_String path = name.IsEmpty() ? _macroFileName : name;
+    const AK_String temporary = AK_System::TemporaryName(path);
+    std::FILE* file = std::fopen(temporary.c_str(), "w");
+    bool written = file != nullptr;
+    if (file) {
+        WriteAttributes(file, this, recursively);
+        written = !std::ferror(file);
+        written = std::fclose(file) == 0 && written;
+    }
+    // Reading the attributes has emptied the status, whatever they answered: what counts here is the file.
+    _execStatus = "";
+    if (!written || AK_System::RenameFile(temporary, path) != 0)
+        _execStatus = AK_String("cannot open file ") + path + " for saving attributes!";
+}
+
+void AK_Object::SaveAttributes(const AK_String& file) const { SaveAttributesTo(file, false); }
+
+void AK_Object::SaveAttributesRecursively(const AK_String& file) const { SaveAttributesTo(file, true); }
+
+// ----------------------------------------------------------------------------------------------------------------
+// Saving
+// ----------------------------------------------------------------------------------------------------------------
+
+void AK_Object::Save(const AK_String&) { SaveAs(_projectDir); }
+
+void AK_Object::SaveProject(const AK_String&) { SaveProjectAs(_projectDir); }
+
+void AK_Object::SaveAs(const AK_String& dir)
+{
+    const AK_String atr = dir + "/" + Type() + ".atr";
+    const AK_String dat = dir + "/" + Type() + ".dat";
+    if (dir.IsEmpty()) {   // nothing is ever written to the root of the file system because a text was empty
+        _execStatus = AK_String("cannot open ") + dat;
+        return;
+    }
+    _projectDir = dir;
+    AK_System::CreateDir(dir);
+    const long modified = ModificationTime();
+    const bool clean = ExecTime("Save") >= modified || ExecTime("Load") >= modified;
+    if (clean && AK_System::FileExists(atr) && AK_System::FileExists(dat)) return;
+
+    AK_MSG("saving " << _id << " to " << dir);
+    SaveAttributes(atr);
+    if (!_execStatus.IsEmpty()) return;
+    const AK_String temporary = AK_System::TemporaryName(dat);
+    AK_Stream stream(temporary, "wb");
+    if (stream._status != 0) {
+        _execStatus = AK_String("cannot open ") + dat;
+        return;
+    }
+    const int failed = SaveData(stream);
+    stream.Close();
+    if (failed || stream.Failed() || stream._status != 0 || AK_System::RenameFile(temporary, dat) != 0)
+        _execStatus = AK_String("cannot save data of ") + IdAbs() + " to file " + dat;
+    else
+        SetExecTime("Save");
+}
+
+void AK_Object::SaveProjectAs(const AK_String& dir)
+{
+    _execStatus = "";
+    SaveAs(dir);
+    AK_String firstError = _execStatus;
+    for (int i = 0; i < _components.Size() && !dir.IsEmpty(); ++i) {
+        if (!Owns(i)) continue;
+        _components[i]->SaveProjectAs(dir + "/" + _components[i]->_id);
+        if (firstError.IsEmpty()) firstError = _execStatus;   // one object's failure keeps no other from being saved
+    }
+    _execStatus = firstError;
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Loading
+// ----------------------------------------------------------------------------------------------------------------
+
+void AK_Object::Load(const AK_String& dir)
+{
+    AK_MSG("loading '" << _id << "' from " << dir);
+    ProjectDir(dir);
+    const AK_String dat = dir + "/" + Type() + ".dat";
+    if (AK_Stream stream(dat, "rb"); stream._status == 0) {   // an object without data has no file
+        if (LoadData(stream) != 0) {
+            _execStatus = AK_String("cannot load data for ") + IdAbs() + " from file " + dat;
+            return;
+        }
+    }
+    ExecMacro(dir + "/" + Type() + ".atr", 1);
+    if (_execStatus.IsEmpty()) SetExecTime("Load");
+}
+
+void AK_Object::LoadProject(const AK_String& directory)
+{
+    const Call running(this);
+    const AK_String dir = directory.IsEmpty() ? _projectDir : directory;
+    for (int i = 0; i < _components.Size() && !dir.IsEmpty(); ++i) {
+        if (!Owns(i)) continue;
+        _components[i]->LoadProject(dir + "/" + _components[i]->_id);
+        if (!_execStatus.IsEmpty()) return;
+    }
+    if (!_suppressCreatingComponents && !dir.IsEmpty()) {
+        for (const AK_String& entry : AK_System::FilesList(dir, "")) {
+            if (!entry.Extension().IsEmpty() || Component(entry)) continue;
+            AK_Object* component = ComponentFromDirectory(entry, dir + "/" + entry);
+            if (component) component->LoadProject(dir + "/" + entry);
+            if (!_execStatus.IsEmpty()) return;
+        }
+    }
+    Load(dir);
+    LoadFinalize();
+}
+
+AK_Object* AK_Object::ComponentFromDirectory(const AK_String& id, const AK_String& dir)
+{
+    const AK_List<AK_String> files = AK_System::FilesList(dir, "atr");
+    if (files.Size() != 1) return nullptr;   // no directory of an object
+    AK_String type = files[0];
+    type.RemoveExtension();
+    _directoryToLoad = dir;
+    AK_Object* component = CreateComponent(id, type);
+    _directoryToLoad = "";
+    if (component) AddComponent(component);
+    return component;
+}
+
+AK_Object* AK_Object::LoadedComponent(const AK_String& id)
+{
+    AK_String plain = id;
+    if (_projectDir.IsEmpty() || plain.ReplaceNonAlNum('_') > 0) return nullptr;   // no id: "." must find nothing
+    AK_Object* component = ComponentFromDirectory(id, _projectDir + "/" + id);
+    if (component) component->LoadProject(_projectDir + "/" + id);
+    return component;
+}
