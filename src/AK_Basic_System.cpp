@@ -4,6 +4,7 @@
 #include "AK_Basic.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -70,6 +71,7 @@ int AK_System::CreateDir(const AK_String& name)
 int AK_System::CreateDirRecursively(const AK_String& name)
 {
     if (name.IsEmpty() || FileExists(name)) return 0;
+    if (name.Length() >= PATH_MAX) return 1;   // no system call takes it: create none of its parents either
     const char* from = name.c_str();
     for (const char* end = from; *end;) {
         end += std::strspn(end, "/");
