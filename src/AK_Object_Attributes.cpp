@@ -26,6 +26,18 @@ void AK_FromText(float& value, const AK_String& text) { value = std::strtof(text
 
 void AK_FromText(double& value, const AK_String& text) { value = std::strtod(text.c_str(), nullptr); }
 
+void AK_FromText(AK_Vec& value, const AK_String& text)
+{
+    AK_Vec read;
+    if (text.f3(&read.x)) value = read;
+}
+
+void AK_FromText(AK_Vec2& value, const AK_String& text)
+{
+    AK_Vec2 read;
+    if (text.f2(&read.x)) value = read;
+}
+
 // ----------------------------------------------------------------------------------------------------------------
 // The table
 // ----------------------------------------------------------------------------------------------------------------

@@ -30,6 +30,7 @@
 
 #pragma once
 
+#include "AK_Basic_Vec.h"
 #include "AK_Object.h"
 
 #include <functional>
@@ -42,6 +43,8 @@
 inline AK_String AK_ToText(int value, const char* format) { return AK_String(value, format ? format : "%d"); }
 inline AK_String AK_ToText(float value, const char* format) { return AK_String(double(value), format ? format : "%g"); }
 inline AK_String AK_ToText(double value, const char* format) { return AK_String(value, format ? format : "%.15g"); }
+inline AK_String AK_ToText(const AK_Vec& value, const char*) { return AK_String(&value.x, 3); }
+inline AK_String AK_ToText(const AK_Vec2& value, const char*) { return AK_String(&value.x, 2); }
 inline AK_String AK_ToText(const AK_String& value, const char*) { return value; }
 inline AK_String AK_ToText(const char* value, const char*) { return value; }
 
@@ -49,6 +52,9 @@ inline AK_String AK_ToText(const char* value, const char*) { return value; }
 void AK_FromText(int& value, const AK_String& text);
 void AK_FromText(float& value, const AK_String& text);
 void AK_FromText(double& value, const AK_String& text);
+/// Vectors are their components with blanks between; a text without all of them leaves the value as it is.
+void AK_FromText(AK_Vec& value, const AK_String& text);
+void AK_FromText(AK_Vec2& value, const AK_String& text);
 inline void AK_FromText(AK_String& value, const AK_String& text) { value = text; }
 
 // ----------------------------------------------------------------------------------------------------------------
