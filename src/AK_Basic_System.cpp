@@ -188,7 +188,7 @@ AK_String AK_System::Date()
 void AK_System::MilliSleep(int milliseconds)
 {
     if (milliseconds <= 0) return;
-    timeval wait = {milliseconds / 1000, (milliseconds % 1000) * 1000};
+    timeval wait = {milliseconds / 1000, (milliseconds % 1000) * 1000L};
     select(0, nullptr, nullptr, nullptr, &wait);
 }
 
