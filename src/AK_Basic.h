@@ -272,6 +272,7 @@ public:
 private:
     void WriteBytes(const void* bytes, std::size_t n);
     void ReadBytes(void* bytes, std::size_t n);
+    void RefuseRead();
     void Done(bool good);
 
     int _failed = 0;       // sticky

@@ -13,8 +13,6 @@
 #include <type_traits>
 #include <utility>
 
-class AK_String;
-
 /// Array that grows by doubling and never shrinks by itself. The elements up to the capacity exist as objects: spare
 /// ones are as `new T[]` makes them, so numbers among them have no value yet.
 template <class T>
@@ -30,7 +28,7 @@ public:
         _size = other._size;
     }
 
-    AK_List(AK_List&& other) : AK_List() { Swap(other); }
+    AK_List(AK_List&& other) noexcept : AK_List() { Swap(other); }
 
     AK_List& operator=(const AK_List& other)
     {

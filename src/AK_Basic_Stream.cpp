@@ -7,6 +7,7 @@
 #include "AK_Basic.h"
 
 #include <bit>
+#include <climits>
 #include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -147,9 +148,16 @@ void AK_Stream::WriteBytes(const void* bytes, std::size_t n)
 
 void AK_Stream::ReadBytes(void* bytes, std::size_t n)
 {
-    const bool good = _file && !_readFailed && std::fread(bytes, 1, n, File(_file)) == n;
-    if (!good) _readFailed = 1;
-    Done(good);
+    if (_file && !_readFailed && std::fread(bytes, 1, n, File(_file)) == n)
+        Done(true);
+    else
+        RefuseRead();
+}
+
+void AK_Stream::RefuseRead()
+{
+    _readFailed = 1;
+    Done(false);
 }
 
 int AK_Stream::ReadCount(long bytesPerItem)
@@ -158,8 +166,7 @@ int AK_Stream::ReadCount(long bytesPerItem)
     Read(count);
     if (_status != 0) return 0;
     if (count >= 0 && count <= Remaining() / bytesPerItem) return count;
-    _readFailed = 1;
-    Done(false);
+    RefuseRead();
     return 0;
 }
 
@@ -170,16 +177,21 @@ void AK_Stream::Write(const AK_String& s)
     if (_status == 0) Write(s.c_str(), length);
 }
 
+// Asking for the rest of the file takes two system calls, ten times as long as reading a short string: what is no
+// burden to allocate is left to fail when it is read.
 void AK_Stream::Read(AK_String& s)
 {
+    constexpr int noBurden = 1024;
+    int length = 0;
+    Read(length);
+    if (length < 0 || length == INT_MAX || (length > noBurden && length > Remaining())) RefuseRead();
+    if (_status != 0) length = 0;
+
     AK_String read;
-    const int length = ReadCount(1);
     read.Resize(length + 1);
     read[0] = 0;
-    if (_status == 0) {
-        Read(read._s, length);
-        read[_status == 0 ? length : 0] = 0;
-    }
+    if (_status == 0) Read(read._s, length);
+    read[_status == 0 ? length : 0] = 0;
     s.Swap(read);
 }
 

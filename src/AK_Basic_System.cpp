@@ -4,6 +4,7 @@
 #include "AK_Basic.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -70,6 +71,7 @@ int AK_System::CreateDir(const AK_String& name)
 int AK_System::CreateDirRecursively(const AK_String& name)
 {
     if (name.IsEmpty() || FileExists(name)) return 0;
+    if (name.Length() >= PATH_MAX) return 1;   // no system call takes it: create none of its parents either
     const char* from = name.c_str();
     for (const char* end = from; *end;) {
         end += std::strspn(end, "/");
@@ -193,7 +195,7 @@ AK_String AK_System::Date()
 void AK_System::MilliSleep(int milliseconds)
 {
     if (milliseconds <= 0) return;
-    timeval wait = {milliseconds / 1000, (milliseconds % 1000) * 1000};
+    timeval wait = {milliseconds / 1000, (milliseconds % 1000) * 1000L};
     select(0, nullptr, nullptr, nullptr, &wait);
 }
 
