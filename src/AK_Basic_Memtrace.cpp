@@ -13,8 +13,7 @@
 #include <cstring>
 #include <unordered_set>
 
-namespace
-{
+namespace {
 
 struct Header {
     unsigned int magic;
@@ -126,15 +125,9 @@ void AK_free(void* block)
     std::free(header);
 }
 
-void AK_MemtraceOn(const char* id)
-{
-    currId = id;
-}
+void AK_MemtraceOn(const char* id) { currId = id; }
 
-void AK_MemtraceOff()
-{
-    currId = "";
-}
+void AK_MemtraceOff() { currId = ""; }
 
 void AK_MemtraceDump()
 {
@@ -147,19 +140,7 @@ void AK_MemtraceDump()
     std::fflush(stdout);
 }
 
-void* operator new(std::size_t size, const char* file, int line)
-{
-    return AK_malloc(size, file, line);
-}
-void* operator new[](std::size_t size, const char* file, int line)
-{
-    return AK_malloc(size, file, line);
-}
-void operator delete(void* block, const char*, int)
-{
-    AK_free(block);
-}
-void operator delete[](void* block, const char*, int)
-{
-    AK_free(block);
-}
+void* operator new(std::size_t size, const char* file, int line) { return AK_malloc(size, file, line); }
+void* operator new[](std::size_t size, const char* file, int line) { return AK_malloc(size, file, line); }
+void operator delete(void* block, const char*, int) { AK_free(block); }
+void operator delete[](void* block, const char*, int) { AK_free(block); }

@@ -15,10 +15,7 @@
 static_assert(std::endian::native == std::endian::little, "files hold the host's bytes, which must be little-endian");
 static_assert(sizeof(int) == 4 && sizeof(float) == 4 && sizeof(double) == 8);
 
-static std::FILE* File(void* file)
-{
-    return static_cast<std::FILE*>(file);
-}
+static std::FILE* File(void* file) { return static_cast<std::FILE*>(file); }
 
 // The length of a regular file, 0 for anything else: a pipe or a device has no end that a count could be held against.
 static long RegularFileSize(std::FILE* file)
@@ -39,15 +36,9 @@ void* AK_open(const char* name, const char* mode)
     return std::fopen(name, mode);
 }
 
-int AK_close(void* file)
-{
-    return std::fclose(File(file));
-}
+int AK_close(void* file) { return std::fclose(File(file)); }
 
-int AK_flush(void* file)
-{
-    return std::fflush(File(file));
-}
+int AK_flush(void* file) { return std::fflush(File(file)); }
 
 int AK_seek(unsigned long offset, void* file)
 {
@@ -66,47 +57,17 @@ static unsigned long ReadItems(T* items, unsigned long n, void* file)
     return std::fread(items, sizeof(T), n, File(file));
 }
 
-unsigned long AK_write_c(const char* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
-unsigned long AK_write_i(const int* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
-unsigned long AK_write_u(const unsigned int* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
-unsigned long AK_write_f(const float* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
-unsigned long AK_write_d(const double* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
+unsigned long AK_write_c(const char* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
+unsigned long AK_write_i(const int* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
+unsigned long AK_write_u(const unsigned int* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
+unsigned long AK_write_f(const float* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
+unsigned long AK_write_d(const double* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
 
-unsigned long AK_read_c(char* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
-unsigned long AK_read_i(int* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
-unsigned long AK_read_u(unsigned int* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
-unsigned long AK_read_f(float* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
-unsigned long AK_read_d(double* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
+unsigned long AK_read_c(char* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
+unsigned long AK_read_i(int* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
+unsigned long AK_read_u(unsigned int* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
+unsigned long AK_read_f(float* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
+unsigned long AK_read_d(double* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
 
 // --------------------------------------------------------------------------------------------------------- AK_Stream
 
@@ -115,10 +76,7 @@ AK_Stream::AK_Stream(const AK_String& name, const char* mode) : _file(AK_open(na
     Done(_file != nullptr);
 }
 
-AK_Stream::~AK_Stream()
-{
-    Close();
-}
+AK_Stream::~AK_Stream() { Close(); }
 
 void AK_Stream::Done(bool good)
 {
