@@ -57,12 +57,13 @@ function(korvo_layer name)
         list(APPEND generated ${CMAKE_CURRENT_BINARY_DIR}/${stem}.tab.cpp)
     endforeach()
 
+    set(files ${sources} ${headers} ${grammars})
     set(stamp ${CMAKE_CURRENT_BINARY_DIR}/${name}.layer)
     add_custom_command(
         OUTPUT ${stamp}
-        COMMAND ${CMAKE_COMMAND} "-DLAYER=${name}" "-DFAMILIES=${visible}" "-DFILES=${sources};${headers};${grammars}"
+        COMMAND ${CMAKE_COMMAND} "-DLAYER=${name}" "-DFAMILIES=${visible}" "-DFILES=${files}"
                 "-DSTAMP=${stamp}" -P ${CMAKE_SOURCE_DIR}/cmake/CheckIncludes.cmake
-        DEPENDS ${sources} ${headers} ${grammars} ${CMAKE_SOURCE_DIR}/cmake/CheckIncludes.cmake
+        DEPENDS ${files} ${CMAKE_SOURCE_DIR}/cmake/CheckIncludes.cmake
         COMMENT "Checking the includes of ${name}" VERBATIM)
 
     add_library(${name} STATIC ${sources} ${generated} ${stamp})
