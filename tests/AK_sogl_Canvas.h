@@ -1,11 +1,11 @@
-// A small canvas for the tests of the drawing layer: the rasteriser in its initial state, and its planes as pictures.
+// A small canvas for the tests of the drawing layer: the rasteriser in its initial state, corners and pictures as text.
 #pragma once
 
 #include "AK_sogl.h"
 #include "AK_sogl_Internal.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -40,16 +40,20 @@ public:
 
     ~Canvas() { soglFreeBuffers(); }
 
-    /// The position that maps to a pixel; exact where the sizes are powers of two.
+    /// The position that maps to a column or row; exact where the sizes are powers of two.
     float X(double column) const { return float(2 * column / _width - 1); }
     float Y(double row) const { return float(2 * row / _height - 1); }
 
     void Vertex(double column, double row, float z = 0) const { soglVertex3f(X(column), Y(row), z); }
 
-    void Triangle(const std::vector<std::vector<double>>& corners, float z = 0) const
+    /// One primitive; corners as "column,row column,row".
+    void Draw(unsigned primitive, const std::string& corners, float z = 0) const
     {
-        soglBegin(GL_TRIANGLES);
-        for (const auto& corner : corners) Vertex(corner[0], corner[1], z);
+        std::istringstream in(corners);
+        double column, row;
+        char comma;
+        soglBegin(primitive);
+        while (in >> column >> comma >> row) Vertex(column, row, z);
         soglEnd();
     }
 
@@ -57,6 +61,20 @@ public:
     int R(int x, int y) const { return soglBufR[Index(x, y)]; }
     int G(int x, int y) const { return soglBufG[Index(x, y)]; }
     int Z(int x, int y) const { return soglBufZ[Index(x, y)]; }
+
+    /// Where red is not 0: from the top down each row that has pixels with their columns, as "4:45 3:234"; for
+    /// canvases of 8 columns.
+    std::string Pixels() const
+    {
+        std::string pixels;
+        for (int y = _height - 1; y >= 0; --y) {
+            std::string columns;
+            for (int x = 0; x < _width; ++x)
+                if (R(x, y)) columns += std::to_string(x);
+            if (!columns.empty()) pixels += (pixels.empty() ? "" : " ") + std::to_string(y) + ":" + columns;
+        }
+        return pixels;
+    }
 
     /// Rows from the top down: "#" where red is not 0.
     std::string Picture() const
@@ -67,12 +85,6 @@ public:
             picture += '\n';
         }
         return picture;
-    }
-
-    long Drawn() const
-    {
-        const std::string picture = Picture();
-        return std::count(picture.begin(), picture.end(), '#');
     }
 
 private:

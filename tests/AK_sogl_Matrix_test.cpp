@@ -36,30 +36,26 @@ TEST(AK_sogl_Matrix, FactorsAreMultipliedFromTheRight)
         const char* why;
         std::function<void()> act;
         std::vector<float> rows;
+        // clang-format off
     } cases[] = {
-        {"translate after scale",
-         [] {
-             soglScalef(2, 3, 4);
-             soglTranslatef(1, 1, 1);
-         },                                                                                     {2, 0, 0, 2, 0, 3, 0, 3, 0, 0, 4, 4, 0, 0, 0, 1}},
-        {"columns come in OpenGL's order",
-         [&] { soglMultMatrixf(columns); },
-         {1, 4, 7, 11, 2, 5, 8, 12, 3, 6, 10, 13, 0, 0, 0, 1}                                                                                   },
-        {"quarter turn about z, axis not of unit length",
-         [] { soglRotatef(90, 0, 0, 5); },
-         {0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}                                                                                      },
-        {"third of a turn about the diagonal moves x to y to z",
-         [] { soglRotatef(120, 1, 1, 1); },
-         {0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1}                                                                                       },
-        {"mirror in the plane x = y",                            [] { soglMirrorf(1, -1, 0); }, {0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
-        {"no mirror without a normal",                           [] { soglMirrorf(0, 0, 0); },  {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
-        {"projection with a positive third place",
-         [] { soglOrtho(0, 4, -1, 1, 2, 6); },
-         {0.5, 0, 0, -1, 0, 1, 0, 0, 0, 0, 0.5, -2, 0, 0, 0, 1}                                                                                 },
-        {"projection of no width is ignored",
-         [] { soglOrtho(4, 4, -1, 1, 2, 6); },
-         {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}                                                                                       },
+        {"translate after scale", [] { soglScalef(2, 3, 4), soglTranslatef(1, 1, 1); },
+         {2, 0, 0, 2, 0, 3, 0, 3, 0, 0, 4, 4, 0, 0, 0, 1}},
+        {"columns come in OpenGL's order", [&] { soglMultMatrixf(columns); },
+         {1, 4, 7, 11, 2, 5, 8, 12, 3, 6, 10, 13, 0, 0, 0, 1}},
+        {"quarter turn about z, axis not of unit length", [] { soglRotatef(90, 0, 0, 5); },
+         {0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
+        {"third of a turn about the diagonal moves x to y to z", [] { soglRotatef(120, 1, 1, 1); },
+         {0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1}},
+        {"mirror in the plane x = y", [] { soglMirrorf(1, -1, 0); },
+         {0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
+        {"no mirror without a normal", [] { soglMirrorf(0, 0, 0); },
+         {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
+        {"projection with a positive third place", [] { soglOrtho(0, 4, -1, 1, 2, 6); },
+         {0.5, 0, 0, -1, 0, 1, 0, 0, 0, 0, 0.5, -2, 0, 0, 0, 1}},
+        {"projection of no width is ignored", [] { soglOrtho(4, 4, -1, 1, 2, 6); },
+         {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
     };
+    // clang-format on
     for (const auto& c : cases) {
         const Canvas canvas(4, 4);
         c.act();
@@ -106,24 +102,19 @@ TEST(AK_sogl_Matrix, ThirtyTwoMatricesFitAStack)
 TEST(AK_sogl_Matrix_DeathTest, BrokenPromisesEndTheProcessWithStatusOne)
 {
     // The message goes to standard output; a death test sees standard error.
-    const auto show = [] { dup2(STDERR_FILENO, STDOUT_FILENO); };
+    const auto show = [] { return dup2(STDERR_FILENO, STDOUT_FILENO); };
     const std::string at = "^src/AK_sogl_Matrix.cpp:[0-9]+: ";
-    EXPECT_EXIT(
-        {
-            show();
-            for (int i = 0; i < 32; ++i) soglPushMatrix();
-        },
-        testing::ExitedWithCode(1), at + "soglMatIndex\\[soglMatMode\\] < soglMatStackSize failed!$");
-    EXPECT_EXIT(
-        {
-            show();
-            soglPopMatrix();
-        },
-        testing::ExitedWithCode(1), at + "soglMatIndex\\[soglMatMode\\] >= 0 failed!$");
-    EXPECT_EXIT(
-        {
-            show();
-            soglRotatef(30, 0, 1e-7f, 0);
-        },
-        testing::ExitedWithCode(1), at + "fabs\\(div\\) > 1.0e-6 failed!$");
+    const struct {
+        const char* condition;
+        std::function<void()> act;
+    } cases[] = {
+        {"soglMatIndex\\[soglMatMode\\] < soglMatStackSize",
+         [] {
+             for (int i = 0; i < 32; ++i) soglPushMatrix();
+         }                                                                                       },
+        {"soglMatIndex\\[soglMatMode\\] >= 0",               [] { soglPopMatrix(); }             },
+        {"fabs\\(div\\) > 1.0e-6",                           [] { soglRotatef(30, 0, 1e-7f, 0); }},
+    };
+    for (const auto& c : cases)
+        EXPECT_EXIT((show(), c.act()), testing::ExitedWithCode(1), at + c.condition + " failed!$");
 }

@@ -87,13 +87,10 @@ void DrawWater()
     aglDepthMask(0);
     aglColor4f(0.1f, 0.3f, 0.9f, 0.4f);
     aglBegin(GL_POLYGON);
-    for (const auto& p : {
-             std::pair{-1.f, -1.f},
-             {1.f,  -1.f},
-             {1.f,  1.f },
-             {-1.f, 1.f }
-    })
-        aglVertex3f(p.first, p.second, 0.14f);
+    aglVertex3f(-1, -1, 0.14f);
+    aglVertex3f(1, -1, 0.14f);
+    aglVertex3f(1, 1, 0.14f);
+    aglVertex3f(-1, 1, 0.14f);
     aglEnd();
     aglDepthMask(1);
     aglDisable(GL_BLEND);
