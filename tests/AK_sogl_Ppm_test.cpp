@@ -58,21 +58,21 @@ Image Read(const std::string& name)
 
 TEST_F(AK_sogl_Ppm, HeaderAndPixelsOfGoodFiles)
 {
-    const std::string longComment = "# " + std::string(5000, '#') + "\n";
+    const std::string comment = "# " + std::string(5000, '#') + "\n";
     const struct {
         const char* why;
         std::string file;
         int width, height, depth;
         std::string data;
     } cases[] = {
-        {"the last row of the file comes first", "P6\n1 2\n255\nTOPbot",                                    1, 2, 8,  "botTOP"},
-        {"comments before every line",           "#a\n#b\nP6\n#c 7 7\n2 1\n" + longComment + "255\nabcdef", 2, 1, 8,  "abcdef"},
-        {"only \"P6\" of the first line counts", "P6 is the magic\n1 1\n255\nabc",                          1, 1, 8,  "abc"   },
-        {"small maximum: one byte",              "P6\n1 1\n1\nabc",                                         1, 1, 8,  "abc"   },
-        {"256: two bytes",                       "P6\n1 1\n256\nabcdef",                                    1, 1, 16, "abcdef"},
-        {"pixels may look like comments",        "P6\n1 1\n255\n#\n#",                                      1, 1, 8,  "#\n#"  },
-        {"what follows the pixels is left",      "P6\n 1  1 \n255 \nabcmore",                               1, 1, 8,  "abc"   },
-        {"lines with carriage returns",          "P6\r\n1 1\r\n255\r\nabc",                                 1, 1, 8,  "abc"   },
+        {"the last row comes first",      "P6\n1 2\n255\nTOPbot",                              1, 2, 8,  "botTOP"},
+        {"comments before every line",    "#a\n#b\nP6\n#7 7\n2 1\n" + comment + "255\nabcdef", 2, 1, 8,  "abcdef"},
+        {"\"P6\" is enough of a line",    "P6 is the magic\n1 1\n255\nabc",                    1, 1, 8,  "abc"   },
+        {"small maximum: one byte",       "P6\n1 1\n1\nabc",                                   1, 1, 8,  "abc"   },
+        {"256: two bytes",                "P6\n1 1\n256\nabcdef",                              1, 1, 16, "abcdef"},
+        {"pixels may look like comments", "P6\n1 1\n255\n#\n#",                                1, 1, 8,  "#\n#"  },
+        {"more than the pixels",          "P6\n 1  1 \n255 \nabcmore",                         1, 1, 8,  "abc"   },
+        {"lines with carriage returns",   "P6\r\n1 1\r\n255\r\nabc",                           1, 1, 8,  "abc"   },
     };
     for (const auto& c : cases) {
         Put(c.file);
