@@ -4,12 +4,10 @@
 
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 // Moves into a directory and back.
-class WorkingDirectory
-{
+class WorkingDirectory {
 public:
     explicit WorkingDirectory(const char* path)
     {

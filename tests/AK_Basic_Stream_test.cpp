@@ -4,8 +4,7 @@
 
 #include <sys/stat.h>
 
-namespace
-{
+namespace {
 
 struct Point {
     double x, y, z;
@@ -16,8 +15,7 @@ struct Point {
 template <>
 inline constexpr bool ak_is_stream_item<Point> = true;
 
-namespace
-{
+namespace {
 
 // A record with one of everything.
 struct Record {

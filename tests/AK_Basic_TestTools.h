@@ -11,8 +11,7 @@
 #include <vector>
 
 /// An empty directory of its own, gone with all it holds when the test ends.
-class TemporaryDirectory
-{
+class TemporaryDirectory {
 public:
     TemporaryDirectory()
     {
@@ -32,8 +31,7 @@ private:
 };
 
 /// Keeps the messages sent while it lives instead of letting them out.
-class CaughtMessages
-{
+class CaughtMessages {
 public:
     CaughtMessages()
     {
@@ -76,7 +74,4 @@ inline std::string FileBytes(const AK_String& name)
 }
 
 /// The list as "a|b|c|", so that a failed comparison shows it whole.
-inline std::string Joined(const AK_List<AK_String>& list)
-{
-    return AK_String(list, "|").c_str();
-}
+inline std::string Joined(const AK_List<AK_String>& list) { return AK_String(list, "|").c_str(); }
