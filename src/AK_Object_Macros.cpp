@@ -12,6 +12,7 @@
 
 #include "AK_Object.h"
 
+#include <climits>
 #include <cstring>
 
 static constexpr int maxMacroLine = 40959;
@@ -55,6 +56,10 @@ static void RunPython(const AK_String& file, const AK_String& name)
     AK_TextReader reader(name);
     if (!reader.IsOpen()) {
         status = AK_String("can not open python file '") + name + "'";
+        return;
+    }
+    if (reader.Size() >= INT_MAX / 2) {
+        status = AK_String("out of memory when reading '") + name + "'";
         return;
     }
     AK_List<char> text(256);
