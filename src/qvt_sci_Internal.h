@@ -29,9 +29,45 @@
 
 #include <csetjmp>
 #include <cstddef>
+#include <cstdlib>
 
 struct Node;
 struct Symtab;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// A growing array of plain items without a destructor, so that a jump may cross it. All zero is the empty one.
+
+template <class Item>
+struct Pile {
+    Item* items;
+    size_t count;
+    size_t capacity;
+
+    /// Room for so many more. False, with nothing changed, if there is no memory; so does Push.
+    bool Reserve(size_t more)
+    {
+        if (capacity - count >= more) return true;
+        const size_t grown = 2 * capacity + 16 + more;
+        void* memory = std::realloc(static_cast<void*>(items), grown * sizeof(Item));
+        if (!memory) return false;
+        items = static_cast<Item*>(memory);
+        capacity = grown;
+        return true;
+    }
+    bool Push(const Item& item)
+    {
+        if (count == capacity && !Reserve(1)) return false;
+        items[count++] = item;
+        return true;
+    }
+    Item Pop() { return items[--count]; }
+    Item& Top() { return items[count - 1]; }
+    void Free()
+    {
+        std::free(static_cast<void*>(items));
+        *this = {};
+    }
+};
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Types
@@ -174,8 +210,16 @@ enum ResultRule {
     RESULT_FIRST,           // first operand's
     RESULT_VOID,
     RESULT_PTR,
-    RESULT_OWN,    // set by its constructor
-    RESULT_NONE,   // parses, but there is no such operation
+    RESULT_RETURN,   // the type of the function being parsed, void without operand
+    RESULT_OWN,      // set by its constructor
+    RESULT_NONE,     // parses, but there is no such operation
+};
+
+// What OprNew makes of vectors among the operands.
+enum ShapeRule {
+    SHAPE_VECTOR,   // has evaluators for vectors; arrays of unknown size are refused
+    SHAPE_SCALAR,   // has none: "operation 'X_' not supported for vectors"
+    SHAPE_WHOLE,    // takes arrays as they are; the node itself is a scalar
 };
 
 // What OprCorrectTypes does with the operands.
@@ -196,61 +240,61 @@ enum OperandRule {
     OPERANDS_SPRINTF,   // text, format
 };
 
-// ORDER OPERATORS   code (token of qvt_sci.y), family of evaluators, OprName, OprCode, result, operands.
+// ORDER OPERATORS   code (token of qvt_sci.y), family of evaluators, OprName, OprCode, shape, result, operands.
 // In a template `$` marks an operand. The evaluators' own tables (qvt_sci_execute*.cpp) are keyed by the same codes.
 #define QVT_SCI_OPERATORS(ROW)                                                                                         \
-    ROW('!', NOT, "!", "!$", RESULT_INT, OPERANDS_TRUTH)                                                               \
-    ROW('%', IMOD, "%", "$ % $", RESULT_INT, OPERANDS_CAST)                                                            \
-    ROW('*', TIMES, "*", "$ * $", RESULT_LARGER, OPERANDS_CAST)                                                        \
-    ROW('+', PLUS, "+", "($ + $)", RESULT_LARGER, OPERANDS_CAST)                                                       \
-    ROW('-', MINUS, "-", "($ - $)", RESULT_LARGER, OPERANDS_CAST)                                                      \
-    ROW('.', DOT_PROD, ".", "$ . $", RESULT_DOUBLE_SCALAR, OPERANDS_CAST)                                              \
-    ROW('/', OVER, "/", "$ / $", RESULT_LARGER, OPERANDS_CAST)                                                         \
-    ROW(';', COLON, ";", "$;\n$;\n", RESULT_INT, OPERANDS_AS_ARE)                                                      \
-    ROW('<', LT, "<", "$ < $", RESULT_INT_SCALAR, OPERANDS_CAST)                                                       \
-    ROW('=', ASS, "=", "$ = $", RESULT_FIRST, OPERANDS_CAST)                                                           \
-    ROW('>', GT, ">", "$ > $", RESULT_INT_SCALAR, OPERANDS_CAST)                                                       \
-    ROW('?', COND_EXPR_OPR, "?", nullptr, RESULT_LARGER_BRANCH, OPERANDS_COND_EXPR)                                    \
-    ROW('^', CROSS_PROD, "^", "($ ^ $)", RESULT_LARGER, OPERANDS_CAST)                                                 \
-    ROW('|', MAG, "|", "|$|", RESULT_DOUBLE_SCALAR, OPERANDS_AS_ARE)                                                   \
-    ROW(STATIC, STATIC, "STATIC", nullptr, RESULT_VOID, OPERANDS_AS_ARE)                                               \
-    ROW(RESIZE, RESIZE, "RESIZE", "resize(", RESULT_INT_SCALAR, OPERANDS_RESIZE)                                       \
-    ROW(EXEC, EXEC, "EXEC", "exec(", RESULT_INT_SCALAR, OPERANDS_EXEC)                                                 \
-    ROW(FUNCADDR, FUNCADDR, "FUNCADDR", "func_addr(", RESULT_PTR, OPERANDS_FUNCADDR)                                   \
-    ROW(FUNCCALL, FUNCCALL, "FUNCCALL", "func_call(", RESULT_DOUBLE, OPERANDS_FUNCCALL)                                \
-    ROW(IQSORT, IQSORT, "IQSORT", "iqsort(", RESULT_INT_SCALAR, OPERANDS_IQSORT)                                       \
-    ROW(BREAK, BREAK, "BREAK", "break", RESULT_INT, OPERANDS_AS_ARE)                                                   \
-    ROW(CONTINUE, CONTINUE, "CONTINUE", "continue", RESULT_INT, OPERANDS_AS_ARE)                                       \
-    ROW(RETURN, RETURN, "RETURN", "return(", RESULT_OWN, OPERANDS_RETURN)                                              \
-    ROW(FOR, FOR, "FOR", "for($; $; $){\n$}", RESULT_VOID, OPERANDS_LOOP)                                              \
-    ROW(WHILE, WHILE, "WHILE", "while($){\n$}", RESULT_VOID, OPERANDS_LOOP)                                            \
-    ROW(IF, IF, "IF", "if($) $", RESULT_VOID, OPERANDS_LOOP)                                                           \
-    ROW(PRINT, PRINT, "PRINT", "print ", RESULT_INT, OPERANDS_AS_ARE)                                                  \
-    ROW(PRINTF, PRINTF, "PRINTF", "printf(", RESULT_INT, OPERANDS_PRINTF)                                              \
-    ROW(FPRINTF, FPRINTF, "FPRINTF", "fprintf(", RESULT_INT, OPERANDS_FPRINTF)                                         \
-    ROW(SPRINTF, SPRINTF, "SPRINTF", "sprintf(", RESULT_INT, OPERANDS_SPRINTF)                                         \
-    ROW(SCANF, SCANF, "SCANF", "scanf(", RESULT_INT, OPERANDS_PRINTF)                                                  \
-    ROW(FSCANF, FSCANF, "FSCANF", "fscanf(", RESULT_INT, OPERANDS_FPRINTF)                                             \
-    ROW(SSCANF, SSCANF, "SSCANF", "sscanf(", RESULT_INT, OPERANDS_SPRINTF)                                             \
-    ROW(ADD, ADD, "ADD", "$ += $", RESULT_FIRST, OPERANDS_CAST)                                                        \
-    ROW(SUB, SUB, "SUB", "$ -= $", RESULT_FIRST, OPERANDS_CAST)                                                        \
-    ROW(MULT, MULT, "MULT", "$ *= $", RESULT_FIRST, OPERANDS_CAST)                                                     \
-    ROW(DIV, DIV, "DIV", "$ /= $", RESULT_FIRST, OPERANDS_CAST)                                                        \
-    ROW(OR, OR, "OR", "$ || $", RESULT_INT, OPERANDS_CAST)                                                             \
-    ROW(AND, AND, "AND", "$ && $", RESULT_INT, OPERANDS_CAST)                                                          \
-    ROW(GE, GE, "GE", "$ >= $", RESULT_INT_SCALAR, OPERANDS_CAST)                                                      \
-    ROW(LE, LE, "LE", "$ <= $", RESULT_INT_SCALAR, OPERANDS_CAST)                                                      \
-    ROW(EQ, EQ, "EQ", "$ == $", RESULT_INT_SCALAR, OPERANDS_CAST)                                                      \
-    ROW(NE, NE, "NE", "$ != $", RESULT_INT_SCALAR, OPERANDS_CAST)                                                      \
-    ROW(POWER, POWER, "**", "($ ** $)", RESULT_DOUBLE, OPERANDS_CAST)                                                  \
-    ROW(UPLUS, UPLUS, "UPLUS", "+$", RESULT_NONE, OPERANDS_AS_ARE)                                                     \
-    ROW(UMINUS, UMINUS, "UMINUS", "-$", RESULT_FIRST, OPERANDS_AS_ARE)                                                 \
-    ROW(INC_PRE, INC_PRE, "INC_PRE", "++$", RESULT_FIRST, OPERANDS_AS_ARE)                                             \
-    ROW(DEC_PRE, DEC_PRE, "DEC_PRE", "--$", RESULT_FIRST, OPERANDS_AS_ARE)                                             \
-    ROW(INC, INC, "INC", "$++", RESULT_FIRST, OPERANDS_AS_ARE)                                                         \
-    ROW(DEC, DEC, "DEC", "$--", RESULT_FIRST, OPERANDS_AS_ARE)                                                         \
-    ROW(CAST, CAST, "CAST", "$", RESULT_OWN, OPERANDS_AS_ARE)                                                          \
-    ROW(NONZERO, NONZERO, "NONZERO", "$ != 0", RESULT_INT, OPERANDS_AS_ARE)
+    ROW('!', NOT, "!", "!$", SHAPE_SCALAR, RESULT_INT, OPERANDS_TRUTH)                                                 \
+    ROW('%', IMOD, "%", "$ % $", SHAPE_SCALAR, RESULT_INT, OPERANDS_CAST)                                              \
+    ROW('*', TIMES, "*", "$ * $", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                          \
+    ROW('+', PLUS, "+", "($ + $)", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                         \
+    ROW('-', MINUS, "-", "($ - $)", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                        \
+    ROW('.', DOT_PROD, ".", "$ . $", SHAPE_VECTOR, RESULT_DOUBLE_SCALAR, OPERANDS_CAST)                                \
+    ROW('/', OVER, "/", "$ / $", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                           \
+    ROW(';', COLON, ";", "$;\n$;\n", SHAPE_WHOLE, RESULT_INT, OPERANDS_AS_ARE)                                         \
+    ROW('<', LT, "<", "$ < $", SHAPE_SCALAR, RESULT_INT_SCALAR, OPERANDS_CAST)                                         \
+    ROW('=', ASS, "=", "$ = $", SHAPE_VECTOR, RESULT_FIRST, OPERANDS_CAST)                                             \
+    ROW('>', GT, ">", "$ > $", SHAPE_SCALAR, RESULT_INT_SCALAR, OPERANDS_CAST)                                         \
+    ROW('?', COND_EXPR_OPR, "?", nullptr, SHAPE_SCALAR, RESULT_LARGER_BRANCH, OPERANDS_COND_EXPR)                      \
+    ROW('^', CROSS_PROD, "^", "($ ^ $)", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                   \
+    ROW('|', MAG, "|", "|$|", SHAPE_VECTOR, RESULT_DOUBLE_SCALAR, OPERANDS_AS_ARE)                                     \
+    ROW(STATIC, STATIC, "STATIC", nullptr, SHAPE_WHOLE, RESULT_VOID, OPERANDS_AS_ARE)                                  \
+    ROW(RESIZE, RESIZE, "RESIZE", "resize(", SHAPE_WHOLE, RESULT_INT_SCALAR, OPERANDS_RESIZE)                          \
+    ROW(EXEC, EXEC, "EXEC", "exec(", SHAPE_WHOLE, RESULT_INT_SCALAR, OPERANDS_EXEC)                                    \
+    ROW(FUNCADDR, FUNCADDR, "FUNCADDR", "func_addr(", SHAPE_WHOLE, RESULT_PTR, OPERANDS_FUNCADDR)                      \
+    ROW(FUNCCALL, FUNCCALL, "FUNCCALL", "func_call(", SHAPE_WHOLE, RESULT_DOUBLE, OPERANDS_FUNCCALL)                   \
+    ROW(IQSORT, IQSORT, "IQSORT", "iqsort(", SHAPE_WHOLE, RESULT_INT_SCALAR, OPERANDS_IQSORT)                          \
+    ROW(BREAK, BREAK, "BREAK", "break", SHAPE_WHOLE, RESULT_INT, OPERANDS_AS_ARE)                                      \
+    ROW(CONTINUE, CONTINUE, "CONTINUE", "continue", SHAPE_WHOLE, RESULT_INT, OPERANDS_AS_ARE)                          \
+    ROW(RETURN, RETURN, "RETURN", "return(", SHAPE_WHOLE, RESULT_RETURN, OPERANDS_RETURN)                              \
+    ROW(FOR, FOR, "FOR", "for($; $; $){\n$}", SHAPE_WHOLE, RESULT_VOID, OPERANDS_LOOP)                                 \
+    ROW(WHILE, WHILE, "WHILE", "while($){\n$}", SHAPE_WHOLE, RESULT_VOID, OPERANDS_LOOP)                               \
+    ROW(IF, IF, "IF", "if($) $", SHAPE_WHOLE, RESULT_VOID, OPERANDS_LOOP)                                              \
+    ROW(PRINT, PRINT, "PRINT", "print ", SHAPE_WHOLE, RESULT_INT, OPERANDS_AS_ARE)                                     \
+    ROW(PRINTF, PRINTF, "PRINTF", "printf(", SHAPE_WHOLE, RESULT_INT, OPERANDS_PRINTF)                                 \
+    ROW(FPRINTF, FPRINTF, "FPRINTF", "fprintf(", SHAPE_WHOLE, RESULT_INT, OPERANDS_FPRINTF)                            \
+    ROW(SPRINTF, SPRINTF, "SPRINTF", "sprintf(", SHAPE_WHOLE, RESULT_INT, OPERANDS_SPRINTF)                            \
+    ROW(SCANF, SCANF, "SCANF", "scanf(", SHAPE_WHOLE, RESULT_INT, OPERANDS_PRINTF)                                     \
+    ROW(FSCANF, FSCANF, "FSCANF", "fscanf(", SHAPE_WHOLE, RESULT_INT, OPERANDS_FPRINTF)                                \
+    ROW(SSCANF, SSCANF, "SSCANF", "sscanf(", SHAPE_WHOLE, RESULT_INT, OPERANDS_SPRINTF)                                \
+    ROW(ADD, ADD, "ADD", "$ += $", SHAPE_VECTOR, RESULT_FIRST, OPERANDS_CAST)                                          \
+    ROW(SUB, SUB, "SUB", "$ -= $", SHAPE_VECTOR, RESULT_FIRST, OPERANDS_CAST)                                          \
+    ROW(MULT, MULT, "MULT", "$ *= $", SHAPE_VECTOR, RESULT_FIRST, OPERANDS_CAST)                                       \
+    ROW(DIV, DIV, "DIV", "$ /= $", SHAPE_VECTOR, RESULT_FIRST, OPERANDS_CAST)                                          \
+    ROW(OR, OR, "OR", "$ || $", SHAPE_SCALAR, RESULT_INT, OPERANDS_CAST)                                               \
+    ROW(AND, AND, "AND", "$ && $", SHAPE_SCALAR, RESULT_INT, OPERANDS_CAST)                                            \
+    ROW(GE, GE, "GE", "$ >= $", SHAPE_SCALAR, RESULT_INT_SCALAR, OPERANDS_CAST)                                        \
+    ROW(LE, LE, "LE", "$ <= $", SHAPE_SCALAR, RESULT_INT_SCALAR, OPERANDS_CAST)                                        \
+    ROW(EQ, EQ, "EQ", "$ == $", SHAPE_SCALAR, RESULT_INT_SCALAR, OPERANDS_CAST)                                        \
+    ROW(NE, NE, "NE", "$ != $", SHAPE_SCALAR, RESULT_INT_SCALAR, OPERANDS_CAST)                                        \
+    ROW(POWER, POWER, "**", "($ ** $)", SHAPE_SCALAR, RESULT_DOUBLE, OPERANDS_CAST)                                    \
+    ROW(UPLUS, UPLUS, "UPLUS", "+$", SHAPE_SCALAR, RESULT_NONE, OPERANDS_AS_ARE)                                       \
+    ROW(UMINUS, UMINUS, "UMINUS", "-$", SHAPE_SCALAR, RESULT_FIRST, OPERANDS_AS_ARE)                                   \
+    ROW(INC_PRE, INC_PRE, "INC_PRE", "++$", SHAPE_SCALAR, RESULT_FIRST, OPERANDS_AS_ARE)                               \
+    ROW(DEC_PRE, DEC_PRE, "DEC_PRE", "--$", SHAPE_SCALAR, RESULT_FIRST, OPERANDS_AS_ARE)                               \
+    ROW(INC, INC, "INC", "$++", SHAPE_SCALAR, RESULT_FIRST, OPERANDS_AS_ARE)                                           \
+    ROW(DEC, DEC, "DEC", "$--", SHAPE_SCALAR, RESULT_FIRST, OPERANDS_AS_ARE)                                           \
+    ROW(CAST, CAST, "CAST", "$", SHAPE_WHOLE, RESULT_OWN, OPERANDS_AS_ARE)                                             \
+    ROW(NONZERO, NONZERO, "NONZERO", "$ != 0", SHAPE_WHOLE, RESULT_INT, OPERANDS_AS_ARE)
 
 /// One row of the table, for those who look it up by code.
 struct Operator {
@@ -258,21 +302,27 @@ struct Operator {
     const char* family;   // "PLUS_": with "ex" before and a type behind it is the evaluator's name
     const char* name;
     const char* text;   // template; null: none
+    ShapeRule shape;
     ResultRule result;
     OperandRule operands;
 };
 
 // qvt_sci_Type.cpp
-const Operator* FindOperator(int opr);   // null if there is none
+const Operator* FindOperator(int opr);   // null if there is none; by code in constant time
 const char* OprName(int opr);            // "?" if there is none
 const char* OprCode(const Node* node);   // template; "?(" if there is none
 const char* NodeTypeName(const Node* node);
 int OprDataType(const Node* node);
 void OprCorrectTypes(Node* node);
 int NodeIsVector(const Node* node);
-int NodeVecSize(const Node* node);         // elements, negative if unknown; a dynamic array's present ones
-Node* CastNew(int dataType, Node* node);   // see its errors: most conversions are refused by yyerror
-Node* CastTo(int dataType, Node* node);    // the node itself if nothing is to be done
+int NodeVecSize(const Node* node);   // elements, negative if unknown; a dynamic array's present ones
+/// Conversions that there are none of are errors by yyerror; if that returns (code is running), so does the node.
+/// A pointer cast to int stays the same node, of pointer type: its value as an int is the low half. Nodes of pointer
+/// type therefore all have get.p = PointerOf, which reads through ex, and get.i = LowHalfOf once cast to int.
+Node* CastNew(int dataType, Node* node);
+Node* CastTo(int dataType, Node* node);   // the node itself if nothing is to be done
+void* PointerOf(Node* node);
+int LowHalfOf(Node* node);
 Node* NonZeroNew(Node* node);
 Node* NonZero(Node* node);
 
@@ -338,7 +388,9 @@ struct Symbol {
     int32_t symbolType;   // SymbolKind
     int32_t dataType;
     char referenced;   // 1 once a node refers to it
-    void* addr;        // of the value (owned unless extern or formal); of the native code of an extern function
+    void* addr;        // of the value; of the native code of an extern function
+    Value own;         // memory of a scalar that is neither extern nor formal: addr points here unless a host bound it
+    void* memory;      // malloc'd memory of such an array, and of a string constant; addr points to it likewise
     Symbol* next;      // in the table's list
     union {
         FunctionPart func;
@@ -364,11 +416,14 @@ struct Symtab {
 
 struct Namespace {
     Symtab* symtab;   // owned
-    Node* initCode;   // owned; null if there is none
+    Node* initCode;   // owned unless borrowsCode is set; null if there is none
     Node* exitCode;
-    Namespace* parent;          // null for the root
-    Namespace* abandoned;       // owned: function namespaces that failed parses left without a function, and
-    Namespace* nextAbandoned;   // the link of that list
+    int32_t borrowsCode;    // 1: a failed parse left the codes of the namespace above here
+    int32_t isLocal;        // 1: made for a function
+    Symbol* function;       // that function, which owns this; null before its declaration is complete
+    Namespace* parent;      // null for the root
+    Namespace* locals;      // owned: namespaces made for functions that have no owner, as after a failed parse
+    Namespace* nextLocal;   // link of that list
 };
 
 extern Namespace* rootNamespace;
@@ -406,7 +461,11 @@ Symbol* DeclareArr(int qualifier, int dataType, const char* name, int nDims, con
 Symbol* DeclareFunc(int dataType, const char* name, int nArgs, Symbol* const* args);
 void DefineFunc(Symbol* function, Node* body);
 void ForgetDefinitions();     // start of a parse
-void TakeBackDefinitions();   // a failed parse: functions defined since the start lose their body again
+void TakeBackDefinitions();   // a failed parse: functions defined since its start lose their body again
+
+// qvt_sci_aux_Bind.cpp
+void SymbolForget(
+    const Symbol* symbol);   // it is about to go: a walk of qvt_sci_NextSymbol does not stand on it any more
 
 // qvt_sci_aux_Namespace.cpp
 void CreateRootNamespace();   // if there is none; runs qvt_sci_CreatePredefinedSymbols once
@@ -414,6 +473,7 @@ Namespace* NamespaceNew(Namespace* parent);
 void NamespaceDelete(Namespace* ns);   // frees trees and symbols; runs nothing
 void OpenLocNamespace();               // for the parser: a function's own
 void CloseLocNamespace();
+void NamespaceGiveTo(Namespace* local, Symbol* function);   // the function owns it from now on
 
 // qvt_sci_aux_Intrinsics.cpp
 void qvt_sci_CreatePredefinedSymbols();   // parses qvt_sci_intrinsics() into the active (root) namespace and binds
@@ -433,6 +493,7 @@ extern char* qvt_sci_includePathes;   // each directory with "/" and a newline b
 int yylex();
 void ScannerStart(const char* text, size_t length);   // borrowed until ScannerEnd
 void ScannerEnd();
+void ScannerTextTaken();   // the string literal scanned last has an owner: until then the scanner frees it
 
 /// Reports an error; while parsing it does not return but jumps to syntax_error_jmp_buf. While code runs
 /// (curLineNumber -1) it counts, prints "ERROR: " and the message, and returns.
@@ -445,12 +506,27 @@ int qvt_sci_Preprocess(char** text);
 
 // qvt_sci.y
 int yyparse();
+extern int curReturnType;   // of the function being parsed
 void arg_lists_clear();
+
+// qvt_sci.cpp
+void NamespaceAddInitCode(Node* code);   // to the active namespace, behind what it has; null adds nothing
+void NamespaceAddExitCode(Node* code);   // before what it has
 
 // Blocks that live for one parse (qvt_sci.cpp)
 void garbage_add(void* block);
 void* garbage_malloc(size_t size);   // calls yyerror when memory is out
 void garbage_delete();
+
+/// Messages into a buffer for a while, and back (qvt_sci_aux_Messages.cpp).
+struct MessageSink {
+    int (*msg)(const char* format, ...);
+    void (*flush)();
+    char* buffer;
+    int room;
+};
+MessageSink RedirectMessages(char* buffer, int length);
+void RestoreMessages(const MessageSink& sink);
 
 /// Reports a failed allocation or a broken promise of the caller, "at <line> in <file>" and "<what> failed!", through
 /// qvt_sci_printf and ends the process with status 1. (qvt_sci_aux_Messages.cpp)
