@@ -240,7 +240,7 @@ void main(), which is then called. The result is 0, or the number of errors.
 Names of the program:
 
     extern double temperature;         // a variable that the program provides
-    extern double x;                   // within a function: the global x, even if there is a local one of that name
+    extern double x;                   // within a function: the global variable x
 
 Adjacent strings are one: "KOR" "VO" is "KORVO", on several lines too.
 
