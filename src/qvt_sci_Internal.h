@@ -29,9 +29,45 @@
 
 #include <csetjmp>
 #include <cstddef>
+#include <cstdlib>
 
 struct Node;
 struct Symtab;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// A growing array of plain items without a destructor, so that a jump may cross it. All zero is the empty one.
+
+template <class Item>
+struct Pile {
+    Item* items;
+    size_t count;
+    size_t capacity;
+
+    /// Room for so many more. False, with nothing changed, if there is no memory; so does Push.
+    bool Reserve(size_t more)
+    {
+        if (capacity - count >= more) return true;
+        const size_t grown = 2 * capacity + 16 + more;
+        void* memory = std::realloc(static_cast<void*>(items), grown * sizeof(Item));
+        if (!memory) return false;
+        items = static_cast<Item*>(memory);
+        capacity = grown;
+        return true;
+    }
+    bool Push(const Item& item)
+    {
+        if (count == capacity && !Reserve(1)) return false;
+        items[count++] = item;
+        return true;
+    }
+    Item Pop() { return items[--count]; }
+    Item& Top() { return items[count - 1]; }
+    void Free()
+    {
+        std::free(static_cast<void*>(items));
+        *this = {};
+    }
+};
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Types
@@ -180,8 +216,9 @@ enum ResultRule {
     RESULT_FIRST,           // first operand's
     RESULT_VOID,
     RESULT_PTR,
-    RESULT_OWN,    // set by its constructor
-    RESULT_NONE,   // parses, but there is no such operation
+    RESULT_RETURN,   // the type of the function being parsed, void without operand
+    RESULT_OWN,      // set by its constructor
+    RESULT_NONE,     // parses, but there is no such operation
 };
 
 // What OprNew makes of vectors among the operands.
@@ -234,7 +271,7 @@ enum OperandRule {
     ROW(IQSORT, IQSORT, "IQSORT", "iqsort(", SHAPE_WHOLE, RESULT_INT_SCALAR, OPERANDS_IQSORT)                          \
     ROW(BREAK, BREAK, "BREAK", "break", SHAPE_WHOLE, RESULT_INT, OPERANDS_AS_ARE)                                      \
     ROW(CONTINUE, CONTINUE, "CONTINUE", "continue", SHAPE_WHOLE, RESULT_INT, OPERANDS_AS_ARE)                          \
-    ROW(RETURN, RETURN, "RETURN", "return(", SHAPE_WHOLE, RESULT_OWN, OPERANDS_RETURN)                                 \
+    ROW(RETURN, RETURN, "RETURN", "return(", SHAPE_WHOLE, RESULT_RETURN, OPERANDS_RETURN)                              \
     ROW(FOR, FOR, "FOR", "for($; $; $){\n$}", SHAPE_WHOLE, RESULT_VOID, OPERANDS_LOOP)                                 \
     ROW(WHILE, WHILE, "WHILE", "while($){\n$}", SHAPE_WHOLE, RESULT_VOID, OPERANDS_LOOP)                               \
     ROW(IF, IF, "IF", "if($) $", SHAPE_WHOLE, RESULT_VOID, OPERANDS_LOOP)                                              \
@@ -277,7 +314,7 @@ struct Operator {
 };
 
 // qvt_sci_Type.cpp
-const Operator* FindOperator(int opr);   // null if there is none
+const Operator* FindOperator(int opr);   // null if there is none; by code in constant time
 const char* OprName(int opr);            // "?" if there is none
 const char* OprCode(const Node* node);   // template; "?(" if there is none
 const char* NodeTypeName(const Node* node);
@@ -430,7 +467,11 @@ Symbol* DeclareArr(int qualifier, int dataType, const char* name, int nDims, con
 Symbol* DeclareFunc(int dataType, const char* name, int nArgs, Symbol* const* args);
 void DefineFunc(Symbol* function, Node* body);
 void ForgetDefinitions();     // start of a parse
-void TakeBackDefinitions();   // a failed parse: functions defined since the start lose their body again
+void TakeBackDefinitions();   // a failed parse: functions defined since its start lose their body again
+
+// qvt_sci_aux_Bind.cpp
+void SymbolForget(
+    const Symbol* symbol);   // it is about to go: a walk of qvt_sci_NextSymbol does not stand on it any more
 
 // qvt_sci_aux_Namespace.cpp
 void CreateRootNamespace();   // if there is none; runs qvt_sci_CreatePredefinedSymbols once
@@ -438,6 +479,7 @@ Namespace* NamespaceNew(Namespace* parent);
 void NamespaceDelete(Namespace* ns);   // frees trees and symbols; runs nothing
 void OpenLocNamespace();               // for the parser: a function's own
 void CloseLocNamespace();
+void NamespaceGiveTo(Namespace* local, Symbol* function);   // the function owns it from now on
 
 // qvt_sci_aux_Intrinsics.cpp
 void qvt_sci_CreatePredefinedSymbols();   // parses qvt_sci_intrinsics() into the active (root) namespace and binds
@@ -457,6 +499,7 @@ extern char* qvt_sci_includePathes;   // each directory with "/" and a newline b
 int yylex();
 void ScannerStart(const char* text, size_t length);   // borrowed until ScannerEnd
 void ScannerEnd();
+void ScannerTextTaken();   // the string literal scanned last has an owner: until then the scanner frees it
 
 /// Reports an error; while parsing it does not return but jumps to syntax_error_jmp_buf. While code runs
 /// (curLineNumber -1) it counts, prints "ERROR: " and the message, and returns.
@@ -469,12 +512,27 @@ int qvt_sci_Preprocess(char** text);
 
 // qvt_sci.y
 int yyparse();
+extern int curReturnType;   // of the function being parsed
 void arg_lists_clear();
+
+// qvt_sci.cpp
+void NamespaceAddInitCode(Node* code);   // to the active namespace, behind what it has; null adds nothing
+void NamespaceAddExitCode(Node* code);   // before what it has
 
 // Blocks that live for one parse (qvt_sci.cpp)
 void garbage_add(void* block);
 void* garbage_malloc(size_t size);   // calls yyerror when memory is out
 void garbage_delete();
+
+/// Messages into a buffer for a while, and back (qvt_sci_aux_Messages.cpp).
+struct MessageSink {
+    int (*msg)(const char* format, ...);
+    void (*flush)();
+    char* buffer;
+    int room;
+};
+MessageSink RedirectMessages(char* buffer, int length);
+void RestoreMessages(const MessageSink& sink);
 
 /// Reports a failed allocation or a broken promise of the caller, "at <line> in <file>" and "<what> failed!", through
 /// qvt_sci_printf and ends the process with status 1. (qvt_sci_aux_Messages.cpp)
