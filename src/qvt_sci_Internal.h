@@ -578,3 +578,4 @@ int64_t NodeRoom(const Node* array, const void* address);
 // the result is the operator's.
 int RunPrint(Node* node);
 int RunPrintScan(Node* node);
+void ForgetFormats();   // of statements that a jump of the host left; for qvt_sci_AbandonRun
