@@ -128,6 +128,8 @@ union Evaluate {
     void* (*p)(Node*);
 };
 
+enum { DIVISOR_UNCHECKED, DIVISOR_FIRST, DIVISOR_KEPT };   // KEPT: by its chain, in the node's own slot
+
 struct OperatorPart {
     int32_t opr;   // operator code: token, character, or CAST, NONZERO
     int32_t nOps;
@@ -139,6 +141,7 @@ struct OperatorPart {
     int16_t depth;      // operators below this one along the first operands, counted from the last rung of struct Chain
     int32_t vecSize;    // at least 1
     int32_t vecAlloc;   // elements of the result buffer, 0: owns none. On a static initialiser: 1 once it has run
+    int32_t divisor;    // when a checked division evaluates its divisor
     struct Chain* chain;   // null, or this node is a rung of a long chain
 };
 
@@ -146,6 +149,8 @@ struct SubarrayPart {
     int32_t* dimPtr;   // size of this level, in the symbol
     Node* base;        // ARRAY or SUBARRAY
     Node* index;       // of type int
+    void** baseAt;     // &symbol->addr of the array if base is one, else null
+    void** indexAt;    // place of the index, null if it must be evaluated
 };
 
 struct CallPart {
@@ -186,10 +191,11 @@ inline constexpr int CHAIN_STEP = 32;   // small: right operands nest too, each 
 /// a+b+c+... a million times is a million nodes deep along the first operands. Every CHAIN_STEP-th operator of such a
 /// path is a rung: rungs know each other, and the topmost evaluates them from the lowest up, so that the C stack holds
 /// no more than one step. Made by NodeSelFuncPtr, freed by NodeDelete; evaluation and meaning:
-/// qvt_sci_execute_Select.cpp.
+/// qvt_sci_execute_Chain.cpp.
 struct Chain {
     Node* lowest;         // first rung of the chain
     Node* above;          // next rung up, null on the topmost
+    int32_t hasDivisors;  // 1: divisions of the chain from here down keep their divisors
     void* (*ex)(Node*);   // the evaluators that the node would have otherwise
     Evaluate get;
 };
