@@ -202,10 +202,10 @@ static Node* ArgumentFor(const Symbol* function, int index, Node* argument, cons
     const Symbol* formal = function->func.args[index];
     Node* const cast = CastNew(formal->dataType, argument);
     if (nSyntaxErrors > 0) {
-        qvt_sci_msg("\nqvt_sci_execute:FATAL: wrong type '%s' instead of '%s' of argument %d of function '%s' called via "
-                    "function pointer '%s'\n",
-                    dataTypeName[argument->dataType], dataTypeName[formal->dataType], index + 1, function->name,
-                    pointerName);
+        qvt_sci_msg(
+            "\nqvt_sci_execute:FATAL: wrong type '%s' instead of '%s' of argument %d of function '%s' called via "
+            "function pointer '%s'\n",
+            dataTypeName[argument->dataType], dataTypeName[formal->dataType], index + 1, function->name, pointerName);
         AbortRun();
     }
     if (cast != argument) QVT_SCI_CHECK(casts.Push(cast));

@@ -1,7 +1,8 @@
 // Evaluators of arithmetic on single numbers: + - * / % ** and the signs.
 //
 // A family is a formula and an order: sums and products evaluate left, then right; a checked division evaluates and
-// checks its divisor first and only then the left operand. The order is part of the language, operands may have effects.
+// checks its divisor first and only then the left operand. The order is part of the language, operands may have
+// effects.
 
 #include "qvt_sci_execute_Internal.h"
 
@@ -40,7 +41,8 @@ static auto EvaluateDivisor(Node* node)
 {
     const auto divisor = Right::template Evaluate<T>(node, 1);
     currentNode = node;
-    if (Right::template Read<T>(divisor) == 0) [[unlikely]] ReportDivisionByZero(TypeOf<T>::code);
+    if (Right::template Read<T>(divisor) == 0) [[unlikely]]
+        ReportDivisionByZero(TypeOf<T>::code);
     return divisor;
 }
 
@@ -60,9 +62,8 @@ static void SelectDivision(Node* node)
     if (qvt_sci_on_div_by_zero < 1) return SelectLeftFirst<Formula, T>(node);
     node->o.divisor = DIVISOR_FIRST;
     ChooseFetch<T>(node, 1, node->o.ops[0], [node](auto right) {
-        ChooseFetch<T>(node, 0, nullptr, [node](auto left) {
-            Attach<DivisorFirst<Formula, T, decltype(left), decltype(right)>>(node);
-        });
+        ChooseFetch<T>(node, 0, nullptr,
+                       [node](auto left) { Attach<DivisorFirst<Formula, T, decltype(left), decltype(right)>>(node); });
     });
 }
 
@@ -119,8 +120,10 @@ struct Negative {
     static T Get(Node* node)
     {
         const T value = Operand::template Read<T>(Operand::template Evaluate<T>(node, 0));
-        if constexpr (isWhole<T>) return T(0u - unsigned(value));
-        else return -value;
+        if constexpr (isWhole<T>)
+            return T(0u - unsigned(value));
+        else
+            return -value;
     }
 };
 
@@ -138,17 +141,31 @@ static void SelectNegative(Node* node)
             nullptr                                                                                                    \
     }
 
+#define SIGNS                                                                                                          \
+    {                                                                                                                  \
+        nullptr, SelectNegative<signed char>, SelectNegative<int>, SelectNegative<float>, SelectNegative<double>,      \
+            nullptr                                                                                                    \
+    }
+#define INT_ONLY(...)                                                                                                  \
+    {                                                                                                                  \
+        nullptr, nullptr, __VA_ARGS__                                                                                  \
+    }
+#define DOUBLE_ONLY(...)                                                                                               \
+    {                                                                                                                  \
+        nullptr, nullptr, nullptr, nullptr, __VA_ARGS__                                                                \
+    }
+
 std::span<const FamilyRow> ArithmeticFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
-        {'+', NUMBERS(SelectLeftFirst, Plus)},
-        {'-', NUMBERS(SelectLeftFirst, Minus)},
-        {'*', NUMBERS(SelectLeftFirst, Times)},
-        {'/', NUMBERS(SelectDivision, Over)},
-        {'%', {nullptr, nullptr, SelectDivision<Modulo, int>}},
-        {POWER, {nullptr, nullptr, nullptr, nullptr, SelectLeftFirst<Power, double>}},
-        {UMINUS, {nullptr, SelectNegative<signed char>, SelectNegative<int>, SelectNegative<float>, SelectNegative<double>}},
+        {'+',                      NUMBERS(SelectLeftFirst, Plus)},
+        {'-',                        NUMBERS(SelectLeftFirst,                                             Minus)},
+        {'*',                  NUMBERS(SelectLeftFirst,Times)},
+        {'/',NUMBERS(SelectDivision,     Over)},
+        {'%',                      INT_ONLY(SelectDivision<Modulo,                                        int>)},
+        {POWER,                        DOUBLE_ONLY(SelectLeftFirst<Power,                                             double>)},
+        {UMINUS,                   SIGNS  },
     };
     return rows;
 }

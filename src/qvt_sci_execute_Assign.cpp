@@ -62,7 +62,8 @@ struct Assignment {
         const auto source = Source::template Evaluate<T>(node, 1);
         if constexpr (CheckDivisor) {
             currentNode = node;
-            if (Source::template Read<T>(source) == 0) [[unlikely]] ReportDivisionByZero(TypeOf<T>::code);
+            if (Source::template Read<T>(source) == 0) [[unlikely]]
+                ReportDivisionByZero(TypeOf<T>::code);
         }
         T* const target = Target::template Address<T>(node);
         T value = Source::template Read<T>(source);
@@ -108,8 +109,8 @@ struct Step {
 template <class Formula, class T, bool ValueIsNew>
 static void SelectStep(Node* node)
 {
-    ChooseTarget<T>(
-        node, [node](auto target) { AttachStatement<Step<Formula, T, ValueIsNew, decltype(target)>>(node); });
+    ChooseTarget<T>(node,
+                    [node](auto target) { AttachStatement<Step<Formula, T, ValueIsNew, decltype(target)>>(node); });
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -118,6 +119,11 @@ static void SelectStep(Node* node)
     {                                                                                                                  \
         nullptr, SelectAssignment<Formula, signed char>, SelectAssignment<Formula, int>,                               \
             SelectAssignment<Formula, float>, SelectAssignment<Formula, double>, nullptr                               \
+    }
+#define STORE                                                                                                          \
+    {                                                                                                                  \
+        nullptr, SelectAssignment<Store, signed char>, SelectAssignment<Store, int>, SelectAssignment<Store, float>,   \
+            SelectAssignment<Store, double>, SelectAssignment<Store, void*>                                            \
     }
 #define STEP(Formula, valueIsNew)                                                                                      \
     {                                                                                                                  \
@@ -129,17 +135,15 @@ std::span<const FamilyRow> AssignmentFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
-        {'=',
-         {nullptr, SelectAssignment<Store, signed char>, SelectAssignment<Store, int>, SelectAssignment<Store, float>,
-          SelectAssignment<Store, double>, SelectAssignment<Store, void*>}},
-        {ADD, ASSIGNMENT(Plus)},
-        {SUB, ASSIGNMENT(Minus)},
-        {MULT, ASSIGNMENT(Times)},
-        {DIV, ASSIGNMENT(Over)},
-        {INC_PRE, STEP(Plus, true)},
-        {DEC_PRE, STEP(Minus, true)},
-        {INC, STEP(Plus, false)},
-        {DEC, STEP(Minus, false)},
+        {'=',               STORE                     },
+        {                                                      ADD, ASSIGNMENT(Plus)                          },
+        {                                                    SUB,                 ASSIGNMENT(Minus)                                       },
+        {                       MULT,               ASSIGNMENT(Times)                 },
+        {                                                 DIV,        ASSIGNMENT(Over)                      },
+        {                                                        INC_PRE,       STEP(Plus,                     true)},
+        {                                                     DEC_PRE,        STEP(Minus,                      true)},
+        {                                                                           INC,       STEP(Plus, false)},
+        { DEC,                           STEP(Minus,                                                      false)},
     };
     return rows;
 }

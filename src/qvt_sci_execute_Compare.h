@@ -10,8 +10,10 @@
         template <class T>                                                                                             \
         static int Of(T a, T b)                                                                                        \
         {                                                                                                              \
-            if constexpr (std::is_pointer_v<T>) return reinterpret_cast<uintptr_t>(a) sign reinterpret_cast<uintptr_t>(b);\
-            else return a sign b;                                                                                      \
+            if constexpr (std::is_pointer_v<T>)                                                                        \
+                return reinterpret_cast<uintptr_t>(a) sign reinterpret_cast<uintptr_t>(b);                             \
+            else                                                                                                       \
+                return a sign b;                                                                                       \
         }                                                                                                              \
     };
 QVT_SCI_COMPARISON(Less, <)

@@ -149,8 +149,7 @@ static Flow RunWhile(Node* node)
 
 static void SelectWhile(Node* node)
 {
-    ChooseCondition(node->o.ops[0],
-                    [node](auto condition) { AttachRun(node, RunWhile<decltype(condition)>); });
+    ChooseCondition(node->o.ops[0], [node](auto condition) { AttachRun(node, RunWhile<decltype(condition)>); });
 }
 
 struct AnyStep {
@@ -221,8 +220,7 @@ static Flow RunReturnValue(Node* node)
 template <class T>
 static void SelectReturnValue(Node* node)
 {
-    ChooseFetch<T>(node, 0, nullptr,
-                   [node](auto operand) { AttachRun(node, RunReturnValue<T, decltype(operand)>); });
+    ChooseFetch<T>(node, 0, nullptr, [node](auto operand) { AttachRun(node, RunReturnValue<T, decltype(operand)>); });
 }
 
 static void SelectBreak(Node* node)
@@ -267,14 +265,14 @@ std::span<const PlainRow> ControlOperators()
 {
     // ORDER OPERATORS
     static constexpr PlainRow rows[] = {
-        {';', SelectSequence},
-        {STATIC, SelectStatic},
-        {BREAK, SelectBreak},
+        {';',      SelectSequence},
+        {STATIC,   SelectStatic  },
+        {BREAK,    SelectBreak   },
         {CONTINUE, SelectContinue},
-        {RETURN, SelectReturn},
-        {FOR, SelectFor},
-        {WHILE, SelectWhile},
-        {IF, SelectIf},
+        {RETURN,   SelectReturn  },
+        {FOR,      SelectFor     },
+        {WHILE,    SelectWhile   },
+        {IF,       SelectIf      },
     };
     return rows;
 }

@@ -166,18 +166,18 @@ std::span<const PlainRow> ExecOperators()
 {
     // ORDER OPERATORS
     static constexpr PlainRow rows[] = {
-        {RESIZE, SelectResize},
-        {EXEC, AttachStatement<Exec>},
-        {FUNCADDR, Attach<FunctionAddress>},
-        {FUNCCALL, AttachStatement<FunctionCall>},
-        {IQSORT, AttachStatement<Iqsort>},
-        {PRINT, AttachStatement<Library<RunPrint>>},
-        {PRINTF, AttachStatement<Library<RunPrintScan>>},
-        {FPRINTF, AttachStatement<Library<RunPrintScan>>},
-        {SPRINTF, AttachStatement<Library<RunPrintScan>>},
-        {SCANF, AttachStatement<Library<RunPrintScan>>},
-        {FSCANF, AttachStatement<Library<RunPrintScan>>},
-        {SSCANF, AttachStatement<Library<RunPrintScan>>},
+        {RESIZE,   SelectResize                          },
+        {EXEC,     AttachStatement<Exec>                 },
+        {FUNCADDR, Attach<FunctionAddress>               },
+        {FUNCCALL, AttachStatement<FunctionCall>         },
+        {IQSORT,   AttachStatement<Iqsort>               },
+        {PRINT,    AttachStatement<Library<RunPrint>>    },
+        {PRINTF,   AttachStatement<Library<RunPrintScan>>},
+        {FPRINTF,  AttachStatement<Library<RunPrintScan>>},
+        {SPRINTF,  AttachStatement<Library<RunPrintScan>>},
+        {SCANF,    AttachStatement<Library<RunPrintScan>>},
+        {FSCANF,   AttachStatement<Library<RunPrintScan>>},
+        {SSCANF,   AttachStatement<Library<RunPrintScan>>},
     };
     return rows;
 }

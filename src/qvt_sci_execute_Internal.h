@@ -1,9 +1,9 @@
 // The inside of the execution engine, for qvt_sci_execute*.cpp only: the arithmetic of the language, how an evaluator
 // comes by its operands, how evaluators are attached to a node, and the tables they are chosen from.
 //
-// An evaluator is a struct with a static function `Get` that takes the node and hands its value over; it is put together
-// from a formula, a type and the ways in which its operands are fetched. What all operators share hangs on that one
-// function: Attach makes the node's ex, get and run of it.
+// An evaluator is a struct with a static function `Get` that takes the node and hands its value over; it is put
+// together from a formula, a type and the ways in which its operands are fetched. What all operators share hangs on
+// that one function: Attach makes the node's ex, get and run of it.
 //
 // Evaluating an operand and reading its value are two steps. The value of a variable or of an array's element is its
 // address, so that what is evaluated first is read last: with i = 1, `i + i++` is 3. Fetch policies therefore have
@@ -60,8 +60,10 @@ struct Plus {
     template <class T>
     static T Of(T a, T b)
     {
-        if constexpr (isWhole<T>) return T(unsigned(a) + unsigned(b));
-        else return a + b;
+        if constexpr (isWhole<T>)
+            return T(unsigned(a) + unsigned(b));
+        else
+            return a + b;
     }
 };
 
@@ -69,8 +71,10 @@ struct Minus {
     template <class T>
     static T Of(T a, T b)
     {
-        if constexpr (isWhole<T>) return T(unsigned(a) - unsigned(b));
-        else return a - b;
+        if constexpr (isWhole<T>)
+            return T(unsigned(a) - unsigned(b));
+        else
+            return a - b;
     }
 };
 
@@ -78,8 +82,10 @@ struct Times {
     template <class T>
     static T Of(T a, T b)
     {
-        if constexpr (isWhole<T>) return T(unsigned(a) * unsigned(b));
-        else return a * b;
+        if constexpr (isWhole<T>)
+            return T(unsigned(a) * unsigned(b));
+        else
+            return a * b;
     }
 };
 
@@ -103,7 +109,8 @@ struct Modulo {
     }
 };
 
-/// Conversion as the host's processor does it: a number that no int can hold becomes INT_MIN, a char takes the low byte.
+/// Conversion as the host's processor does it: a number that no int can hold becomes INT_MIN, a char takes the low
+/// byte.
 template <class To, class From>
 To Convert(From from)
 {
@@ -356,9 +363,9 @@ void SelectDivisorKept(Node* node);
 /// Counts a loop or a call as under way; its end is --jumpDep. Too many end the run. (qvt_sci_execute.cpp)
 void EnterJump();
 
-extern Node* nativeCall;       // call of the native function that is running (qvt_sci_execute_Native.cpp)
-void AbandonExec();            // leaves the namespaces of exec (qvt_sci_execute_Exec.cpp)
-[[noreturn]] void EndRun();    // flushes the messages and ends the process with status 1
+extern Node* nativeCall;      // call of the native function that is running (qvt_sci_execute_Native.cpp)
+void AbandonExec();           // leaves the namespaces of exec (qvt_sci_execute_Exec.cpp)
+[[noreturn]] void EndRun();   // flushes the messages and ends the process with status 1
 
 // Turned on for fuzzing alone (KORVO_FUZZ), where a program that does not come to an end by itself must: every call and
 // every turn of a loop counts, and at 0 the function that the fuzz target supplies leaves the run.

@@ -11,9 +11,8 @@ template <class Formula, class T>
 static void SelectComparison(Node* node)
 {
     ChooseFetch<T>(node, 0, node->o.ops[1], [node](auto left) {
-        ChooseFetch<T>(node, 1, nullptr, [node](auto right) {
-            Attach<Comparison<Formula, T, decltype(left), decltype(right)>>(node);
-        });
+        ChooseFetch<T>(node, 1, nullptr,
+                       [node](auto right) { Attach<Comparison<Formula, T, decltype(left), decltype(right)>>(node); });
     });
 }
 
@@ -155,6 +154,15 @@ static void SelectCast(Node* node)
 
 // ---------------------------------------------------------------------------------------------------------------------
 
+#define INT_ONLY(...)                                                                                                  \
+    {                                                                                                                  \
+        nullptr, nullptr, __VA_ARGS__                                                                                  \
+    }
+#define CHOOSE                                                                                                         \
+    {                                                                                                                  \
+        nullptr, SelectChoice<signed char>, SelectChoice<int>, SelectChoice<float>, SelectChoice<double>,              \
+            SelectChoice<void*>                                                                                        \
+    }
 #define COMPARE(Formula)                                                                                               \
     {                                                                                                                  \
         nullptr, SelectComparison<Formula, signed char>, SelectComparison<Formula, int>,                               \
@@ -165,24 +173,25 @@ std::span<const FamilyRow> ComparisonFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
-        {'!', {nullptr, nullptr, SelectNot}},
-        {'<', COMPARE(Less)},
-        {'>', COMPARE(Greater)},
-        {'?',
-         {nullptr, SelectChoice<signed char>, SelectChoice<int>, SelectChoice<float>, SelectChoice<double>,
-          SelectChoice<void*>}},
-        {OR, {nullptr, nullptr, SelectConnective<Or>}},
-        {AND, {nullptr, nullptr, SelectConnective<And>}},
-        {GE, COMPARE(GreaterOrEqual)},
-        {LE, COMPARE(LessOrEqual)},
-        {EQ, COMPARE(Equal)},
-        {NE, COMPARE(Unequal)},
+        {'!', INT_ONLY(SelectNot)            },
+        {'<', COMPARE(Less)                  },
+        {'>', COMPARE(Greater)               },
+        {'?', CHOOSE                         },
+        {OR,  INT_ONLY(SelectConnective<Or>) },
+        {AND, INT_ONLY(SelectConnective<And>)},
+        {GE,  COMPARE(GreaterOrEqual)        },
+        {LE,  COMPARE(LessOrEqual)           },
+        {EQ,  COMPARE(Equal)                 },
+        {NE,  COMPARE(Unequal)               },
     };
     return rows;
 }
 
 std::span<const PlainRow> ConversionOperators()
 {
-    static constexpr PlainRow rows[] = {{CAST, SelectCast}, {NONZERO, SelectTruth}};
+    static constexpr PlainRow rows[] = {
+        {CAST,    SelectCast },
+        {NONZERO, SelectTruth}
+    };
     return rows;
 }

@@ -102,8 +102,8 @@ int64_t NodeRoom(const Node* node, const void* address)
     const Symbol* array = root->value.symbol;
     const int64_t elements = NumElements(array);
     if (elements < 0) return -1;
-    const int64_t passed = (static_cast<const char*>(address) - static_cast<const char*>(array->addr)) /
-                           sizeOf[array->dataType];
+    const int64_t passed =
+        (static_cast<const char*>(address) - static_cast<const char*>(array->addr)) / sizeOf[array->dataType];
     return passed >= 0 && passed < elements ? elements - passed : 0;
 }
 
