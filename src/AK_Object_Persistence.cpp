@@ -32,6 +32,7 @@ static void WriteNode(std::FILE* file, const AK_Object& object, const AK_Object*
 
 void AK_Object::WriteAttributes(std::FILE* file, const AK_Object* relativeTo, bool recursively) const
 {
+    const AK_Description description = Description();   // AttributesToSave is this one or that of a class
     WriteNode(file, *this, relativeTo, AttributesToSave());
     for (int i = 0; recursively && i < _components.Size(); ++i)
         if (Owns(i)) _components[i]->WriteAttributes(file, relativeTo, true);
@@ -77,7 +78,8 @@ void AK_Object::SaveAs(const AK_String& dir)
     _projectDir = dir;
     AK_System::CreateDir(dir);
     const long modified = ModificationTime();
-    const bool clean = ExecTime("Save") >= modified || ExecTime("Load") >= modified;
+    // The object's own stamps: a group answers with those of its members.
+    const bool clean = AK_Object::ExecTime("Save") >= modified || AK_Object::ExecTime("Load") >= modified;
     if (clean && AK_System::FileExists(atr) && AK_System::FileExists(dat)) return;
 
     AK_MSG("saving " << _id << " to " << dir);
