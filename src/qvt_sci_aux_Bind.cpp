@@ -80,6 +80,23 @@ int qvt_sci_SymbolIsReferenced(const Symbol* symbol)
     return symbol ? symbol->referenced : 0;
 }
 
+int qvt_sci_NumFormals(const Symbol* function)
+{
+    return function && function->symbolType == FUNCTION_SYMBOL ? function->func.nArgs : -1;
+}
+
+int qvt_sci_IsCallable(const Symbol* function)
+{
+    return qvt_sci_NumFormals(function) >= 0 && (function->func.body || function->addr);
+}
+
+int qvt_sci_FormalIsText(const Symbol* function, int index)
+{
+    if (index < 0 || index >= qvt_sci_NumFormals(function)) return 0;
+    const Symbol* formal = function->func.args[index];
+    return formal->symbolType == ARRAY_SYMBOL && formal->dataType == CHAR_TYPE;
+}
+
 // ---------------------------------------------------------------------------------------------------------------------
 // Binding
 
