@@ -14,7 +14,7 @@
 //     @signal n ignored  the same, but the raise returns and the run goes on
 //     @exit n            the process ends with status n (the case then runs in a child process)
 //     @abort             the process is aborted (likewise)
-// Text without a function main becomes the body of one. Output is compared whole.
+// Text without a function main becomes the body of one. Empty lines at its end do not count. Output is compared whole.
 
 #pragma once
 
@@ -63,6 +63,10 @@ inline std::vector<ProgramCase> ReadProgramCases(const std::string& path)
         case '@': c.ending = rest; break;
         default: c.text += line + "\n";
         }
+    }
+    for (ProgramCase& c : cases) {
+        const size_t last = c.text.find_last_not_of('\n');
+        if (last != std::string::npos) c.text.resize(last + 2);
     }
     return cases;
 }
