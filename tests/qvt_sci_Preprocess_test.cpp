@@ -120,8 +120,8 @@ TEST_F(qvt_sci_Preprocess_, SaysWhatIsWrongWithADirective)
 
 TEST_F(qvt_sci_Preprocess_, FailsTheParseAsOneError)
 {
-    EXPECT_EQ(Parse("int a;\n#define A\n"), 1);
-    EXPECT_EQ(Messages(), "line: #define A\nincomplete define!\npreprocessing failed\n1 errors\n");
+    EXPECT_EQ(Parse("int a;\n#define \n"), 1);
+    EXPECT_EQ(Messages(), "line: #define \nincomplete define!\npreprocessing failed\n1 errors\n");
     EXPECT_EQ(qvt_sci_Symbol("a"), nullptr);
 }
 
@@ -133,20 +133,17 @@ TEST_F(qvt_sci_Preprocess_, RefusesTextsThatGrowBeyondAllBounds)
         const std::string next = "k" + std::to_string(i + 1);
         text += "#define k" + std::to_string(i) + " " + next + " " + next + "\n";
     }
-    text = text.substr(0, text.size()) + "k0\n";
-    EXPECT_NE(Expand(text).find("source is too long"), std::string::npos);
+    EXPECT_NE(Expand(text + "k0\n").find("source is too long"), std::string::npos);
 }
 
 TEST_F(qvt_sci_Preprocess_, MasksSourceInOneLineAndBack)
 {
-    const char* plain = "print \"a\\n\"; // %%n stays what it is?\nprint 1;\n";
     char* masked = qvt_sci_MaskedCode("print \"a\\n\";\n");
     EXPECT_STREQ(masked, "print %%qa%%bn%%q;%%n");
     char* back = qvt_sci_UnmaskedCode(masked);
     EXPECT_STREQ(back, "print \"a\\n\";\n");
     std::free(masked);
     std::free(back);
-    (void)plain;
 }
 
 TEST_F(qvt_sci_Preprocess_, ReplacementFindsWhatItHasItselfCompleted)

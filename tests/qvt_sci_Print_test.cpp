@@ -15,43 +15,40 @@ TEST_F(qvt_sci_Print_, CodeReadsLikeTheSource)
     const struct {
         const char *source, *code;
     } cases[] = {
-        {"x = 1 + 2 * x - y / 3;",                                                                      "x = ((1 + 2 * x) - y / 3)"             },
-        {"x = -x ** 2 ** 3;",                                                                           "x = ((-x ** 2) ** 3)"                  },
-        {"i = !i || i % 2 && i >= 1;",                                                                  "i = !i || i % 2 && i >= 1"             },
-        {"i = x > y; i = x == y;",                                                                      "i = x > y;\ni = x == y;\n"             },
-        {"a = a ^ b; x = a . b; x = |a|;",                                                              "a = (a ^ b);\nx = a . b;\nx = |a|;\n"  },
-        {"x += 1; x -= 1; x *= 2; x /= 2;",                                                             "x += 1;\nx -= 1;\nx *= 2;\nx /= 2;\n"  },
-        {"i++; ++i; i--; --i;",                                                                         "i++;\n++i;\ni--;\n--i;\n"              },
-        {"m[i][j+1] = m[0][2];",                                                                        "m[i][(j + 1)] = m[0][2]"               },
-        {"a = {1, x};",                                                                                 "a = {1, x}"                            },
-        {"x = g(1, g(x, y)); none();",                                                                  "x = g(1, g(x, y));\nnone();\n"         },
-        {"print \"a\\tb\\n\", x, 'c';",                                                                 "print \"a\\tb\\n\", x, c"              },
-        {"printf(\"%d %d\\n\", i, j);",                                                                 "printf(\"%d %d\\n\", i, j)"            },
-        {"fprintf(f, \"x\");",                                                                          "fprintf(f, \"x\")"                     },
-        {"resize(a, n); exec(\"x\"); f = func_addr(\"g\"); func_call(f, x); iqsort(n, \"a\" ? i : j);", "syntax error"                          },
-        {"resize(a, n); exec(\"x\"); f = func_addr(\"g\"); func_call(f, x);",
-         "resize(a, n);\nexec(\"x\");\nf = func_addr(\"g\");\nfunc_call(f, x);\n"                                                               },
-        {"if(x) i = 1;",                                                                                "if(x != 0) i = 1"                      },
-        {"if(i) { i = 1; j = 2; } else i = 2;",                                                         "if(i){\ni = 1;\nj = 2;\n}else{\ni = 2}"},
-        {"while(i < 3) { i++; j++; } i = 0;",                                                           "while(i < 3){\ni++;\nj++;\n}\ni = 0;\n"},
-        {"for(i = 0; i < 3; i++) { if(i == 2) break; continue; } return;",
-         "for(i = 0; i < 3; i++){\nif(i == 2) break;\ncontinue;\n}\nreturn;\n"                                                                  },
-        {"for(;;) ;",                                                                                   "while(1){\n}"                          },
-        {"f = NULL; i = EOF;",                                                                          "f = (nil);\ni = -1;\n"                 },
-        {"i ? x : y;",                                                                                  "?(i, x, y)"                            }, // conditional expressions have no template
-        {"double t[n]; static int k = 3; t[0] = k;",                                                    "?(k = 3);\nt[0] = k;\n"                },
+        {"x = 1 + 2 * x - y / 3;",        "x = ((1 + 2 * x) - y / 3)"         },
+        {"x = -x ** 2 ** 3;",             "x = ((-x ** 2) ** 3)"              },
+        {"i = !i || i % 2 && i >= 1;",    "i = !i || i % 2 && i >= 1"         },
+        {"i = x > y; i = x == y;",        "i = x > y;\ni = x == y;\n"         },
+        {"a = a ^ b; x = a . b;",         "a = (a ^ b);\nx = a . b;\n"        },
+        {"x = |a|;",                      "x = |a|"                           },
+        {"x += 1; x -= 1;",               "x += 1;\nx -= 1;\n"                },
+        {"x *= 2; x /= 2;",               "x *= 2;\nx /= 2;\n"                },
+        {"i++; ++i; i--; --i;",           "i++;\n++i;\ni--;\n--i;\n"          },
+        {"m[i][j+1] = m[0][2];",          "m[i][(j + 1)] = m[0][2]"           },
+        {"a = {1, x};",                   "a = {1, x}"                        },
+        {"x = g(1, g(x, y)); none();",    "x = g(1, g(x, y));\nnone();\n"     },
+        {"print \"a\\tb\\n\", x, 'c';",   "print \"a\\tb\\n\", x, c"          },
+        {"printf(\"%d\\n\", i);",         "printf(\"%d\\n\", i)"              },
+        {"fprintf(f, \"x\");",            "fprintf(f, \"x\")"                 },
+        {"resize(a, n);",                 "resize(a, n)"                      },
+        {"exec(\"x\");",                  "exec(\"x\")"                       }, // without the namespace it keeps
+        {"f = func_addr(\"g\");",         "f = func_addr(\"g\")"              },
+        {"func_call(f, x);",              "func_call(f, x)"                   },
+        {"if(x) i = 1;",                  "if(x != 0) i = 1"                  },
+        {"if(i) { i++; } else i = 2;",    "if(i){\ni++}else{\ni = 2}"         },
+        {"while(i) { i--; j++; } j = 0;", "while(i){\ni--;\nj++;\n}\nj = 0;\n"},
+        {"for(i = 0; i < n; i++) break;", "for(i = 0; i < n; i++){\nbreak}"   },
+        {"for(;;) ;",                     "while(1){\n}"                      },
+        {"if(i) return; else continue;",  "if(i){\nreturn}else{\ncontinue}"   },
+        {"f = NULL; i = EOF;",            "f = (nil);\ni = -1;\n"             },
+        {"i ? x : y;",                    "?(i, x, y)"                        }, // conditional expressions have no template,
+        {"static int k = 3; ;",           "?(k = 3);\n;\n"                    }, // nor have initialisers that run once
+        {"double t[n]; t[0] = 1;",        "t[0] = 1;\n"                       }, // allocation has no source
     };
     for (const auto& c : cases) {
-        const int errors = Parse(names + std::string("void main() {") + c.source + "}");
-        if (errors == 0) {
-            Messages();
-            qvt_sci_PrintFunctionCode(qvt_sci_FuncPtr("main"));
-        }
-        const std::string printed = Messages();
-        EXPECT_TRUE(errors == 0 ? printed == c.code : printed.find(c.code) != std::string::npos)
-            << c.source << "\nprints\n"
-            << printed << "\ninstead of\n"
-            << c.code;
+        ASSERT_EQ(Parse(names + std::string("void main() {") + c.source + "}"), 0) << Messages();
+        qvt_sci_PrintFunctionCode(qvt_sci_FuncPtr("main"));
+        EXPECT_EQ(Messages(), c.code) << c.source;
         qvt_sci_DeleteAll();
     }
 }

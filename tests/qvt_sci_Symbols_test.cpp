@@ -91,9 +91,9 @@ TEST_F(qvt_sci_Symtab, HashesTheSquaresOfTheBytesAndTellsHowEvenlyTheyLie)
 
 TEST_F(qvt_sci_Symtab, PrintsItsSymbolsAsDeclarations)
 {
-    ASSERT_EQ(Parse("double x; char s[2][3]; extern float e[]; int f(int a);"), 0);
+    ASSERT_EQ(Parse("double x; char s[2][3]; extern float ext[]; int f(int a);"), 0);
     SymtabPrintDecls(own->symtab);
-    EXPECT_EQ(Messages(), "double x;\nchar s[2][3];\nfloat e[-1];\nint f;\n");
+    EXPECT_EQ(Messages(), "double x;\nchar s[2][3];\nfloat ext[-1];\nint f;\n");
     SymbolPrint(qvt_sci_Symbol("s"));
     EXPECT_EQ(Messages().find("symbol 's' ("), 0u);
 }
