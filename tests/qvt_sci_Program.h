@@ -150,7 +150,7 @@ inline void RunMain(jmp_buf& left)
 }
 }   // namespace program_hooks
 
-/// Parses and runs a program in a namespace of its own below the root, which is active afterwards.
+/// Parses and runs a program in a namespace of its own below the active one, which is active again afterwards.
 inline void RunProgram(const std::string& text, const std::string& input, ProgramRecord& record)
 {
     using namespace program_hooks;
@@ -168,14 +168,14 @@ inline void RunProgram(const std::string& text, const std::string& input, Progra
     std::fputs(input.c_str(), record.input);
     std::rewind(record.input);
 
-    Namespace* const root = qvt_sci_NamespaceGetCurrent();
+    Namespace* const active = qvt_sci_NamespaceGetCurrent();
     Namespace* const own = qvt_sci_NamespaceCreate();
     qvt_sci_NamespaceSwitchTo(own);
     const bool hasMain = text.find("void main()") != std::string::npos;
     record.errors = qvt_sci_ParseString((hasMain ? text : "void main(){" + text + "}").c_str());
     qvt_sci_NamespaceSwitchTo(own);
     if (record.errors == 0) RunMain(record.left);
-    qvt_sci_NamespaceSwitchTo(root);
+    qvt_sci_NamespaceSwitchTo(active);
     qvt_sci_NamespaceDestroy(own);
 
     std::fclose(record.input);
