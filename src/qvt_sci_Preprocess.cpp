@@ -75,7 +75,7 @@ static char* Copy(const char* text)
 int qvt_sci_Replace(char** text, const char* from, const char* to)
 {
     const size_t fromLength = std::strlen(from);
-    if (fromLength == 0 || std::strstr(to, from)) return 0;
+    if (fromLength == 0 || std::strstr(to, from) || !std::strstr(*text, from)) return 0;
     const size_t toLength = std::strlen(to);
     int replaced = 0;
     Pile<char> done = {};

@@ -150,8 +150,8 @@ An array as parameter has no size in its first dimension:
 MACROS
 ------
 
-    #define N 10                       replaces N by 10, from here to the end of the code
-    #include "file.cint"               inserts the file
+    replace N by 10, from here to the end of the code:    #define N 10
+    insert a file at this place:                          #include "file.cint"
 
 A line must begin with the "#". The value of a #define is the whole rest of its line, comments included. Names are
 replaced as whole words, but also within comments and strings: with the line above, "N" prints as 10. A name may be
@@ -240,7 +240,7 @@ void main(), which is then called. The result is 0, or the number of errors.
 Names of the program:
 
     extern double temperature;         // a variable that the program provides
-    extern double x;                   // within a function: the global x, even if there is a local one of that name
+    extern double x;                   // within a function: the global variable x
 
 Adjacent strings are one: "KOR" "VO" is "KORVO", on several lines too.
 

@@ -301,4 +301,5 @@ void qvt_sci_AbandonRun()
     currentNode = nullptr;
     DropCasts(0);
     AbandonExec();
+    ForgetFormats();
 }
