@@ -6,7 +6,7 @@
 
 const char* qvt_sci_explanations()
 {
-    return R"MANUAL(
+    return &R"MANUAL(
 QVT_SCI RUN TIME COMPILER (FORMULAS) INTRODUCTION
 =================================================
 
@@ -150,8 +150,8 @@ An array as parameter has no size in its first dimension:
 MACROS
 ------
 
-    replace N by 10, from here to the end of the code:    #define N 10
-    insert a file at this place:                          #include "file.cint"
+    #define N 10                       replaces N by 10, from here to the end of the code
+    #include "file.cint"               inserts the file
 
 A line must begin with the "#". The value of a #define is the whole rest of its line, comments included. Names are
 replaced as whole words, but also within comments and strings: with the line above, "N" prints as 10. A name may be
@@ -326,5 +326,5 @@ KNOWN ISSUES
     - rand() is shared with the rest of the program.
     - drand() can give exactly 1.
     - round(-1.5) is -1: half numbers are rounded up.
-)MANUAL" + 1;   // behind the line end that opens the literal
+)MANUAL"[1];   // behind the line end that opens the literal
 }

@@ -14,7 +14,7 @@
 //     @signal n ignored  the same, but the raise returns and the run goes on
 //     @exit n            the process ends with status n (the case then runs in a child process); "ignored" as above
 //     @abort             the process is aborted (likewise)
-// Text without a function main becomes the body of one. Output is compared whole.
+// Text without a function main becomes the body of one. Empty lines at its end do not count. Output is compared whole.
 
 #pragma once
 
@@ -63,6 +63,10 @@ inline std::vector<ProgramCase> ReadProgramCases(const std::string& path)
         case '@': c.ending = rest; break;
         default: c.text += line + "\n";
         }
+    }
+    for (ProgramCase& c : cases) {
+        const size_t last = c.text.find_last_not_of('\n');
+        if (last != std::string::npos) c.text.resize(last + 2);
     }
     return cases;
 }
@@ -146,7 +150,7 @@ inline void RunMain(jmp_buf& left)
 }
 }   // namespace program_hooks
 
-/// Parses and runs a program in a namespace of its own below the root, which is active afterwards.
+/// Parses and runs a program in a namespace of its own below the active one, which is active again afterwards.
 inline void RunProgram(const std::string& text, const std::string& input, ProgramRecord& record)
 {
     using namespace program_hooks;
@@ -164,14 +168,14 @@ inline void RunProgram(const std::string& text, const std::string& input, Progra
     std::fputs(input.c_str(), record.input);
     std::rewind(record.input);
 
-    Namespace* const root = qvt_sci_NamespaceGetCurrent();
+    Namespace* const active = qvt_sci_NamespaceGetCurrent();
     Namespace* const own = qvt_sci_NamespaceCreate();
     qvt_sci_NamespaceSwitchTo(own);
     const bool hasMain = text.find("void main()") != std::string::npos;
     record.errors = qvt_sci_ParseString((hasMain ? text : "void main(){" + text + "}").c_str());
     qvt_sci_NamespaceSwitchTo(own);
     if (record.errors == 0) RunMain(record.left);
-    qvt_sci_NamespaceSwitchTo(root);
+    qvt_sci_NamespaceSwitchTo(active);
     qvt_sci_NamespaceDestroy(own);
 
     std::fclose(record.input);
