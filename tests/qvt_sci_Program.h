@@ -12,7 +12,7 @@
 //     <text     a line that the program finds on standard input
 //     @signal n          the run raises signal n and is left by a jump
 //     @signal n ignored  the same, but the raise returns and the run goes on
-//     @exit n            the process ends with status n (the case then runs in a child process)
+//     @exit n            the process ends with status n (the case then runs in a child process); "ignored" as above
 //     @abort             the process is aborted (likewise)
 // Text without a function main becomes the body of one. Empty lines at its end do not count. Output is compared whole.
 
