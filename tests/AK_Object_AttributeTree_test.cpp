@@ -61,29 +61,31 @@ protected:
 
 TEST_F(AK_AttributeTest, LinesBecomeNodesByTheirIndentation)
 {
+    // clang-format off
     const struct {
         const char* why;
         const char* text;
         Lines nodes;
     } cases[] = {
-        {"a root alone",                                     "obj.A\n",                                   {"0 obj.A"}                                   },
-        {"no line end at the end",                           "obj.A\n\tx",                                {"0 obj.A", "1 x"}                            },
-        {"split at the first colon",                         "obj.A\n\tx.y:a:b\n\tz:\n",                  {"0 obj.A", "1 x.y=a:b", "1 z"}               },
-        {"siblings and children",                            "obj.A\n\tb\n\t\tc\n\t\td\n\te\n",           {"0 obj.A", "1 b", "2 c", "2 d", "1 e"}       },
-        {"too deep for any node: passed over",               "obj.A\n\t\tlost\n\tb\n\t\t\tlost\n\t\tc\n", {"0 obj.A", "1 b", "2 c"}                     },
-        {"only the first root counts",                       "obj.A\n\tb\nobj.B\n\tc\n",                  {"0 obj.A", "1 b"}                            },
-        {"an empty line is of level 0, so it ends the root", "obj.A\n\tb\n\n\tc\n",                       {"0 obj.A", "1 b"}                            },
-        {"blanks are no indentation",                        "obj.A\n  b\n\tc\n",                         {"0 obj.A"}                                   },
-        {"blanks belong to the id",                          "obj.A\n\t b \n\tpick world\n",              {"0 obj.A", "1  b ", "1 pick world"}          },
+        {"a root alone", "obj.A\n", {"0 obj.A"}},
+        {"no line end at the end", "obj.A\n\tx", {"0 obj.A", "1 x"}},
+        {"split at the first colon", "obj.A\n\tx.y:a:b\n\tz:\n", {"0 obj.A", "1 x.y=a:b", "1 z"}},
+        {"siblings and children", "obj.A\n\tb\n\t\tc\n\t\td\n\te\n", {"0 obj.A", "1 b", "2 c", "2 d", "1 e"}},
+        {"too deep for any node: passed over", "obj.A\n\t\tlost\n\tb\n\t\t\tlost\n\t\tc\n", {"0 obj.A", "1 b", "2 c"}},
+        {"only the first root counts", "obj.A\n\tb\nobj.B\n\tc\n", {"0 obj.A", "1 b"}},
+        {"an empty line is of level 0, so it ends the root", "obj.A\n\tb\n\n\tc\n", {"0 obj.A", "1 b"}},
+        {"blanks are no indentation", "obj.A\n  b\n\tc\n", {"0 obj.A"}},
+        {"blanks belong to the id", "obj.A\n\t b \n\tpick world\n", {"0 obj.A", "1  b ", "1 pick world"}},
         {"continued two tabs deeper",
-         "obj.A\n\tdoc:text \\\n\t\t\tmore\n\tb\n",                                                       {"0 obj.A", "1 doc=text \\\nmore", "1 b"}     },
+         "obj.A\n\tdoc:text \\\n\t\t\tmore\n\tb\n", {"0 obj.A", "1 doc=text \\\nmore", "1 b"}},
         {"continued twice",
-         "obj.A\n\tdoc:1\\\n\t\t2\\\n\t\t\t3\n\t\tgerman:x\n",                                            {"0 obj.A", "1 doc=1\\\n2\\\n3", "2 german=x"}},
-        {"the continuation must be deeper",                  "obj.A\n\tdoc:text\\\n\tb\n",                {"0 obj.A", "1 doc=text\\", "1 b"}            },
-        {"a backslash at the very end",                      "obj.A\n\tdoc:text\\",                       {"0 obj.A", "1 doc=text\\"}                   },
-        {"a backslash within a line",                        "obj.A\n\tdoc:a\\b\n\tc\n",                  {"0 obj.A", "1 doc=a\\b", "1 c"}              },
-        {"tabs behind the text stay",                        "obj.A\n\tdoc:a\tb\\\n\t\tc\td\n",           {"0 obj.A", "1 doc=a\tb\\\nc\td"}             },
+         "obj.A\n\tdoc:1\\\n\t\t2\\\n\t\t\t3\n\t\tgerman:x\n", {"0 obj.A", "1 doc=1\\\n2\\\n3", "2 german=x"}},
+        {"the continuation must be deeper", "obj.A\n\tdoc:text\\\n\tb\n", {"0 obj.A", "1 doc=text\\", "1 b"}},
+        {"a backslash at the very end", "obj.A\n\tdoc:text\\", {"0 obj.A", "1 doc=text\\"}},
+        {"a backslash within a line", "obj.A\n\tdoc:a\\b\n\tc\n", {"0 obj.A", "1 doc=a\\b", "1 c"}},
+        {"tabs behind the text stay", "obj.A\n\tdoc:a\tb\\\n\t\tc\td\n", {"0 obj.A", "1 doc=a\tb\\\nc\td"}},
     };
+    // clang-format on
     for (const auto& c : cases) {
         EXPECT_EQ(Description(c.text).Nodes(), c.nodes) << c.why;
         EXPECT_EQ(FromFile(c.text), c.nodes) << c.why << ", from a file";

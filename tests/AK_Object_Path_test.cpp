@@ -29,31 +29,33 @@ protected:
 
 TEST_F(AK_PathTest, IdsAreMadeLegalAndUnique)
 {
+    // clang-format off
     const struct {
         const char* why;
         Lines taken;
         std::string id;
         std::string result;
     } cases[] = {
-        {"free",                            {"B"},                      "A",                      "A"                      },
-        {"taken",                           {"A"},                      "A",                      "A_0001"                 },
-        {"taken twice",                     {"A", "A_0001"},            "A",                      "A_0002"                 },
-        {"a gap is filled",                 {"A", "A_0002"},            "A",                      "A_0001"                 },
-        {"a number of its own goes on",     {"A_0009"},                 "A_0009",                 "A_0010"                 },
-        {"of any width",                    {"B_7"},                    "B_7",                    "B_0008"                 },
-        {"and of more than four digits",    {"C_00000012"},             "C_00000012",             "C_0013"                 },
-        {"a number with letters behind it", {"A_12b"},                  "A_12b",                  "A_0013"                 },
-        {"no number behind the last _",     {"A_1_b"},                  "A_1_b",                  "A_1_b_0001"             },
-        {"nothing behind it",               {"A_"},                     "A_",                     "A__0001"                },
-        {"the last number",                 {"A_9998"},                 "A_9998",                 "A_9999"                 },
-        {"beyond it ids grow",              {"A_9999", "A_9999x"},      "A_9999",                 "A_9999xx"               },
-        {"a huge number",                   {"A_99999999999999999999"}, "A_99999999999999999999", "A_99999999999999999999x"},
-        {"only a number",                   {"_5"},                     "_5",                     "_0006"                  },
-        {"a blank, a point, a slash",       {},                         "a b.c/d",                "a_b_c_d"                },
-        {"bytes of no alphabet",            {},                         "\xc3\xa4\x01\n\t\"",     "______"                 },
-        {"made legal, then unique",         {"a_b"},                    "a b",                    "a_b_0001"               },
-        {"capital letters differ",          {"a"},                      "A",                      "A"                      },
+        {"free", {"B"}, "A", "A"},
+        {"taken", {"A"}, "A", "A_0001"},
+        {"taken twice", {"A", "A_0001"}, "A", "A_0002"},
+        {"a gap is filled", {"A", "A_0002"}, "A", "A_0001"},
+        {"a number of its own goes on", {"A_0009"}, "A_0009", "A_0010"},
+        {"of any width", {"B_7"}, "B_7", "B_0008"},
+        {"and of more than four digits", {"C_00000012"}, "C_00000012", "C_0013"},
+        {"a number with letters behind it", {"A_12b"}, "A_12b", "A_0013"},
+        {"no number behind the last _", {"A_1_b"}, "A_1_b", "A_1_b_0001"},
+        {"nothing behind it", {"A_"}, "A_", "A__0001"},
+        {"the last number", {"A_9998"}, "A_9998", "A_9999"},
+        {"beyond it ids grow", {"A_9999", "A_9999x"}, "A_9999", "A_9999xx"},
+        {"a huge number", {"A_99999999999999999999"}, "A_99999999999999999999", "A_99999999999999999999x"},
+        {"only a number", {"_5"}, "_5", "_0006"},
+        {"a blank, a point, a slash", {}, "a b.c/d", "a_b_c_d"},
+        {"bytes of no alphabet", {}, "\xc3\xa4\x01\n\t\"", "______"},
+        {"made legal, then unique", {"a_b"}, "a b", "a_b_0001"},
+        {"capital letters differ", {"a"}, "A", "A"},
     };
+    // clang-format on
     for (const auto& c : cases) {
         TestThing parent("parent", nullptr);
         for (const std::string& id : c.taken) parent.Add(id.c_str());
