@@ -68,8 +68,6 @@ public:
     /// Paths relative to the group. Setting adds to the members that are there; what is not found is passed over.
     AK_String ContainedObjectsList() const;
     void ContainedObjectsList(const AK_String& list);
-    /// Objects of the selected type that the filter lets pass, in the order of the tree.
-    void AppendAllObjectsOfType();
     void RemoveAllObjectsOfType();
     /// Objects of the selected type whose selected attribute has the selected value; without an attribute all of them.
     void AppendAllMatchingObjects();
@@ -78,38 +76,47 @@ public:
     void UpdateAttributes();
 
     // ---- lists to choose from (AK_Group.cpp), each element followed by the list separator
-    AK_String GetAllObjectsList() const;      // absolute paths of what is no member yet
-    AK_String GetObjectTypesList() const;     // types of the tree's objects
-    AK_String GetObjectsOfTypeList() const;   // absolute paths of what AppendAllObjectsOfType takes, members too
-    AK_String AttributeOptions() const;       // names that the objects of the selected type show
-    AK_String ValueOptions() const;           // values that the selected attribute has among them
+    AK_String GetAllObjectsList() const;    // absolute paths of what is no member yet
+    AK_String GetObjectTypesList() const;   // types of the tree's objects
+    AK_String AttributeOptions() const;     // names that the objects of the selected type show
+    AK_String ValueOptions() const;         // values that the selected attribute has among them
 
     // ---- filter (AK_Group_Filter.cpp)
     /// Stores the body of the formula `int pass(char id[])`, which is called with an object's absolute path and answers
     /// 0 for what is not wanted. A text that does not compile, and an empty one, leaves the filter as it was.
     void Filter(const AK_String& text);
+    /// Adds the objects of the selected type that the filter lets pass, in the order of the tree.
+    void AppendAllObjectsOfType();
+    /// Absolute paths of the objects that AppendAllObjectsOfType takes, of those that are members already too.
+    AK_String GetObjectsOfTypeList() const;
 
 private:
-    class CompiledFilter;
     class PassingOn;
+    struct Ancestry;
 
     int SetMembers(const AK_String& attr, const AK_List<AK_String>& values);
     AK_String GetFromMembers(const AK_String& attr) const;
     bool Append(AK_Object* object);
-    template <class Use>
-    void ForEachObjectOfType(const Use& use) const;
     template <class Test>
     void RemoveMembers(const Test& test);
+    AK_List<AK_Object*> ObjectsOfSelectedType() const;
+    bool IsAlive(const AK_Object* object) const { return Root()->HasInTree(object); }
     bool Matches(const AK_Object* object) const;
+    bool HasSelectedAttribute() const { return !_selectedAttribute.IsEmpty(); }
+    bool IsFull() const { return _singleType == 0; }
+    void SetSingleType(const AK_String& text);
+    AK_String GetComponentList() const;
+    static Ancestry AncestryOf(const AK_Object* member);
 
     const AK_Attribute* AttributesToSave() const override { return _attributes; }
 
     AK_String _selectedObjectType = "Object";   // what the "of type" and "matching" operations work on
     AK_String _selectedAttribute;               // what the "matching" operations look at; empty for any object
     AK_String _selectedValue;
-    AK_Description _attr;   // the group's own description; null only in its constructor
-    int _singleType = 0;    // 1 when a front end is to show the operations for one type
-    AK_String _filter;      // body of the filter formula, empty for none
+    AK_Description _attr;     // the group's own description; null only until its constructor has made it
+    AK_Description _common;   // what all members share, the last node of _attr; null for nothing
+    int _singleType = 0;      // 1 when a front end is to show the operations for one type
+    AK_String _filter;        // body of the filter formula, empty for none
     mutable bool _passingOn = false;
 };
 
@@ -146,12 +153,14 @@ public:
     void AttributesName(const AK_String& name);
 
 private:
-    void LoadClass(const AK_String& name);
-    void TakeDescription(const AK_String& text);
+    void LoadClass();
+    void TakeClassFromText();
+    void TakeDescription(const AK_String& nameOrText);
     void DeleteLoadedAttributes();
 
     AK_List<AK_String> _initCommands{1};   // a marker, then the commands of the class's defaults
     Namespace* _namespace = nullptr;       // the object's own formula code
     AK_String _attributesName;
+    bool _isLoading = false;
     AK_Description _loadedAttributes;   // the description in use; null for that of all user objects
 };
