@@ -5,8 +5,8 @@
 // value to enter, or a menu of its components.
 //
 // Whatever a menu asks or sets may run formula code or a macro, and those may delete any object or exchange its
-// description. So each pass begins by checking the place against the tree as it now is, keeps the object from being
-// freed while the pass lasts, and takes its copies before it calls.
+// description. So each pass begins by checking that its object is in the tree, keeps it from being freed while the pass
+// lasts, and walks the description by a hold on it.
 
 #include "AK_Controller.h"
 
@@ -130,9 +130,10 @@ private:
     void Pop() { _stack.Remove(_stack.Size() - 1); }
 
     AK_TerminalController& _root;
-    AK_Object* _object;               // null when the user has left the root
-    AK_List<AK_Object*> _ancestors;   // of the object, nearest first, as the last pass found them
-    AK_List<const AK_Attribute*> _stack;
+    AK_Object* _object;            // null when the user has left the root
+    AK_List<AK_Object*> _way;      // from the object of the last pass up to the root, as that pass found it
+    AK_List<Node> _stack;          // of nodes of the description
+    AK_Description _description;   // keeps them, whatever the object does to its own
 };
 
 void AK_TerminalController::Menus::Run()
@@ -155,26 +156,20 @@ void AK_TerminalController::Menus::Run()
     }
 }
 
-// Goes to the nearest ancestor that is still in the tree, and up to the last node that is still in the description.
-// Addresses are compared only, until something that lives is found to hold them.
+// An object that is not in the tree any more gives way to the nearest one on the last way to the root that is; until
+// then addresses are only compared. At the root of a description the present one is taken: that of a group grows with
+// its members.
 void AK_TerminalController::Menus::StandOnWhatLives()
 {
     if (!_root.HasInTree(_object)) {
         _stack.Clear();
         int nearest = 0;
-        while (!_root.HasInTree(_ancestors[nearest])) ++nearest;   // the last one is the root
-        _object = _ancestors[nearest];
+        while (!_root.HasInTree(_way[nearest])) ++nearest;
+        _object = _way[nearest];
     }
-    _ancestors.Clear();
-    for (AK_Object* object = _object->Parent(); object; object = object->Parent()) _ancestors.Append(object);
-
-    int good = 0;
-    for (; good < _stack.Size(); ++good) {
-        const bool held =
-            good == 0 ? _stack[0] == _object->Attributes() : _stack[good - 1]->_components.IndexOf(_stack[good]) >= 0;
-        if (!held) break;
-    }
-    _stack.SetSize(good);
+    _way.Clear();
+    for (AK_Object* object = _object; object; object = object->Parent()) _way.Append(object);
+    if (_stack.Size() == 1) _stack[0] = (_description = _object->Description()).get();
 }
 
 void AK_TerminalController::Menus::ObjectMenu()
@@ -189,7 +184,10 @@ void AK_TerminalController::Menus::ObjectMenu()
     switch (word[0]) {
     case '?': AK_MSG(DocText(_object->Attributes())); break;
     case 'q': _object = _object->Parent(); break;
-    case 'e': _stack.Append(_object->Attributes()); break;
+    case 'e':
+        _description = _object->Description();
+        _stack.Append(_description.get());
+        break;
     default:
         if (const int i = IndexOfEntry(word, _object->NumComponents()); i >= 0) _object = _object->ComponentAt(i);
     }
@@ -243,9 +241,8 @@ void AK_TerminalController::Menus::Execute(const AK_String& attr, const AK_Strin
 
 void AK_TerminalController::Menus::AttributeMenu(Node node)
 {
-    const AK_List<Node> components = node->_components;   // a group's can change while its values are asked for
     AK_List<Node> shown;
-    for (const Node component : components) {
+    for (const Node component : node->_components) {
         AK_String label;
         if (Label(component, label)) PrintEntry(shown.Append(component), ": ", label);
     }
