@@ -11,6 +11,7 @@
 
 #include "AK_Controller.h"
 #include "SW_Workspace.h"
+#include "qvt_sci.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -62,6 +63,7 @@ int main(int argc, char** argv)
     AK_Object::_about = AK_String(argc > 0 ? argv[0] : "") + "\nCompiled " __DATE__ " " __TIME__ + credits;
     const Arguments arguments = ReadArguments(argc, argv);
     SetDirectories(arguments.attributesDirectory);
+    qvt_sci_InitAll();   // before the first object: each class loads its formula code
 
     AK_Controller* root = new AK_TerminalController("Viewer", nullptr);
     AK_MSG(AK_Object::Arglist(" "));
