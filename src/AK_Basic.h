@@ -29,8 +29,7 @@ inline constexpr const char* ak_null = "%AK_NULL%";
 /// Byte string without an encoding: any bytes but NUL, which ends it. The block is sized exactly, since an object tree
 /// holds many short strings; building a long text by many appends therefore costs a reallocation each.
 /// "ASCII" operations treat bytes from 128 on as neither letter nor digit. Lengths and positions are in bytes.
-class AK_String
-{
+class AK_String {
 public:
     int _size = 0;        // allocated bytes, at least 2; the text with its NUL fits in
     char* _s = nullptr;   // the text, terminated; null only inside constructors
@@ -197,8 +196,7 @@ concept AK_StreamItem = ak_is_stream_item<T> && std::is_trivially_copyable_v<T>;
 /// The input may be hostile. A length or count that is negative or that the rest of the file cannot hold is refused
 /// before memory is asked for, so reading never takes much more memory than the file is long. After the first failed
 /// read every later one fails too: the check of _status at the end of a record is enough. Only regular files are read.
-class AK_Stream
-{
+class AK_Stream {
 public:
     int _status = 0;         // outcome of the last operation: 0 good, 1 failed; after Close its result
     void* _file = nullptr;   // the open FILE*, null when closed
@@ -272,6 +270,7 @@ public:
 private:
     void WriteBytes(const void* bytes, std::size_t n);
     void ReadBytes(void* bytes, std::size_t n);
+    void RefuseRead();
     void Done(bool good);
 
     int _failed = 0;       // sticky
@@ -281,8 +280,7 @@ private:
 // ------------------------------------------------------------------------------------------------------- text files
 
 /// Reads a text file of any content in lines of bounded length, or byte by byte.
-class AK_TextReader
-{
+class AK_TextReader {
 public:
     explicit AK_TextReader(const AK_String& name);
     ~AK_TextReader();
@@ -322,8 +320,7 @@ private:
 
 /// What the program asks of the operating system, and its random numbers. rand and srand share unlocked state and are
 /// for the main thread; the others may be called by any thread, as far as the file system itself allows it.
-class AK_System
-{
+class AK_System {
 public:
     static AK_String _tmpBatFileName;   // batch file of the background run that is being started; empty at first
 

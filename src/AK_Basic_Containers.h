@@ -13,13 +13,10 @@
 #include <type_traits>
 #include <utility>
 
-class AK_String;
-
 /// Array that grows by doubling and never shrinks by itself. The elements up to the capacity exist as objects: spare
 /// ones are as `new T[]` makes them, so numbers among them have no value yet.
 template <class T>
-class AK_List
-{
+class AK_List {
 public:
     /// An empty list with room for `capacity` elements (at least 1).
     explicit AK_List(int capacity = 1) : _dim(std::max(capacity, 1)), _data(NewArray(_dim)) {}
@@ -30,7 +27,7 @@ public:
         _size = other._size;
     }
 
-    AK_List(AK_List&& other) : AK_List() { Swap(other); }
+    AK_List(AK_List&& other) noexcept : AK_List() { Swap(other); }
 
     AK_List& operator=(const AK_List& other)
     {
@@ -163,8 +160,7 @@ int HashIndex(const K& key)
 
 /// Hash map from K to V: buckets of keys and values side by side. Entries are never removed.
 template <class K, class V>
-class AK_Dict
-{
+class AK_Dict {
 public:
     using Hash = int (*)(const K&);
     using Equal = int (*)(const K&, const K&);

@@ -13,8 +13,7 @@
 #include <cstring>
 #include <unordered_set>
 
-namespace
-{
+namespace {
 
 struct Header {
     unsigned int magic;
@@ -33,7 +32,7 @@ unsigned int nAllocated = 0;
 unsigned int mAllocated = 0;   // capacity of the table
 int allocNum = 0;              // running number
 std::size_t allocMem = 0;      // live bytes
-AK_String currId;              // label, empty when the trace is off
+AK_String currId;              // label for whoever looks at the process in a debugger; empty when the trace is off
 
 // Never destroyed: blocks may be freed by the destructors of other statics.
 std::unordered_set<const void*>& TracedBlocks()
@@ -93,7 +92,8 @@ void* AK_malloc(std::size_t size, const char* file, int line)
     Header* header = ReallocateHeader(nullptr, size, "AK_malloc failed!");
     if (nAllocated == mAllocated) {
         mAllocated = 2 * mAllocated + 1;
-        allocated = static_cast<Header**>(std::realloc(allocated, mAllocated * sizeof(Header*)));
+        allocated = static_cast<Header**>(
+            std::realloc(allocated, mAllocated * sizeof(Header*)));   // NOLINT(bugprone-sizeof-expression)
         if (!allocated) Fail("AK_malloc failed!");
     }
     return Register(header, nAllocated++, size, file, line);
@@ -125,15 +125,9 @@ void AK_free(void* block)
     std::free(header);
 }
 
-void AK_MemtraceOn(const char* id)
-{
-    currId = id;
-}
+void AK_MemtraceOn(const char* id) { currId = id; }
 
-void AK_MemtraceOff()
-{
-    currId = "";
-}
+void AK_MemtraceOff() { currId = ""; }
 
 void AK_MemtraceDump()
 {
@@ -146,19 +140,7 @@ void AK_MemtraceDump()
     std::fflush(stdout);
 }
 
-void* operator new(std::size_t size, const char* file, int line)
-{
-    return AK_malloc(size, file, line);
-}
-void* operator new[](std::size_t size, const char* file, int line)
-{
-    return AK_malloc(size, file, line);
-}
-void operator delete(void* block, const char*, int)
-{
-    AK_free(block);
-}
-void operator delete[](void* block, const char*, int)
-{
-    AK_free(block);
-}
+void* operator new(std::size_t size, const char* file, int line) { return AK_malloc(size, file, line); }
+void* operator new[](std::size_t size, const char* file, int line) { return AK_malloc(size, file, line); }
+void operator delete(void* block, const char*, int) { AK_free(block); }
+void operator delete[](void* block, const char*, int) { AK_free(block); }

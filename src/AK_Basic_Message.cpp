@@ -12,10 +12,7 @@ void ak_default_msg_func(const char* message, const char* location)
     std::fflush(stdout);
 }
 
-void AK_Object__Message(const char* message, const char* id)
-{
-    ak_msg_func(message, id);
-}
+void AK_Object__Message(const char* message, const char* id) { ak_msg_func(message, id); }
 
 void ak_assertion_failed(const char* condition, const char* location)
 {

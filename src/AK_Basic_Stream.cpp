@@ -7,6 +7,7 @@
 #include "AK_Basic.h"
 
 #include <bit>
+#include <climits>
 #include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,10 +15,7 @@
 static_assert(std::endian::native == std::endian::little, "files hold the host's bytes, which must be little-endian");
 static_assert(sizeof(int) == 4 && sizeof(float) == 4 && sizeof(double) == 8);
 
-static std::FILE* File(void* file)
-{
-    return static_cast<std::FILE*>(file);
-}
+static std::FILE* File(void* file) { return static_cast<std::FILE*>(file); }
 
 // The length of a regular file, 0 for anything else: a pipe or a device has no end that a count could be held against.
 static long RegularFileSize(std::FILE* file)
@@ -38,15 +36,9 @@ void* AK_open(const char* name, const char* mode)
     return std::fopen(name, mode);
 }
 
-int AK_close(void* file)
-{
-    return std::fclose(File(file));
-}
+int AK_close(void* file) { return std::fclose(File(file)); }
 
-int AK_flush(void* file)
-{
-    return std::fflush(File(file));
-}
+int AK_flush(void* file) { return std::fflush(File(file)); }
 
 int AK_seek(unsigned long offset, void* file)
 {
@@ -65,47 +57,17 @@ static unsigned long ReadItems(T* items, unsigned long n, void* file)
     return std::fread(items, sizeof(T), n, File(file));
 }
 
-unsigned long AK_write_c(const char* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
-unsigned long AK_write_i(const int* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
-unsigned long AK_write_u(const unsigned int* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
-unsigned long AK_write_f(const float* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
-unsigned long AK_write_d(const double* items, unsigned long n, void* file)
-{
-    return WriteItems(items, n, file);
-}
+unsigned long AK_write_c(const char* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
+unsigned long AK_write_i(const int* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
+unsigned long AK_write_u(const unsigned int* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
+unsigned long AK_write_f(const float* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
+unsigned long AK_write_d(const double* items, unsigned long n, void* file) { return WriteItems(items, n, file); }
 
-unsigned long AK_read_c(char* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
-unsigned long AK_read_i(int* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
-unsigned long AK_read_u(unsigned int* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
-unsigned long AK_read_f(float* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
-unsigned long AK_read_d(double* items, unsigned long n, void* file)
-{
-    return ReadItems(items, n, file);
-}
+unsigned long AK_read_c(char* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
+unsigned long AK_read_i(int* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
+unsigned long AK_read_u(unsigned int* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
+unsigned long AK_read_f(float* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
+unsigned long AK_read_d(double* items, unsigned long n, void* file) { return ReadItems(items, n, file); }
 
 // --------------------------------------------------------------------------------------------------------- AK_Stream
 
@@ -114,10 +76,7 @@ AK_Stream::AK_Stream(const AK_String& name, const char* mode) : _file(AK_open(na
     Done(_file != nullptr);
 }
 
-AK_Stream::~AK_Stream()
-{
-    Close();
-}
+AK_Stream::~AK_Stream() { Close(); }
 
 void AK_Stream::Done(bool good)
 {
@@ -147,9 +106,16 @@ void AK_Stream::WriteBytes(const void* bytes, std::size_t n)
 
 void AK_Stream::ReadBytes(void* bytes, std::size_t n)
 {
-    const bool good = _file && !_readFailed && std::fread(bytes, 1, n, File(_file)) == n;
-    if (!good) _readFailed = 1;
-    Done(good);
+    if (_file && !_readFailed && std::fread(bytes, 1, n, File(_file)) == n)
+        Done(true);
+    else
+        RefuseRead();
+}
+
+void AK_Stream::RefuseRead()
+{
+    _readFailed = 1;
+    Done(false);
 }
 
 int AK_Stream::ReadCount(long bytesPerItem)
@@ -158,8 +124,7 @@ int AK_Stream::ReadCount(long bytesPerItem)
     Read(count);
     if (_status != 0) return 0;
     if (count >= 0 && count <= Remaining() / bytesPerItem) return count;
-    _readFailed = 1;
-    Done(false);
+    RefuseRead();
     return 0;
 }
 
@@ -170,16 +135,21 @@ void AK_Stream::Write(const AK_String& s)
     if (_status == 0) Write(s.c_str(), length);
 }
 
+// Asking for the rest of the file takes two system calls, ten times as long as reading a short string: what is no
+// burden to allocate is left to fail when it is read.
 void AK_Stream::Read(AK_String& s)
 {
+    constexpr int noBurden = 1024;
+    int length = 0;
+    Read(length);
+    if (length < 0 || length == INT_MAX || (length > noBurden && length > Remaining())) RefuseRead();
+    if (_status != 0) length = 0;
+
     AK_String read;
-    const int length = ReadCount(1);
     read.Resize(length + 1);
     read[0] = 0;
-    if (_status == 0) {
-        Read(read._s, length);
-        read[_status == 0 ? length : 0] = 0;
-    }
+    if (_status == 0) Read(read._s, length);
+    read[_status == 0 ? length : 0] = 0;
     s.Swap(read);
 }
 

@@ -38,10 +38,7 @@ AK_String::AK_String(const char* s)
 
 AK_String::AK_String(const AK_String& other) : AK_String(other._s) {}
 
-AK_String::AK_String(AK_String&& other) noexcept : AK_String()
-{
-    Swap(other);
-}
+AK_String::AK_String(AK_String&& other) noexcept : AK_String() { Swap(other); }
 
 AK_String::AK_String(const char* begin, const char* end)
     : AK_String(begin, std::size_t(end - begin), std::size_t(end - begin) + 1)
@@ -62,15 +59,9 @@ void AK_String::Print(Number number, const char* format, int room)
     std::snprintf(_s, std::size_t(_size), format, number);
 }
 
-AK_String::AK_String(int number, const char* format)
-{
-    Print(number, format, 16);
-}
+AK_String::AK_String(int number, const char* format) { Print(number, format, 16); }
 
-AK_String::AK_String(double number, const char* format)
-{
-    Print(number, format, 32);
-}
+AK_String::AK_String(double number, const char* format) { Print(number, format, 32); }
 
 // The numbers in a format that writes at most 25 characters ("-1.23456789012345e-300" and a blank).
 template <class Number>
@@ -106,10 +97,7 @@ AK_String::AK_String(const AK_List<AK_String>& list, const char* sep)
     *end = 0;
 }
 
-AK_String::~AK_String()
-{
-    std::free(_s);
-}
+AK_String::~AK_String() { std::free(_s); }
 
 AK_String& AK_String::operator=(const AK_String& other)
 {
@@ -147,25 +135,13 @@ void* AK_String::Pointer() const
 
 // ------------------------------------------------------------------------------------------------ length and compare
 
-int AK_String::Length() const
-{
-    return int(std::strlen(_s));
-}
+int AK_String::Length() const { return int(std::strlen(_s)); }
 
-bool AK_String::operator==(const AK_String& other) const
-{
-    return std::strcmp(_s, other._s) == 0;
-}
+bool AK_String::operator==(const AK_String& other) const { return std::strcmp(_s, other._s) == 0; }
 
-bool AK_String::operator==(const char* other) const
-{
-    return std::strcmp(_s, other) == 0;
-}
+bool AK_String::operator==(const char* other) const { return std::strcmp(_s, other) == 0; }
 
-bool AK_String::StartsWith(const char* text) const
-{
-    return std::strncmp(_s, text, std::strlen(text)) == 0;
-}
+bool AK_String::StartsWith(const char* text) const { return std::strncmp(_s, text, std::strlen(text)) == 0; }
 
 bool AK_String::EndsWith(const char* text) const
 {
@@ -193,10 +169,7 @@ void AK_String::Swap(AK_String& other) noexcept
     std::swap(_s, other._s);
 }
 
-void AK_String::Append(const AK_String& s)
-{
-    Append(s._s);
-}
+void AK_String::Append(const AK_String& s) { Append(s._s); }
 
 void AK_String::Append(const char* s)
 {
@@ -208,10 +181,7 @@ void AK_String::Append(const char* s)
     std::memcpy(_s + length, s, added + 1);
 }
 
-void AK_String::Prepend(const AK_String& s)
-{
-    Prepend(s._s);
-}
+void AK_String::Prepend(const AK_String& s) { Prepend(s._s); }
 
 void AK_String::Prepend(const char* s)
 {
@@ -234,20 +204,11 @@ AK_String operator+(const AK_String& a, const char* b)
     return sum;
 }
 
-AK_String operator+(const AK_String& a, const AK_String& b)
-{
-    return a + b._s;
-}
+AK_String operator+(const AK_String& a, const AK_String& b) { return a + b._s; }
 
-AK_String operator+(const char* a, const AK_String& b)
-{
-    return AK_String(a) + b._s;
-}
+AK_String operator+(const char* a, const AK_String& b) { return AK_String(a) + b._s; }
 
-std::ostream& operator<<(std::ostream& out, const AK_String& s)
-{
-    return out << s._s;
-}
+std::ostream& operator<<(std::ostream& out, const AK_String& s) { return out << s._s; }
 
 template <>
 int HashIndex(const AK_String& key)
@@ -281,19 +242,18 @@ static int ReplaceTexts(AK_String& text, const char* a, const char* b, int most)
     for (const char* at = std::strstr(text.c_str(), a); at && count < most; at = std::strstr(at + aLength, a)) ++count;
     if (count == 0) return 0;
 
-    const std::size_t length = std::strlen(text.c_str());
-    AK_String result;
-    result.Resize(BlockSize(length - std::size_t(count) * aLength + std::size_t(count) * bLength + 1));
-    char* out = &result[0];
     const char* from = text.c_str();
+    const char* end = from + std::strlen(from);
+    AK_String result;
+    result.Resize(BlockSize(std::size_t(end - from) - std::size_t(count) * aLength + std::size_t(count) * bLength + 1));
+    char* out = &result[0];
     for (int i = 0; i < count; ++i) {
         const char* at = std::strstr(from, a);
-        std::memcpy(out, from, std::size_t(at - from));
-        std::memcpy(out + (at - from), b, bLength);
-        out += std::size_t(at - from) + bLength;
+        out = std::copy(from, at, out);
+        out = std::copy(b, b + bLength, out);
         from = at + aLength;
     }
-    std::strcpy(out, from);
+    *std::copy(from, end, out) = 0;
     text.Swap(result);
     return count;
 }
@@ -312,15 +272,9 @@ int AK_String::ReplaceAll(char a, char b)
         _s, [a](char c) { return c == a; }, b);
 }
 
-int AK_String::Replace(const char* a, const char* b)
-{
-    return ReplaceTexts(*this, a, b, 1);
-}
+int AK_String::Replace(const char* a, const char* b) { return ReplaceTexts(*this, a, b, 1); }
 
-int AK_String::ReplaceAll(const char* a, const char* b)
-{
-    return ReplaceTexts(*this, a, b, INT_MAX);
-}
+int AK_String::ReplaceAll(const char* a, const char* b) { return ReplaceTexts(*this, a, b, INT_MAX); }
 
 int AK_String::ReplaceNonAlNum(char with)
 {
@@ -328,10 +282,7 @@ int AK_String::ReplaceNonAlNum(char with)
         _s, [](char c) { return !IsAlnum(c); }, with);
 }
 
-int AK_String::ReplaceWhitespace(char with)
-{
-    return ReplaceBytes(_s, IsWhitespace, with);
-}
+int AK_String::ReplaceWhitespace(char with) { return ReplaceBytes(_s, IsWhitespace, with); }
 
 int AK_String::ReplaceToNonAlnum(char c, const char* pre, const char* post)
 {
@@ -378,25 +329,13 @@ void AK_String::ToUpper()
 
 // ------------------------------------------------------------------------------------------------------------- tests
 
-bool AK_String::IsAlnum(char c)
-{
-    return c == '_' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || IsDigit(c);
-}
+bool AK_String::IsAlnum(char c) { return c == '_' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || IsDigit(c); }
 
-bool AK_String::IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+bool AK_String::IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-bool AK_String::IsWhitespace(char c)
-{
-    return c == ' ' || c == '\t';
-}
+bool AK_String::IsWhitespace(char c) { return c == ' ' || c == '\t'; }
 
-bool AK_String::IsNumbers() const
-{
-    return _s[std::strspn(_s, "0123456789+-.EeDd \t")] == 0;
-}
+bool AK_String::IsNumbers() const { return _s[std::strspn(_s, "0123456789+-.EeDd \t")] == 0; }
 
 // ----------------------------------------------------------------------------------------------------------- parsing
 
@@ -431,15 +370,9 @@ static int ReadNumbers(const char* s, Number* v, int most)
     return count;
 }
 
-int AK_String::GetVec(float* v, int) const
-{
-    return ReadNumbers(_s, v, INT_MAX);
-}
+int AK_String::GetVec(float* v, int) const { return ReadNumbers(_s, v, INT_MAX); }
 
-int AK_String::GetVec(double* v, int n) const
-{
-    return ReadNumbers(_s, v, n);
-}
+int AK_String::GetVec(double* v, int n) const { return ReadNumbers(_s, v, n); }
 
 static int Expect(int wanted, int found)
 {
@@ -448,30 +381,17 @@ static int Expect(int wanted, int found)
     return 0;
 }
 
-int AK_String::f2(float* v) const
-{
-    return Expect(2, std::sscanf(_s, " %f %f", v, v + 1));
-}
+// NOLINTBEGIN(cert-err34-c): the count of numbers read is what matters; one out of range reads as infinity
+int AK_String::f2(float* v) const { return Expect(2, std::sscanf(_s, " %f %f", v, v + 1)); }
 
-int AK_String::f2(double* v) const
-{
-    return Expect(2, std::sscanf(_s, " %lf %lf", v, v + 1));
-}
+int AK_String::f2(double* v) const { return Expect(2, std::sscanf(_s, " %lf %lf", v, v + 1)); }
 
-int AK_String::f3(float* v) const
-{
-    return Expect(3, std::sscanf(_s, " %f %f %f", v, v + 1, v + 2));
-}
+int AK_String::f3(float* v) const { return Expect(3, std::sscanf(_s, " %f %f %f", v, v + 1, v + 2)); }
 
-int AK_String::f3(double* v) const
-{
-    return Expect(3, std::sscanf(_s, " %lf %lf %lf", v, v + 1, v + 2));
-}
+int AK_String::f3(double* v) const { return Expect(3, std::sscanf(_s, " %lf %lf %lf", v, v + 1, v + 2)); }
 
-int AK_String::f4(float* v) const
-{
-    return Expect(4, std::sscanf(_s, " %f %f %f %f", v, v + 1, v + 2, v + 3));
-}
+int AK_String::f4(float* v) const { return Expect(4, std::sscanf(_s, " %f %f %f %f", v, v + 1, v + 2, v + 3)); }
+// NOLINTEND(cert-err34-c)
 
 // Where the value of a key begins in a text of key values, or null.
 static const char* FindValue(const char* s, const AK_String& key, char assign, char sep)

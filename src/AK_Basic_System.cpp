@@ -4,6 +4,7 @@
 #include "AK_Basic.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -70,6 +71,7 @@ int AK_System::CreateDir(const AK_String& name)
 int AK_System::CreateDirRecursively(const AK_String& name)
 {
     if (name.IsEmpty() || FileExists(name)) return 0;
+    if (name.Length() >= PATH_MAX) return 1;   // no system call takes it: create none of its parents either
     const char* from = name.c_str();
     for (const char* end = from; *end;) {
         end += std::strspn(end, "/");
@@ -80,15 +82,9 @@ int AK_System::CreateDirRecursively(const AK_String& name)
     return 0;
 }
 
-int AK_System::RemoveFile(const AK_String& name)
-{
-    return std::remove(name.c_str());
-}
+int AK_System::RemoveFile(const AK_String& name) { return std::remove(name.c_str()); }
 
-int AK_System::RenameFile(const AK_String& from, const AK_String& to)
-{
-    return std::rename(from.c_str(), to.c_str());
-}
+int AK_System::RenameFile(const AK_String& from, const AK_String& to) { return std::rename(from.c_str(), to.c_str()); }
 
 AK_String AK_System::TemporaryName(const AK_String& name)
 {
@@ -146,10 +142,7 @@ static AK_String WithoutEndingSlashes(const AK_String& name)
     return AK_String(name.c_str(), name.c_str() + length);
 }
 
-static AK_String PathInDirectory(const AK_String& directory, const AK_String& name)
-{
-    return directory + "/" + name;
-}
+static AK_String PathInDirectory(const AK_String& directory, const AK_String& name) { return directory + "/" + name; }
 
 int AK_System::RemoveFileRecursively(const AK_String& name)
 {
@@ -193,7 +186,7 @@ AK_String AK_System::Date()
 void AK_System::MilliSleep(int milliseconds)
 {
     if (milliseconds <= 0) return;
-    timeval wait = {milliseconds / 1000, (milliseconds % 1000) * 1000};
+    timeval wait = {milliseconds / 1000, (milliseconds % 1000) * 1000L};
     select(0, nullptr, nullptr, nullptr, &wait);
 }
 
