@@ -30,7 +30,8 @@
 /// stacks of 32 matrices of doubles, and every one of these calls changes the top of the one that MatrixMode chose.
 /// Pushing a 33rd matrix, popping the last one, and a rotation about an axis shorter than 1.0e-6 end the process with a
 /// message and status 1. A projection of no width, height or depth is ignored. GetFloatv and GetIntegerv leave
-/// `out` as it is for a name they do not know, and on the no-operation layer always.
+/// `out` as it is for a name they do not know, and on the no-operation layer always. Viewport and GetIntegerv have no
+/// effect in the rasteriser.
 #define AGL_MATRIX_CALLS(ROW)                                                                                          \
     ROW(void, ClearColor, (float r, float g, float b, float alpha), void())                                            \
     ROW(void, Clear, (unsigned mask), void())                                                                          \
@@ -48,7 +49,7 @@
     ROW(void, GetFloatv, (unsigned name, float* out), void())
 
 /// State that the primitives are drawn with. Sizes in pixels. Lightfv takes 4 values for the position; the rasteriser
-/// has one light, whatever its number.
+/// has one light, whatever its number, and no pixel store state: PixelStorei has no effect there.
 #define AGL_STATE_CALLS(ROW)                                                                                           \
     ROW(void, PixelStorei, (unsigned name, int value), void())                                                         \
     ROW(void, Lightfv, (unsigned light, unsigned name, const float* values), void())                                   \
@@ -77,8 +78,9 @@
     ROW(void, Bitmap, (int width, int height, const unsigned char* bits, float xOrigin, float yOrigin, float xMove,    \
                        float yMove), void())
 
-/// Textures and display lists: no functions of the rasteriser do anything here, but the table offers them to a host.
-/// uBuild2DMipmaps returns 0 for success; uErrorString returns a text that the callee owns, or null.
+/// Textures and display lists, for hosts that have them: of all these only uErrorString does anything in the
+/// rasteriser, and the calls of a list are drawn at once, while it is made. uBuild2DMipmaps returns 0 for
+/// success; uErrorString returns a text that the callee owns, or null.
 #define AGL_TEXTURE_AND_LIST_CALLS(ROW)                                                                                \
     ROW(void, DeleteTextures, (int count, const unsigned* textures), void())                                           \
     ROW(void, GenTextures, (int count, unsigned* textures), void())                                                    \

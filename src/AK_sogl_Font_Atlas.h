@@ -70,14 +70,14 @@ struct PackedFont {
 };
 
 /// The line of an atlas that begins at `start`, without its end.
-consteval std::string_view LineAt(std::string_view art, std::size_t start)
+constexpr std::string_view LineAt(std::string_view art, std::size_t start)
 {
     return art.substr(start, art.find('\n', start) - start);
 }
 
 /// Packs one line of a band: row `row` from the bottom, the band's first glyph being `glyph`. Returns the glyphs in it.
 template <int rows>
-consteval int PackLine(PackedFont<rows>& font, std::string_view line, int glyph, int row)
+constexpr int PackLine(PackedFont<rows>& font, std::string_view line, int glyph, int row)
 {
     int packed = 0;
     for (std::size_t start = 1; start < line.size(); ++packed) {
@@ -95,7 +95,7 @@ consteval int PackLine(PackedFont<rows>& font, std::string_view line, int glyph,
 }
 
 template <int rows>
-consteval PackedFont<rows> Pack(std::string_view art)
+constexpr PackedFont<rows> Pack(std::string_view art)
 {
     PackedFont<rows> font;
     int glyph = 0;
@@ -114,7 +114,7 @@ consteval PackedFont<rows> Pack(std::string_view art)
 
 /// The records of a packed font whose base line lies `descent` rows above the lowest one.
 template <int rows>
-consteval std::array<AK_BitmapGlyph, characters> Glyphs(const PackedFont<rows>& font, int descent)
+constexpr std::array<AK_BitmapGlyph, characters> Glyphs(const PackedFont<rows>& font, int descent)
 {
     std::array<AK_BitmapGlyph, characters> glyphs{};
     for (int i = 0; i < characters; ++i)
@@ -122,7 +122,7 @@ consteval std::array<AK_BitmapGlyph, characters> Glyphs(const PackedFont<rows>& 
     return glyphs;
 }
 
-consteval std::array<const AK_BitmapGlyph*, characters> Pointers(const std::array<AK_BitmapGlyph, characters>& glyphs)
+constexpr std::array<const AK_BitmapGlyph*, characters> Pointers(const std::array<AK_BitmapGlyph, characters>& glyphs)
 {
     std::array<const AK_BitmapGlyph*, characters> pointers{};
     for (int i = 0; i < characters; ++i) pointers[i] = &glyphs[i];

@@ -44,6 +44,15 @@ void Multiply(const double m[16])
     std::copy_n(product, 16, current);
 }
 
+/// The same with the upper three rows as they are written on paper; the fourth is 0 0 0 1.
+void MultiplyRows(const double (&rows)[3][4])
+{
+    double m[16] = IDENTITY;
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 4; ++column) m[row + 4 * column] = rows[row][column];
+    Multiply(m);
+}
+
 }   // namespace
 
 // ---- Stacks
@@ -58,8 +67,8 @@ void soglPushMatrix()
 {
     ++soglMatIndex[soglMatMode];
     soglAssert(soglMatIndex[soglMatMode] < soglMatStackSize);
-    const double* top = Top(soglMatMode);
-    std::copy_n(top - 16, 16, Top(soglMatMode));
+    double* top = Top(soglMatMode);
+    std::copy_n(top - 16, 16, top);
 }
 
 void soglPopMatrix()
@@ -98,43 +107,35 @@ void soglOrtho(double left, double right, double bottom, double top, double near
     const double height = top - bottom;
     const double range = farZ - nearZ;
     if (width == 0 || height == 0 || range == 0) return;
-    const double m[16] = {
-        2 / width,
-        0,
-        0,
-        0,   //
-        0,
-        2 / height,
-        0,
-        0,   //
-        0,
-        0,
-        2 / range,
-        0,   //
-        -(right + left) / width,
-        -(top + bottom) / height,
-        -(farZ + nearZ) / range,
-        1,
-    };
-    Multiply(m);
+    MultiplyRows({
+        {2 / width, 0,          0,         -(right + left) / width },
+        {0,         2 / height, 0,         -(top + bottom) / height},
+        {0,         0,          2 / range, -(farZ + nearZ) / range }
+    });
 }
 
 void soglTranslatef(float x, float y, float z)
 {
-    const double m[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, y, z, 1};
-    Multiply(m);
+    MultiplyRows({
+        {1, 0, 0, x},
+        {0, 1, 0, y},
+        {0, 0, 1, z}
+    });
 }
 
 void soglScalef(float x, float y, float z)
 {
-    const double m[16] = {x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, 1};
-    Multiply(m);
+    MultiplyRows({
+        {x, 0, 0, 0},
+        {0, y, 0, 0},
+        {0, 0, z, 0}
+    });
 }
 
 void soglRotatef(float angle, float x, float y, float z)
 {
-    const double div = std::sqrt(double(x) * x + double(y) * y + double(z) * z);
     using std::fabs;
+    const double div = std::sqrt(double(x) * x + double(y) * y + double(z) * z);
     soglAssert(fabs(div) > 1.0e-6);
     const double a = x / div;
     const double b = y / div;
@@ -143,25 +144,11 @@ void soglRotatef(float angle, float x, float y, float z)
     const double cosine = std::cos(radians);
     const double sine = std::sin(radians);
     const double rest = 1 - cosine;
-    const double m[16] = {
-        a * a * rest + cosine,
-        b * a * rest + c * sine,
-        c * a * rest - b * sine,
-        0,   //
-        a * b * rest - c * sine,
-        b * b * rest + cosine,
-        c * b * rest + a * sine,
-        0,   //
-        a * c * rest + b * sine,
-        b * c * rest - a * sine,
-        c * c * rest + cosine,
-        0,   //
-        0,
-        0,
-        0,
-        1,
-    };
-    Multiply(m);
+    MultiplyRows({
+        {a * a * rest + cosine,   a * b * rest - c * sine, a * c * rest + b * sine, 0},
+        {b * a * rest + c * sine, b * b * rest + cosine,   b * c * rest - a * sine, 0},
+        {c * a * rest - b * sine, c * b * rest + a * sine, c * c * rest + cosine,   0}
+    });
 }
 
 /// I - 2 n n^T.

@@ -2,7 +2,7 @@
 //
 // Everything is first mapped to whole pixels, depths and colours and then stepped through. The steps are counted from
 // the true start, also where only a part of them can meet the buffer, so that a line does not depend on the buffer's
-// size. Lines lie half a pixel right of the triangles that they bound (AK_sogl_Raster_Triangle.cpp): outlines drawn
+// size. Lines lie a pixel right of the triangles that they bound (AK_sogl_Raster_Triangle.cpp): outlines drawn
 // over filled faces depend on that.
 
 #include "AK_sogl.h"
