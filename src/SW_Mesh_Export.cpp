@@ -36,7 +36,7 @@ void SW_Mesh::WriteProjectionBeside(const AK_String& raster) const
 
 static void WritePoints(std::FILE* file, const AK_List<AK_Vec>& points)
 {
-    for (const AK_Vec& p : points) std::fprintf(file, "%g %g %g\n", p.x, p.y, p.z);
+    for (const AK_Vec& p : points) std::fprintf(file, "%.10g %.10g %.10g\n", p.x, p.y, p.z);
 }
 
 // Heights at the points of the lattice that the attributes describe, from the top row down.
