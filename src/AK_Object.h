@@ -136,7 +136,8 @@ public:
 
     // ---- virtual operations
     virtual ~AK_Object();
-    virtual const AK_Attribute* Attributes() const { return _attributes; }
+    /// The description of the class; an empty node while there is none.
+    virtual const AK_Attribute* Attributes() const;
 
     /// "%AK_NULL%" for a name that nothing recognises.
     virtual AK_String Get(const AK_String& attr) const;
@@ -179,7 +180,7 @@ public:
     void AddNewComponent(const AK_String& id);   // what the class's create function makes; nothing without one
     /// Drops the first reference with that id; true if there was one.
     bool RemoveComponent(const AK_String& id);
-    /// Takes this object out of its parent's list without deleting anything.
+    /// Takes this object out of its parent's list without deleting anything: from now on it is a root of its own.
     void Detach(const AK_String& ignored);
     void RemoveAllReferencesTo(const AK_Object* object);
     /// Deletes an owned component, its directory on disc and all references to it; 1, or 0 if there is none.
@@ -341,9 +342,12 @@ protected:
     /// Walks a class's table: empties the status, acts, stamps. 0 if no row bears the name.
     int SetByRows(std::span<const Row> rows, const AK_String& attr, const AK_String& value);
     bool GetByRows(std::span<const Row> rows, const AK_String& attr, AK_String& result) const;
-    /// Executes the lines behind the marker that a list of initialisation commands begins with.
+    /// Executes the lines behind the marker that a list of initialisation commands begins with. Not on an object that
+    /// these very commands make, which would go on for ever.
     void RunCommandsOf(const AK_List<AK_String>& commands, int noExplain);
     void RemoveEntry(int index);   // takes an entry out of both component lists
+    /// Removes the references from here and below to an object and to all that it owns.
+    void RemoveReferencesInto(const AK_Object* ancestor);
     AK_String Explanation(const AK_String& command, const AK_String& attr, const AK_String& value) const;
     void ExecCommandFile(const AK_String& name, int noExplain);
     /// The description whose attributes are saved.
