@@ -70,7 +70,6 @@ AK_Object::AK_Object(const AK_String& id, AK_Object* parent)
         _qvt_sci_namespace = Load_QVT_SCI_code(className);
         ReadInitializationMacro(className, _initializationCommands);
         ReadClassVariables(className, _classVariables);
-        AK_ASSERT(_attributes);   // nothing can be named without it
     }
     ++_object_counter;
     _parent = parent;   // before the id, which is made unique among the parent's components
@@ -164,6 +163,7 @@ void AK_Object::Detach(const AK_String&)
     if (!_parent) return;
     for (int i = _parent->_components.Size() - 1; i >= 0; --i)
         if (_parent->_components[i] == this) _parent->RemoveEntry(i);
+    _parent = nullptr;   // which may be freed from now on without this object
 }
 
 void AK_Object::RemoveAllReferencesTo(const AK_Object* object)
@@ -187,22 +187,30 @@ int AK_Object::DeleteComponent(const AK_String& id)
     return 0;
 }
 
-// References anywhere to an object of a subtree that is about to go.
-static void RemoveReferencesToSubtree(AK_Object* root, AK_Object* object)
+static bool IsAtOrBelow(const AK_Object* object, const AK_Object* ancestor)
 {
-    root->RemoveAllReferencesTo(object);
-    for (int i = 0; i < object->NumComponents(); ++i)
-        if (object->Owns(i)) RemoveReferencesToSubtree(root, object->ComponentAt(i));
+    while (object && object != ancestor) object = object->Parent();
+    return object != nullptr;
+}
+
+void AK_Object::RemoveReferencesInto(const AK_Object* ancestor)
+{
+    for (int i = _components.Size() - 1; i >= 0; --i) {
+        if (Owns(i))
+            _components[i]->RemoveReferencesInto(ancestor);
+        else if (IsAtOrBelow(_components[i], ancestor))
+            RemoveEntry(i);
+    }
 }
 
 void AK_Object::FreeComponent(int index)
 {
     AK_Object* object = _components[index];
-    RemoveReferencesToSubtree(Root(), object);
+    Root()->RemoveReferencesInto(object);
     for (int i = _components.Size() - 1; i >= 0; --i)   // the references that went may have moved it
         if (_components[i] == object) RemoveEntry(i);
     for (const AK_Object* running : callStack) {
-        if (!object->HasInTree(running)) continue;
+        if (!IsAtOrBelow(running, object)) continue;   // what is being constructed is below without being listed
         object->_parent = nullptr;
         deleted.Append(object);
         return;
@@ -248,6 +256,12 @@ void AK_Object::GetObjectsOfType(const AK_String& type, AK_List<AK_Object*>& lis
 // ----------------------------------------------------------------------------------------------------------------
 // Virtual operations that most classes leave as they are
 // ----------------------------------------------------------------------------------------------------------------
+
+const AK_Attribute* AK_Object::Attributes() const
+{
+    static const AK_Attribute nothing;   // a missing file is fatal to the classes only, which tell of their own
+    return _attributes ? _attributes : &nothing;
+}
 
 void AK_Object::Update()
 {

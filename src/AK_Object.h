@@ -16,6 +16,7 @@
 
 #include "AK_Basic.h"
 
+#include <memory>
 #include <span>
 
 class AK_Object;
@@ -26,7 +27,8 @@ struct Symbol;
 // Attribute descriptions
 // ----------------------------------------------------------------------------------------------------------------
 
-/// One node of a class's attribute description; immutable once read, and alive as long as the process.
+/// One node of a class's attribute description; immutable once read. Those of the program's classes live as long as the
+/// process.
 ///
 /// A file's grammar: a line of n tabs is a node of level n, "<id>" or "<id>:<cmd>"; ids are dotted: the kind
 /// ("obj", "opr", "bool", "apply", "filename", "directory", "doc", ...), then the name. A backslash at the end of a
@@ -79,6 +81,10 @@ public:
     /// Sums its components' sums, and so is 0 for every description. Nothing depends on it.
     int NumAttributes() const;
 };
+
+/// A description that stays as it is while somebody has this. Groups renew theirs and user objects exchange it, at times
+/// by the very commands that a walk of the description gives: who calls Get or Set on the way walks by this.
+using AK_Description = std::shared_ptr<const AK_Attribute>;
 
 /// Reads a description. `name` is a class name, whose file is looked up, or the text itself when it begins with "obj.".
 /// `base`, the root of the base class's description, becomes the root's last child; null for none.
@@ -136,7 +142,10 @@ public:
 
     // ---- virtual operations
     virtual ~AK_Object();
-    virtual const AK_Attribute* Attributes() const { return _attributes; }
+    /// The description of the class; an empty node while there is none.
+    virtual const AK_Attribute* Attributes() const;
+    /// Attributes(), kept alive.
+    virtual AK_Description Description() const { return AK_Description(AK_Description(), Attributes()); }
 
     /// "%AK_NULL%" for a name that nothing recognises.
     virtual AK_String Get(const AK_String& attr) const;
@@ -179,7 +188,7 @@ public:
     void AddNewComponent(const AK_String& id);   // what the class's create function makes; nothing without one
     /// Drops the first reference with that id; true if there was one.
     bool RemoveComponent(const AK_String& id);
-    /// Takes this object out of its parent's list without deleting anything.
+    /// Takes this object out of its parent's list without deleting anything: from now on it is a root of its own.
     void Detach(const AK_String& ignored);
     void RemoveAllReferencesTo(const AK_Object* object);
     /// Deletes an owned component, its directory on disc and all references to it; 1, or 0 if there is none.
@@ -344,6 +353,8 @@ protected:
     /// Executes the lines behind the marker that a list of initialisation commands begins with.
     void RunCommandsOf(const AK_List<AK_String>& commands, int noExplain);
     void RemoveEntry(int index);   // takes an entry out of both component lists
+    /// Removes the references from here and below to an object and to all that it owns.
+    void RemoveReferencesInto(const AK_Object* ancestor);
     AK_String Explanation(const AK_String& command, const AK_String& attr, const AK_String& value) const;
     void ExecCommandFile(const AK_String& name, int noExplain);
     /// The description whose attributes are saved.

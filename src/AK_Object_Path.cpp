@@ -54,8 +54,10 @@ static bool NextId(AK_String& id)
 
 static void MakeUnique(AK_String& id, const AK_Object* parent, const AK_Object* self)
 {
-    const AK_Object* namesake = parent->Component(id);
-    if (!namesake || namesake == self) return;
+    bool isTaken = false;
+    for (int i = 0; i < parent->NumComponents(); ++i)
+        isTaken = isTaken || (parent->ComponentAt(i) != self && parent->ComponentAt(i)->Id() == id);
+    if (!isTaken) return;
     TakenIds taken(parent, self);
     while (taken(id) && NextId(id)) {}
     while (taken(id)) id.Append("x");
@@ -80,7 +82,7 @@ void AK_Object::Id(const AK_String& newId)
         ProjectDir(dir);
 }
 
-AK_String AK_Object::Type() const { return Attributes() ? Attributes()->Id(1) : AK_String(); }
+AK_String AK_Object::Type() const { return Attributes()->Id(1); }
 
 AK_String AK_Object::IdTyped() const { return _id + "." + Type(); }
 
@@ -110,8 +112,9 @@ AK_String AK_Object::IdAbs(const AK_Object* base) const
 void AK_Object::ProjectDir(const AK_String& dir)
 {
     _projectDir = dir;
-    for (int i = 0; i < _components.Size(); ++i)
-        if (_components[i]->_parent == this) _components[i]->ProjectDir(dir + "/" + _components[i]->_id);
+    for (AK_Object* component : _components) {   // below no directory there is none either, and never "/<id>"
+        if (component->_parent == this) component->ProjectDir(dir.IsEmpty() ? dir : dir + "/" + component->_id);
+    }
 }
 
 // ----------------------------------------------------------------------------------------------------------------

@@ -32,6 +32,7 @@ static void WriteNode(std::FILE* file, const AK_Object& object, const AK_Object*
 
 void AK_Object::WriteAttributes(std::FILE* file, const AK_Object* relativeTo, bool recursively) const
 {
+    const AK_Description description = Description();   // AttributesToSave is this one or that of a class
     WriteNode(file, *this, relativeTo, AttributesToSave());
     for (int i = 0; recursively && i < _components.Size(); ++i)
         if (Owns(i)) _components[i]->WriteAttributes(file, relativeTo, true);
