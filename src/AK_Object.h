@@ -329,6 +329,8 @@ public:
     static AK_String _directoryToLoad;   // while a component is made from disc: its directory
     static int (*_signalFunction)();     // a front end's way to interrupt a macro; null for none
     static int (*py_run_simple_string)(const char* text);
+    static int _viewerWidth, _viewerHeight;   // pixels
+    static float _viewerBgCol[3];             // the viewer's background: r, g, b, 0 to 1
 
     static const AK_Attribute* _attributes;
     static Namespace* _qvt_sci_namespace;
