@@ -94,7 +94,14 @@ AK_Object::~AK_Object()
 
 void AK_Object::RunCommandsOf(const AK_List<AK_String>& commands, int noExplain)
 {
+    static AK_List<const AK_List<AK_String>*> running(1);
+    if (running.IndexOf(&commands) >= 0) {
+        AK_MSG("W:initialisation commands are not executed on '" << _id << "', which they have made");
+        return;
+    }
+    running.Append(&commands);
     for (int i = 1; i < commands.Size(); ++i) ExecCommand(commands[i], noExplain);
+    running.Remove(running.Size() - 1);
 }
 
 AK_Object::Call::Call(const AK_Object* object) { callStack.Append(object); }

@@ -352,7 +352,8 @@ protected:
     /// Walks a class's table: empties the status, acts, stamps. 0 if no row bears the name.
     int SetByRows(std::span<const Row> rows, const AK_String& attr, const AK_String& value);
     bool GetByRows(std::span<const Row> rows, const AK_String& attr, AK_String& result) const;
-    /// Executes the lines behind the marker that a list of initialisation commands begins with.
+    /// Executes the lines behind the marker that a list of initialisation commands begins with. Not on an object that
+    /// these very commands make, which would go on for ever.
     void RunCommandsOf(const AK_List<AK_String>& commands, int noExplain);
     void RemoveEntry(int index);   // takes an entry out of both component lists
     /// Removes the references from here and below to an object and to all that it owns.

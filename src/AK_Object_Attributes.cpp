@@ -44,18 +44,18 @@ void AK_FromText(AK_Vec2& value, const AK_String& text)
 
 static AK_String ComponentList(const AK_Object& object)
 {
-    AK_String list;
-    for (int i = 0; i < object.NumComponents(); ++i) list = list + object.ComponentAt(i)->Id() + ak_sep;
-    return list;
+    AK_List<AK_String> ids(object.NumComponents());
+    for (int i = 0; i < object.NumComponents(); ++i) ids.Append(object.ComponentAt(i)->Id());
+    return AK_String(ids, ak_sep);
 }
 
 static AK_String ObjectsOfSameType(const AK_Object& object)
 {
     AK_List<AK_Object*> objects(1);
     object.Root()->GetObjectsOfType(object.Type(), objects);
-    AK_String list;
-    for (const AK_Object* other : objects) list = list + other->IdAbs(&object) + ak_sep;
-    return list;
+    AK_List<AK_String> paths(objects.Size());
+    for (const AK_Object* other : objects) paths.Append(other->IdAbs(&object));
+    return AK_String(paths, ak_sep);
 }
 
 static const char* IdVisibility(const AK_Object& object)
@@ -109,69 +109,72 @@ std::span<const AK_Row> AK_Object::Rows()
     using O = AK_Object;
     using R = AK_RowsOf<AK_Object>;
     using Text = const AK_String&;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"Type",                                                                        R::shown<&O::Type>                                      },
-        {"Id",                                                                          R::pair<[](const O& o) { return o._id; },                 [](O& o, Text id) { o.Id(id); }>},
-        {"IdAbs",                                                      R::shown<[](const O& o) { return o.IdAbs(); }>                                                                                                             },
-        {"IdVis",R::shown<&IdVisibility>},
-        {"Active",                                                                             R::value<&O::_active>                                                                                                                                                                                                                },
-        {"GetComponentList",R::shown<&ComponentList>},
-        {"ProjectDir",                                                                          R::pair<[](const O& o) { return o._projectDir; },                                                                                                                                                                                                                                                                                                               [](O& o, Text dir) { o.ProjectDir(dir); }>},
-        {"SaveAs",R::command<&O::SaveAs>},
-        {"Save",                                                                             stampsItself(R::command<&O::Save>)                                                                                                                             }, // only a save that succeeded makes the object clean
-        {"Load",                                                                             stampsItself(R::command<&O::Load>)                                                                                                                                                                                                                                                                                                                                                                                                                                         },
-        {"SaveVis",                                                                             R::shown<&SaveVisibility>  },
-        {"SaveProject",                                                                             R::command<&O::SaveProject>},
-        {"SaveProjectAs",                                                                             R::command<&O::SaveProjectAs>                                                                                                                      },
-        {"LoadProject",                                                                             R::command<&O::LoadProject>                                                                                                                                                                                                                                                                                                                                                                                                                                   },
-        {"SaveAttributes",                                                                             R::command<&O::SaveAttributes>  },
-        {"SaveAttributesRecursively",                                                                             R::command<&O::SaveAttributesRecursively>},
-        {"AssignAttributesOf",                                                                             R::command<&AssignFrom>                                                                                                        },
-        {"DeleteComponent",                                                                             R::command<&O::DeleteComponent>                                                                                                                                                                                                                                                                                                                                                                                                                               },
-        {"RemoveComponent",                                                                             R::command<&O::RemoveComponent>            },
-        {"RemoveFromDisc",                                                                             R::command<[](O& o,Text) { o.RemoveFromDisc(); }>},
-        {"Detach",                                                                             R::command<&O::Detach>                                                                                                         },
-        {"AddNewComponent",                                               R::command<&O::AddNewComponent>                                                                                                                                                                                                                                                                                                                                                                                                                 },
-        {"SuppressCreatingComponents",R::value<&O::_suppressCreatingComponents>},
-        {"UnloadAllContainers",R::command<&O::UnloadAllContainers>},
-        {"Update",                                                          R::command<[](O& o,                                                                                                                                                                                         Text) { o.Update(); }>},
+        {"Type",                       R::shown<&O::Type>},
+        {"Id",                         R::pair<[](const O& o) { return o._id; }, [](O& o, Text id) { o.Id(id); }>},
+        {"IdAbs",                      R::shown<[](const O& o) { return o.IdAbs(); }>},
+        {"IdVis",                      R::shown<&IdVisibility>},
+        {"Active",                     R::value<&O::_active>},
+        {"GetComponentList",           R::shown<&ComponentList>},
+        {"ProjectDir",                 R::pair<[](const O& o) { return o._projectDir; },
+                                               [](O& o, Text dir) { o.ProjectDir(dir); }>},
+        {"SaveAs",                     R::command<&O::SaveAs>},
+        {"Save",                       stampsItself(R::command<&O::Save>)},   // only a success makes the object clean
+        {"Load",                       stampsItself(R::command<&O::Load>)},
+        {"SaveVis",                    R::shown<&SaveVisibility>},
+        {"SaveProject",                R::command<&O::SaveProject>},
+        {"SaveProjectAs",              R::command<&O::SaveProjectAs>},
+        {"LoadProject",                R::command<&O::LoadProject>},
+        {"SaveAttributes",             R::command<&O::SaveAttributes>},
+        {"SaveAttributesRecursively",  R::command<&O::SaveAttributesRecursively>},
+        {"AssignAttributesOf",         R::command<&AssignFrom>},
+        {"DeleteComponent",            R::command<&O::DeleteComponent>},
+        {"RemoveComponent",            R::command<&O::RemoveComponent>},
+        {"RemoveFromDisc",             R::command<[](O& o, Text) { o.RemoveFromDisc(); }>},
+        {"Detach",                     R::command<&O::Detach>},
+        {"AddNewComponent",            R::command<&O::AddNewComponent>},
+        {"SuppressCreatingComponents", R::value<&O::_suppressCreatingComponents>},
+        {"UnloadAllContainers",        R::command<&O::UnloadAllContainers>},
+        {"Update",                     R::command<[](O& o, Text) { o.Update(); }>},
 
-        {"MacroFileName",                                           R::value<&O::_macroFileName>                                                                                                                                                                                                                                                                                                                                                                                                                                                            },
-        {"MacroRepetitions",  R::value<&O::_macroRepetitions>},
-        {"ExecMacro",                                                               R::command<[](O& o,                                                 Text file) { o.ExecMacro(file, 0); }>},
-        {"StartInBackground",                                                            R::command<&O::StartInBackground>                                                                                   },
-        {"ReportCommands",                                                                   R::shared<&O::_reportCommands>                                          },
-        {"ExplainCommands",                                                                             R::shared<&O::_explainCommands>                                                                                                                  },
-        {"SetVariableValue",                                                                             R::command<[](O& o,                                   Text assignment) { o.SetVariableValue(assignment); }>},
-        {"VariableValues",
-         R::pair<[](const O& o) { return o.VariableValues(); },                                                                           [](O& o, Text list) { o.VariableValues(list); }>},
-        {"List_QVT_SCI_predefined",                                                                             R::command<&O::List_QVT_SCI_predefined> },
+        {"MacroFileName",              R::value<&O::_macroFileName>},
+        {"MacroRepetitions",           R::value<&O::_macroRepetitions>},
+        {"ExecMacro",                  R::command<[](O& o, Text file) { o.ExecMacro(file, 0); }>},
+        {"StartInBackground",          R::command<&O::StartInBackground>},
+        {"ReportCommands",             R::shared<&O::_reportCommands>},
+        {"ExplainCommands",            R::shared<&O::_explainCommands>},
+        {"SetVariableValue",           R::command<[](O& o, Text assignment) { o.SetVariableValue(assignment); }>},
+        {"VariableValues",             R::pair<[](const O& o) { return o.VariableValues(); },
+                                               [](O& o, Text list) { o.VariableValues(list); }>},
+        {"List_QVT_SCI_predefined",    R::command<&O::List_QVT_SCI_predefined>},
 
-        {"ParameterSet",
-         R::pair<[](const O& o) { return o.ParameterSet(); },                                              [](O& o, Text name) { o.ParameterSet(name); }>},
-        {"ParameterSetOptions",                         R::shown<[](const O&) { return ParameterSetOptions(); }>},
-        {"SetDefault",                                                                             R::command<&SetDefaultFromText>                                                                                                            },
-        {"SaveClassVariables",                                                                             R::command<[](O& o,                                                                                                                       Text) { ReportUnwritten(o.SaveClassVariables()); }>},
-        {"SaveClassVariablesRec",                                                                      R::command<[](O& o,                                            Text) { ReportUnwritten(o.SaveClassVariablesRec()); }>},
+        {"ParameterSet",               R::pair<[](const O& o) { return o.ParameterSet(); },
+                                               [](O& o, Text name) { o.ParameterSet(name); }>},
+        {"ParameterSetOptions",        R::shown<[](const O&) { return ParameterSetOptions(); }>},
+        {"SetDefault",                 R::command<&SetDefaultFromText>},
+        {"SaveClassVariables",         R::command<[](O& o, Text) { ReportUnwritten(o.SaveClassVariables()); }>},
+        {"SaveClassVariablesRec",      R::command<[](O& o, Text) { ReportUnwritten(o.SaveClassVariablesRec()); }>},
 
-        {"Language",                                                         R::shown<[](const O&) { return _language; }>                                },
-        {"SetLanguage",                                                                  R::command<&::SetLanguage>              },
-        {"LanguageOptions",                                                          R::shown<[](const O&) { return AK_String("default") + ak_sep + "german"; }>                   },
-        {"AllObjectsOfSameTypeList",                                                                             R::shown<&ObjectsOfSameType>                                                                                                              },
-        {"Arglist",                       R::shown<[](const O&) { return Arglist(" "); }>                                   },
-        {"ArglistSep",R::shown<[](const O&) { return Arglist(ak_sep); }>},
-        {"GetCommandsList",R::shown<[](const O& o) { return o.AttributeNamesList('g', false, false); }>                           },
-        {"VisibleGetCommandsList",R::shown<[](const O& o) { return o.AttributeNamesList('g', true, false); }>},
-        {"GetLabelsList",R::shown<[](const O& o) { return o.AttributeNamesList('g', false, true); }>},
-        {"VisibleGetLabelsList",        R::shown<[](const O& o) { return o.AttributeNamesList('g', true, true); }>                            },
-        {"AttributesDirectory",                                                   R::shown<[](const O&) { return _attributesDirectory; }>                                                                                                          },
-        {"UserAttributesDirectory",                R::shown<[](const O&) { return _userAttributesDirectory; }>                                            },
-        {"UserApplicationDirectory",                                                          R::shown<[](const O&) { return _userApplicationDirectory; }>                                                                                                                                    },
-        {"Address",                              R::shown<[](const O& o) { return AK_String::PtrString(&o); }>                                                                                                                                                                       },
-        {"VisWrite",R::shown<[](const O&) { return "w"; }>                       }, // so that a description can pin a visibility
-        {"VisRead",R::shown<[](const O&) { return "r"; }>},
-        {"VisNone",   R::shown<[](const O&) { return "-"; }>              },
+        {"Language",                   R::shown<[](const O&) { return _language; }>},
+        {"SetLanguage",                R::command<&::SetLanguage>},
+        {"LanguageOptions",            R::shown<[](const O&) { return AK_String("default") + ak_sep + "german"; }>},
+        {"AllObjectsOfSameTypeList",   R::shown<&ObjectsOfSameType>},
+        {"Arglist",                    R::shown<[](const O&) { return Arglist(" "); }>},
+        {"ArglistSep",                 R::shown<[](const O&) { return Arglist(ak_sep); }>},
+        {"GetCommandsList",            R::shown<[](const O& o) { return o.AttributeNamesList('g', false, false); }>},
+        {"VisibleGetCommandsList",     R::shown<[](const O& o) { return o.AttributeNamesList('g', true, false); }>},
+        {"GetLabelsList",              R::shown<[](const O& o) { return o.AttributeNamesList('g', false, true); }>},
+        {"VisibleGetLabelsList",       R::shown<[](const O& o) { return o.AttributeNamesList('g', true, true); }>},
+        {"AttributesDirectory",        R::shown<[](const O&) { return _attributesDirectory; }>},
+        {"UserAttributesDirectory",    R::shown<[](const O&) { return _userAttributesDirectory; }>},
+        {"UserApplicationDirectory",   R::shown<[](const O&) { return _userApplicationDirectory; }>},
+        {"Address",                    R::shown<[](const O& o) { return AK_String::PtrString(&o); }>},
+        {"VisWrite",                   R::shown<[](const O&) { return "w"; }>},   // a description can pin a visibility
+        {"VisRead",                    R::shown<[](const O&) { return "r"; }>},
+        {"VisNone",                    R::shown<[](const O&) { return "-"; }>},
     };
+    // clang-format on
     return rows;
 }
 
@@ -181,17 +184,20 @@ std::span<const AK_Row> AK_Object::Rows()
 
 namespace {
 
-// "root:root:root:..." passes on once for each part: a name from outside must not choose how deep that goes.
+// "root:root:root:..." passes on once for each part: a name from outside must not choose how deep that goes, nor
+// "Object::Object::..." how often all objects are asked to ask all objects.
 class PassedOn {
 public:
-    PassedOn() { ++_depth; }
-    ~PassedOn() { --_depth; }
+    enum Way { toOneObject = 1, toAllObjects = 25 };
+    explicit PassedOn(Way way = toOneObject) : _way(way) { _depth += way; }
+    ~PassedOn() { _depth -= _way; }
     PassedOn(const PassedOn&) = delete;
     PassedOn& operator=(const PassedOn&) = delete;
     bool TooOften() const { return _depth > 100; }
 
 private:
     static inline int _depth = 0;
+    Way _way;
 };
 
 }   // namespace
@@ -249,10 +255,10 @@ int AK_Object::Set(const AK_String& attr, const AK_String& value)
         ExecMacro(attr, 0);
         return 1;
     }
-    const PassedOn passed;
+    const char* colons = std::strstr(attr.c_str(), "::");
+    const PassedOn passed(colons ? PassedOn::toAllObjects : PassedOn::toOneObject);
     if (passed.TooOften()) return 0;
-    if (const char* colons = std::strstr(attr.c_str(), "::"))
-        return SetForAllObjectsOfType(AK_String(attr.c_str(), colons), AK_String(colons + 2), value) > 0;
+    if (colons) return SetForAllObjectsOfType(AK_String(attr.c_str(), colons), AK_String(colons + 2), value) > 0;
     AK_String path, remote;
     if (ParseRemoteCommand(attr, path, remote))
         if (AK_Object* object = ObjectById(path)) return object->Set(remote, value);
@@ -270,10 +276,13 @@ bool AK_Object::ParseRemoteCommand(const AK_String& text, AK_String& path, AK_St
 
 int AK_Object::SetForAllObjectsOfType(const AK_String& type, const AK_String& attr, const AK_String& value)
 {
-    const Call running(this);   // what is set may delete objects, this one included
+    const Call running(this);   // what is set may make and delete objects, this one included
     int known = IsOfType(type) ? Set(attr, value) : 0;
-    for (int i = 0; i < _components.Size(); ++i)
-        if (_components[i]->_parent == this) known += _components[i]->SetForAllObjectsOfType(type, attr, value);
+    const AK_List<AK_Object*> components = _components;
+    for (AK_Object* component : components) {
+        const bool stillListed = _components.IndexOf(component) >= 0;
+        if (stillListed && component->_parent == this) known += component->SetForAllObjectsOfType(type, attr, value);
+    }
     return known;
 }
 
@@ -494,9 +503,9 @@ void AK_Object::SetVariableValue(const AK_String& assignment)
 
 AK_String AK_Object::VariableValues() const
 {
-    AK_String list;
-    for (int i = 0; i < _variableNames.Size(); ++i) list = list + _variableNames[i] + "=" + _variableValues[i] + ak_sep;
-    return list;
+    AK_List<AK_String> assignments(_variableNames.Size());
+    for (int i = 0; i < _variableNames.Size(); ++i) assignments.Append(_variableNames[i] + "=" + _variableValues[i]);
+    return AK_String(assignments, ak_sep);
 }
 
 void AK_Object::VariableValues(const AK_String& list)

@@ -98,7 +98,7 @@ int AK_Object::ParseCommandString(const AK_String& command, AK_String& cmd, AK_S
     if (!TakeArgument(*this, s, object)) return 1;
     if (!TakeArgument(*this, s, attr)) return 2;
 
-    const char* bracket = std::strrchr(s, ')');
+    const char* bracket = std::strrchr(command.c_str(), ')');
     if (!bracket) return 3;
     const char* first = std::strchr(s, '"');
     const char* last = std::strrchr(s, '"');

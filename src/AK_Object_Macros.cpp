@@ -12,6 +12,7 @@
 
 #include "AK_Object.h"
 
+#include <climits>
 #include <cstring>
 
 static constexpr int maxMacroLine = 40959;
@@ -57,6 +58,10 @@ static void RunPython(const AK_String& file, const AK_String& name)
         status = AK_String("can not open python file '") + name + "'";
         return;
     }
+    if (reader.Size() >= INT_MAX / 2) {
+        status = AK_String("out of memory when reading '") + name + "'";
+        return;
+    }
     AK_List<char> text(256);
     for (int byte = reader.ReadByte(); byte >= 0; byte = reader.ReadByte()) text.Append(char(byte));
     text.Append(0);
@@ -86,7 +91,8 @@ void AK_Object::ExecMacro(const AK_String& file, int noExplain)
 
 namespace {
 
-// Follows the comment blocks of a macro; its state lives on from one repetition to the next.
+// Follows the comment blocks of a macro; its state lives on from one repetition to the next. Commands stand outside all
+// blocks, so it is enough that the comment is handed over when a block ends, and when the macro does within one.
 class CommentBlocks {
 public:
     CommentBlocks()
@@ -94,30 +100,54 @@ public:
         AK_Object::_macroComment = "";
         AK_Object::_macroFigure = 0;
     }
+    ~CommentBlocks()
+    {
+        if (_inside) End("");
+    }
+    CommentBlocks(const CommentBlocks&) = delete;
+    CommentBlocks& operator=(const CommentBlocks&) = delete;
 
     // True if the line is outside all blocks and may be a command.
     bool Outside(const AK_String& line)
     {
         if (line.StartsWith("//fi"))
             AK_Object::_macroFigure = 1;
-        else if (line.StartsWith("/*")) {
-            _inside = true;
-            AK_Object::_macroComment = "/*\n";
-        } else if (!_inside)
+        else if (line.StartsWith("/*"))
+            Begin();
+        else if (!_inside)
             return true;
-        else if (line.StartsWith("*/")) {
-            _inside = false;
-            AK_Object::_macroComment.Append("\n*/");
-        } else if (line.StartsWith("%lang")) {
-            _inside = std::strstr(line.c_str(), AK_Object::_language.c_str()) != nullptr;
-            if (_inside) AK_Object::_macroComment = "/*\n";
-        } else
-            AK_Object::_macroComment = AK_Object::_macroComment + line + "\n";
+        else if (line.StartsWith("*/"))
+            End("\n*/");
+        else if (!line.StartsWith("%lang")) {
+            Collect(line.c_str());
+            Collect("\n");
+        } else if (std::strstr(line.c_str(), AK_Object::_language.c_str()))
+            Begin();
+        else
+            End("");
         return false;
     }
 
 private:
+    void Begin()
+    {
+        _inside = true;
+        _text.Clear();
+        Collect("/*\n");
+    }
+    void Collect(const char* s)
+    {
+        while (*s) _text.Append(*s++);
+    }
+    void End(const char* s)
+    {
+        _inside = false;
+        Collect(s);
+        AK_Object::_macroComment = AK_String(_text.begin(), _text.end());
+    }
+
     bool _inside = false;
+    AK_List<char> _text{1};
 };
 
 }   // namespace

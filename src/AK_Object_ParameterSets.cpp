@@ -56,27 +56,33 @@ static int IndexOfSet(const AK_String& name)
 
 namespace {
 
-// The (object, set) pairs under work: sets that name each other in a circle must neither set nor ask without end.
+// The (object, set) pairs under work: sets that name each other in a circle must neither set nor ask without end. Nor
+// may a file choose how deep sets are nested, or, by naming each set twice in the next, how many there are to set.
 class UnderWork {
 public:
-    UnderWork(const AK_Object* object, int set) : _pair{object, set}
+    UnderWork(const AK_Object* object, int set)
     {
-        for (const Pair& other : pairs) _again = _again || (other.object == object && other.set == set);
-        pairs.Append(_pair);
+        if (pairs.Size() == 0) begun = 0;
+        _refused = ++begun > maxBegun || pairs.Size() >= maxNested;
+        for (const Pair& other : pairs) _refused = _refused || (other.object == object && other.set == set);
+        pairs.Append(Pair{object, set});
     }
     ~UnderWork() { pairs.Remove(pairs.Size() - 1); }
     UnderWork(const UnderWork&) = delete;
     UnderWork& operator=(const UnderWork&) = delete;
-    bool Again() const { return _again; }
+    bool Refused() const { return _refused; }
 
 private:
+    static constexpr int maxNested = 50;
+    static constexpr int maxBegun = 10000;
+
     struct Pair {
         const AK_Object* object = nullptr;
         int set = -1;
     };
     static inline AK_List<Pair> pairs{1};
-    Pair _pair;
-    bool _again = false;
+    static inline int begun = 0;   // since the outermost
+    bool _refused = false;
 };
 
 }   // namespace
@@ -85,7 +91,7 @@ void AK_Object::ParameterSet(const AK_String& name)
 {
     const int index = IndexOfSet(name);
     const UnderWork work(this, index);
-    if (index >= 0 && !work.Again()) {
+    if (index >= 0 && !work.Refused()) {
         const AK_ParameterSet set = _parsets[index];   // a copy: a command may bring a new class, and so new sets
         for (int i = 0; i < set._attributes.Size(); ++i) {
             Set(set._attributes[i], set._values[i]);
@@ -107,7 +113,7 @@ bool AK_Object::IsParameterSet(int index) const
 {
     if (_parameterSet < 0 || index < 0) return false;
     const UnderWork work(this, index);
-    if (work.Again()) return false;
+    if (work.Refused()) return false;
     const AK_ParameterSet set = _parsets[index];
     const long stamp = ExecTime("ParameterSet");
     for (int i = set._attributes.Size() - 1; i >= 0; --i) {
@@ -126,7 +132,8 @@ bool AK_Object::IsParameterSet(int index) const
 
 AK_String AK_Object::ParameterSetOptions()
 {
-    AK_String options = AK_String("none") + ak_sep;
-    for (const AK_ParameterSet& set : _parsets) options = options + set._name + ak_sep;
-    return options;
+    AK_List<AK_String> names(_parsets.Size() + 1);
+    names.Append("none");
+    for (const AK_ParameterSet& set : _parsets) names.Append(set._name);
+    return AK_String(names, ak_sep);
 }

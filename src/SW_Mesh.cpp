@@ -105,7 +105,7 @@ void SW_Mesh::TakeGrid(const SW_Grid& grid)
     _xor = grid.xor_;
 }
 
-int SW_Mesh::BoundingBox(float* lo, float* hi)
+int SW_Mesh::BoundingBox(float* lo, float* hi) const
 {
     if (NumVertices() == 0) return 0;
     for (int k = 0; k < 3; ++k) {

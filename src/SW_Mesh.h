@@ -42,7 +42,7 @@ public:
     int SaveData(AK_Stream& stream) const override;
     int LoadData(AK_Stream& stream) override;
     /// 0 without vertices; else the extremes over all vertices and copies, and 1.
-    int BoundingBox(float* lo, float* hi) override;
+    int BoundingBox(float* lo, float* hi) const override;
 
     // ---- geometry: read freely, changed by the operations below
     AK_List<AK_Vec> _x{1};               // vertices, m
@@ -152,7 +152,25 @@ public:
 
     AK_String MeshNamesList() const;   // the other meshes of the tree, as paths from here
 
+    /// Writes the text of the coordinate system that came with the raster beside another one, so that a GIS puts that
+    /// in the right place. Nothing if none came. (SW_Mesh_Export.cpp)
+    void WriteProjectionBeside(const AK_String& raster) const;
+
+protected:
+    void Draw() override;   // (SW_Mesh_Draw.cpp)
+
 private:
+    void SetInclinationColor(const AK_Vec& normal) const;
+    void SetContourLineColor() const;
+    void DrawFaces() const;
+    void DrawContourLines() const;
+    void DrawBreakLines();
+    void DrawConnectivity();
+    void DrawNodeLabels() const;
+    void DrawCoordinateGrid() const;
+    static AK_String ReadProjection(const AK_String& path);
+    void WriteGrid(std::FILE* file) const;
+    void SizeGridForExport();
     void TakeGrid(const SW_Grid& grid);
     int RandomStartCell(const AK_Vec2& p) const;
     void RemoveAllCells();
@@ -169,11 +187,30 @@ private:
     AK_Vec _totalNormal;      // m2: sum of all area vectors
     mutable AK_List<AK_List<int>> _lvv{1};   // vertex -> neighbour vertices, built on demand
     std::unique_ptr<SW_ContourLines> _contourLines;
-    AK_String _projection;    // path of the ".prj" file that came with the raster, "" for none
+    AK_String _projection;   // text of the coordinate system that came with the raster, "" for none
 
     // What the next grid, cover or export is to be like. The cells of a regular mesh keep to _grid: these can be
     // changed at any time and come back from a saved project rounded to 15 digits.
     int _nx = 50, _ny = 20;
     double _dx = 5.0, _dy = 0;
     AK_Vec2 _xll{0, 0}, _xor{1000, 1000};
+    AK_String _baseMesh;
+    int _numNoDataIterations = 1000;   // 0 removes areas without data, anything else fills them
+
+    AK_Vec2 _xActive{0, 0};   // m: where HActive and NActive answer for
+    int _displayFaces = 1;
+    int _smoothShading = 1;
+    int _shadeIncl = 0;
+    double _inclMin = 30.0, _inclMax = 60.0;   // degrees
+    double _breakLinesAngle = 0.0;             // degrees
+    int _displayConnectivity = 0;
+    int _displayNodeLabels = 0;
+    int _drawGrid = 0;
+    double _gridSize = 100.0;   // m
+    int _displayContourLines = 1;
+    double _contourLinesMinorStep = 20.0, _contourLinesMajorStep = 100.0;   // m
+    double _contourLinesMinorWidth = 1.0, _contourLinesMajorWidth = 2.0;    // pixels
+    int _contourLinesLabelled = 1;
+    double _contourLinesLabelDistance = 500.0;   // m
+    AK_String _contourLinesLabelsFont = "TIMES_ROMAN_10";
 };

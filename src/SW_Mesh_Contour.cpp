@@ -137,12 +137,12 @@ static void DrawText(const AK_BitmapFont* font, const AK_String& text)
 void SW_ContourLine::Update() const
 {
     const AK_List<AK_Vec>& x = _line._x;
-    aglBegin(AGL_LINE_STRIP);
+    aglBegin(GL_LINE_STRIP);
     for (const AK_Vec& p : x) aglVertex3f(float(p.x), float(p.y), float(p.z));
     aglEnd();
     if (!_labelled || x.Size() == 0) return;
     const AK_String label(double(_value), "%g");
-    aglDisable(AGL_DEPTH_TEST);
+    aglDisable(GL_DEPTH_TEST);
     AK_Vec last = x[0];
     for (const AK_Vec& p : x) {
         if (!(Length(p - last) > double(_labelDistance)) || !(Length(p - x[0]) > double(_labelDistance))) continue;
@@ -150,7 +150,7 @@ void SW_ContourLine::Update() const
         DrawText(_font, label);
         last = p;
     }
-    aglEnable(AGL_DEPTH_TEST);
+    aglEnable(GL_DEPTH_TEST);
 }
 
 // ----------------------------------------------------------------------------------------------------------------

@@ -427,8 +427,7 @@ void SW_Mesh::ImportSideFiles(const AK_String& path)
         Set("TextureFileName", picture);
         break;
     }
-    const AK_String projection = SideFile(path, "prj");
-    _projection = AK_System::FileExists(projection) ? projection : AK_String();
+    _projection = ReadProjection(SideFile(path, "prj"));
 }
 
 void SW_Mesh::Import(const AK_String& path, int nReduce)
