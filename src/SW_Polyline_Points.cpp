@@ -12,6 +12,16 @@
 
 int AK_Polyline::_importXDICT = 0;
 
+void AK_Polyline::WidenBox(AK_Vec& lo, AK_Vec& hi, bool& isFirst) const
+{
+    for (const AK_Vec& p : _x) {
+        if (isFirst) lo = hi = p;
+        isFirst = false;
+        lo = {std::min(lo.x, p.x), std::min(lo.y, p.y), std::min(lo.z, p.z)};
+        hi = {std::max(hi.x, p.x), std::max(hi.y, p.y), std::max(hi.z, p.z)};
+    }
+}
+
 static constexpr int maxLine = 511;      // characters of a line of text
 static constexpr int maxNumber = 2000;   // characters of a token: a number of a thousand digits is a number
 
@@ -48,10 +58,8 @@ static std::string AnnotationLines(const AK_String& annotations)
 // One line a file
 // ----------------------------------------------------------------------------------------------------------------
 
-int AK_Polyline::ReadPoints(const AK_String& path, int dimension)
+void AK_Polyline::ReadPoints(AK_TextReader& reader, int dimension)
 {
-    AK_TextReader reader(path);
-    if (!reader.IsOpen()) return 1;
     _x.Clear();
     std::string found;
     AK_String line;
@@ -65,12 +73,21 @@ int AK_Polyline::ReadPoints(const AK_String& path, int dimension)
             _x.Append({x[0], x[1], dimension > 2 ? x[2] : 0});
     }
     if (!found.empty()) annotations = found.c_str();
-    return 0;
 }
 
-int AK_Polyline::ReadXy(const AK_String& path) { return ReadPoints(path, 2); }
+int AK_Polyline::ReadXy(const AK_String& path)
+{
+    AK_TextReader reader(path);
+    if (reader.IsOpen()) ReadPoints(reader, 2);
+    return reader.IsOpen() ? 0 : 1;
+}
 
-int AK_Polyline::ReadXyz(const AK_String& path) { return ReadPoints(path, 3); }
+int AK_Polyline::ReadXyz(const AK_String& path)
+{
+    AK_TextReader reader(path);
+    if (reader.IsOpen()) ReadPoints(reader, 3);
+    return reader.IsOpen() ? 0 : 1;
+}
 
 int AK_Polyline::WritePoints(const AK_String& path, int dimension) const
 {

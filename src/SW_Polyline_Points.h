@@ -17,6 +17,13 @@
 
 #include <ostream>
 
+inline void ToFloats(const AK_Vec& v, float* out)
+{
+    out[0] = float(v.x);
+    out[1] = float(v.y);
+    out[2] = float(v.z);
+}
+
 /// A plain value.
 class AK_Polyline {
 public:
@@ -30,6 +37,8 @@ public:
 
     /// The annotation "name", "" if there is none.
     AK_String Name() const { return annotations.KeyValue("name", '=', ';'); }
+    /// Makes a box the one around the points; `isFirst` tells that it holds nothing yet and becomes false with a point.
+    void WidenBox(AK_Vec& lo, AK_Vec& hi, bool& isFirst) const;
 
     // ---- one line a file (SW_Polyline_Points.cpp)
 
@@ -37,6 +46,8 @@ public:
     /// 511 characters holds no point, and an annotation of that length is cut. 1 if the file cannot be opened.
     int ReadXy(const AK_String& path);
     int ReadXyz(const AK_String& path);
+    /// The rest of a file likewise, with 2 or 3 coordinates a point.
+    void ReadPoints(AK_TextReader& reader, int dimension);
     /// 1 if the file cannot be written.
     int WriteXy(const AK_String& path) const;
     int WriteXyz(const AK_String& path) const;
@@ -63,9 +74,6 @@ public:
     int ReadFromDxf(AK_TextReader& reader, AK_String& label);
     /// Old-style, closed: readers of the format join the last vertex with the first.
     void WriteToDxf(const AK_String& layer, std::ostream& stream, int precision) const;
-    /// What frames the lines of a DXF file.
-    static constexpr const char* dxfBegin = "  0\nSECTION\n  2\nENTITIES\n";
-    static constexpr const char* dxfEnd = "  0\nENDSEC\n  0\nEOF\n";
 
     /// The name that the extended data of a DXF file give to a label with "_XDICT_", a handle and "_" in it; `value`
     /// becomes the depth there, if there is one. The label itself if it is no such label or no name is found.
@@ -74,6 +82,5 @@ public:
     static AK_String EntitiesOfDxf(const AK_String& path);
 
 private:
-    int ReadPoints(const AK_String& path, int dimension);
     int WritePoints(const AK_String& path, int dimension) const;
 };
