@@ -277,8 +277,8 @@ bool AK_Object::ParseRemoteCommand(const AK_String& text, AK_String& path, AK_St
 int AK_Object::SetForAllObjectsOfType(const AK_String& type, const AK_String& attr, const AK_String& value)
 {
     const Call running(this);   // what is set may make and delete objects, this one included
-    int known = IsOfType(type) ? Set(attr, value) : 0;
     const AK_List<AK_Object*> components = _components;
+    int known = IsOfType(type) ? Set(attr, value) : 0;
     for (AK_Object* component : components) {
         const bool stillListed = _components.IndexOf(component) >= 0;
         if (stillListed && component->_parent == this) known += component->SetForAllObjectsOfType(type, attr, value);

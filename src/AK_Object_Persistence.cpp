@@ -78,7 +78,8 @@ void AK_Object::SaveAs(const AK_String& dir)
     _projectDir = dir;
     AK_System::CreateDir(dir);
     const long modified = ModificationTime();
-    const bool clean = ExecTime("Save") >= modified || ExecTime("Load") >= modified;
+    // The object's own stamps: a group answers with those of its members.
+    const bool clean = AK_Object::ExecTime("Save") >= modified || AK_Object::ExecTime("Load") >= modified;
     if (clean && AK_System::FileExists(atr) && AK_System::FileExists(dat)) return;
 
     AK_MSG("saving " << _id << " to " << dir);
