@@ -10,15 +10,14 @@
 
 static double NumberIn(const AK_String& text) { return std::strtod(text.c_str(), nullptr); }
 
-AK_Colorbar::AK_Colorbar(const AK_String& id, AK_Object* parent) : AK_Class(id, parent)
+AK_Colorbar::AK_Colorbar(const AK_String& id, AK_Object* parent)
+    : AK_Class(id, parent),
+      _header(_id + "_header", this),
+      _minLabel(_id + "_min_label", this),
+      _maxLabel(_id + "_max_label", this)
 {
     ReadClassFiles();
-    _header = new AK_Text2d(_id + "_header", this);
-    _minLabel = new AK_Text2d(_id + "_min_label", this);
-    _maxLabel = new AK_Text2d(_id + "_max_label", this);
-    AddComponent(_header);
-    AddComponent(_minLabel);
-    AddComponent(_maxLabel);
+    _autoColored = 1;   // lines and labels readable on any background
     RunInitializationCommands();
 }
 
@@ -44,7 +43,8 @@ std::span<const AK_Colorbar::Row> AK_Colorbar::Rows()
         {"StepValuesVis",        editable<[](const C& c) { return !c._autoscale && c._arbitrarySteps; }>},
         {"DisplayLabels",        value<&C::_displayLabels>},
         {"DisplayInterLabels",   value<&C::_displayInterLabels>},
-        {"NumSignificantDigits", value<&C::_numSignificantDigits>},
+        {"NumSignificantDigits", pair<[](const C& c) { return c._numSignificantDigits; },
+                                      [](C& c, int n) { c.NumSignificantDigits(n); }>},
         {"Font",                 value<&C::_font>},
         {"FontList",             shown<[](const C&) { return AK_Text2d::FontList(); }>},
         {"Size",                 finiteValue<C, &C::_size>},
@@ -61,6 +61,7 @@ std::span<const AK_Colorbar::Row> AK_Colorbar::Rows()
         {"Label",                shown<[](const C& c) { return c.Label(); }>},
         {"Unit",                 shown<&C::Unit>},
         {"Attribute",            shown<&C::Attribute>},
+        {"AttributeShort",       shown<&C::AttributeShort>},
         {"HorizontalAlignmentOpts",
                                  shown<[](const C&) { return AK_String("left") + ak_sep + "center" + ak_sep + "right"; }>},
         {"VerticalAlignmentOpts", shown<[](const C&) { return AK_String("top") + ak_sep + "bottom"; }>},
@@ -121,6 +122,26 @@ AK_String AK_Colorbar::Attribute() const
     return AK_String(before ? before + 1 : label, colons.ofUnit);
 }
 
+AK_String AK_Colorbar::AttributeShort() const
+{
+    static constexpr const char* shortForms[][2] = {
+        {"flow depth", "fd"},
+        {"velocity", "v"},
+        {"dynamic peak pressure", "ppr"},
+        {"bottom pressure", "bp"},
+        {"peak flow depth", "pfd"},
+        {"peak force per width", "pfw"},
+        {"peak torque per width", "ptw"},
+        {"front arrival time", "fat"},
+        {"entrainment mass", "em"},
+        {"entrainment enthalpy", "ee"},
+    };
+    const AK_String attribute = Attribute();
+    for (const auto& [name, shortForm] : shortForms)
+        if (attribute == name) return shortForm;
+    return "";
+}
+
 // ----------------------------------------------------------------------------------------------------------------
 // Range and steps
 // ----------------------------------------------------------------------------------------------------------------
@@ -149,6 +170,15 @@ void AK_Colorbar::Segments(int n)
         _execStatus = AK_String("the number of segments must be from 1 to ") + AK_String(maxSegments, "%d");
     else
         _segments = n;
+}
+
+void AK_Colorbar::NumSignificantDigits(int n)
+{
+    if (n < 1 || n > maxSignificantDigits)
+        _execStatus =
+            AK_String("the number of significant digits must be from 1 to ") + AK_String(maxSignificantDigits, "%d");
+    else
+        _numSignificantDigits = n;
 }
 
 void AK_Colorbar::StepValues(const AK_String& values)

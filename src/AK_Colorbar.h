@@ -23,13 +23,16 @@ public:
     ~AK_Colorbar() override;
 
     // ---- label
-    const AK_String& Label() const { return _header->Text(); }
-    void Label(const AK_String& label) { _header->Text(label); }
+    const AK_String& Label() const { return _header.Text(); }
+    void Label(const AK_String& label) { _header.Text(label); }
     /// The text between "[" and "]" of the label; without these what follows its last ":" (the one before, if the last
     /// begins ":vec."); else "".
     AK_String Unit() const;
     /// The text between the first blank and " [" of the label; else the piece between its last two ":"; else "".
     AK_String Attribute() const;
+    /// The short form of the attribute for names of files and layers, "ppr" for "dynamic peak pressure"; "" for one
+    /// that has none.
+    AK_String AttributeShort() const;
 
     // ---- range and steps
     int Autoscale() const { return _autoscale; }
@@ -73,14 +76,32 @@ public:
     /// "none" and the names of the tables in the attribute directories, each followed by "%AK_SEP%".
     static AK_String ColorTableOptions();
 
+    /// Takes over the range remembered for the unit, unless it follows the data; then draws bar and labels.
+    void Update() override;
+
     static constexpr int maxSegments = 10000;
-    static AK_String _colorTable;         // name, "none" without a table
-    static AK_List<float> _tableColors;   // r, g, b triples
+    static constexpr int maxSignificantDigits = 17;   // tell all doubles apart
+    static AK_String _colorTable;                     // name, "none" without a table
+    static AK_List<float> _tableColors;               // r, g, b triples
     static int _greyscale;
     static float _minColorToBackgroundFadingRange;   // share of the range, from its low end
 
+protected:
+    void Draw() override;
+
 private:
+    void NumSignificantDigits(int n);
     float PositionInSteps(double value) const;
+
+    // ---- picture (AK_Colorbar_Draw.cpp); lengths are shares of the picture
+    AK_Floats<2> LowerLeftCorner(float lineHeight) const;
+    AK_String NumberText(double value) const;
+    void PlaceLabels();
+    void DrawSteps(int n) const;
+    void SetTableColor(int i) const;
+    void DrawLines(int n) const;
+    void DrawInterLabels(int n, const AK_BitmapFont* font, float y) const;
+    void UpdateTexture();
 
     int _autoscale = 1;
     double _min = 0, _max = 1;   // in the field's unit
@@ -97,9 +118,8 @@ private:
     AK_Floats<2> _size{0.3f, 0.02f};   // shares of the picture's width and height
     AK_String _horizontalAlignment = "right";
     AK_String _verticalAlignment = "bottom";
-    unsigned _texture = 0;     // name of the table's one-dimensional texture, 0 for none
-    float _textureScale = 1;   // texture coordinate of the upper end of the range
-    AK_Text2d* _header;        // these three are components of this object
-    AK_Text2d* _minLabel;
-    AK_Text2d* _maxLabel;
+    unsigned _texture = 0;                     // name of the table's one-dimensional texture, 0 for none
+    float _textureScale = 0;                   // texture coordinate of the upper end of the bar
+    AK_List<unsigned char> _texPixels{1};      // r, g, b
+    AK_Text2d _header, _minLabel, _maxLabel;   // parts of this object, not of the tree
 };

@@ -88,6 +88,8 @@ void AK_Colorbar::BeginColor() const
     if (_arbitrarySteps) NumSteps();   // SetColor looks the steps up
     if (!_texture) return;
     aglBindTexture(GL_TEXTURE_1D, _texture);
+    aglTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, float(GL_MODULATE));
+    aglColor4f(1, 1, 1, _opacity);   // which the texture's colours multiply
     aglEnable(GL_TEXTURE_1D);
 }
 

@@ -30,24 +30,16 @@ void AK_VisObj2d::Set2dProjection()
     aglMultMatrixf(_projectionBaseMatrix);
 }
 
-void AK_VisObj2d::SetOrigin(float x, float y)
+// A number so large that 1 does not change it stays as it is.
+void AK_VisObj2d::CountPositionFromNearEdges()
 {
-    aglMatrixMode(GL_MODELVIEW);
-    aglPopMatrix();
-    aglPushMatrix();
-    aglLoadIdentity();
-    aglTranslatef(x, y, 0);
-}
-
-// Counted from the far edge as long as it is negative. A number so large that 1 does not change it stays as it is.
-static float FromNearEdge(float position)
-{
-    while (position < 0) {
-        const float next = position + 1.0f;
-        if (next == position) break;
-        position = next;
+    for (float& component : _position.v) {
+        while (component < 0) {
+            const float next = component + 1.0f;
+            if (next == component) break;
+            component = next;
+        }
     }
-    return position;
 }
 
 void AK_VisObj2d::Update()
@@ -55,8 +47,12 @@ void AK_VisObj2d::Update()
     if (!IsShown()) return;
     AK_VisibleObject::Update();
     Set2dProjection();
-    for (float& component : _position.v) component = FromNearEdge(component);
-    SetOrigin(_position[0], _position[1]);
+    aglMatrixMode(GL_MODELVIEW);
+    aglPopMatrix();
+    aglPushMatrix();
+    aglLoadIdentity();
+    CountPositionFromNearEdges();
+    aglTranslatef(_position[0], _position[1], 0);
     aglEnable(GL_DEPTH_TEST);
     Draw();
 }

@@ -33,8 +33,8 @@ public:
     static float _projectionBaseMatrix[16];
 
 protected:
-    /// Sets the origin of what is drawn next to a place of the overlay.
-    static void SetOrigin(float x, float y);
-
     AK_Floats<2> _position{0, 0};
+
+private:
+    void CountPositionFromNearEdges();
 };

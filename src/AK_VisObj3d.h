@@ -14,6 +14,8 @@
 
 #include "AK_VisibleObject.h"
 
+struct AK_CloneContext;
+
 /// Base of the objects of the world. Type "VisObj3d".
 class AK_VisObj3d : public AK_Class<AK_VisObj3d, AK_VisibleObject> {
 public:
@@ -51,7 +53,7 @@ private:
     void NumberOfRotatedCopies(int n);
     void RotatedCopiesAxisDir(const AK_String& text);
     void CloneTrafos(const AK_String& text);
-    void DrawRotatedCopies();
+    void DrawRotatedCopies(const AK_CloneContext& drawing);
     void DrawRotationAxis() const;
     static void draw_clone(int flipped, void* object);
 

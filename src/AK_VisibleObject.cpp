@@ -4,7 +4,10 @@
 
 #include "AK_sogl.h"
 
+#include <algorithm>
+#include <cfloat>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 int AK_VisibleObject::_enabledDisplayLists = 1;
@@ -28,7 +31,7 @@ AK_String AK_FloatsText(const float* numbers, int n)
     return text;
 }
 
-bool AK_ReadFinite(const AK_String& text, double* numbers, int n, double limit)
+bool AK_ReadFinite(const AK_String& text, double* numbers, int n)
 {
     constexpr int mostNumbers = 4;
     AK_ASSERT(n <= mostNumbers);
@@ -37,7 +40,7 @@ bool AK_ReadFinite(const AK_String& text, double* numbers, int n, double limit)
     for (int i = 0; i < n; ++i) {
         char* end;
         read[i] = std::strtod(next, &end);
-        if (end == next || !(std::fabs(read[i]) <= limit)) {
+        if (end == next || !(std::fabs(read[i]) <= FLT_MAX)) {
             AK_Object::_execStatus =
                 n == 1 ? AK_String("'") + text + "' is not a finite number"
                        : AK_String("'") + text + "' does not give " + AK_String(n, "%d") + " finite numbers";
@@ -52,14 +55,14 @@ bool AK_ReadFinite(const AK_String& text, double* numbers, int n, double limit)
 void AK_AssignFinite(float& value, const AK_String& text)
 {
     double number;
-    if (AK_ReadFinite(text, &number, 1, FLT_MAX)) value = float(number);
+    if (AK_ReadFinite(text, &number, 1)) value = float(number);
 }
 
-void AK_AssignFinite(double& value, const AK_String& text) { AK_ReadFinite(text, &value, 1, DBL_MAX); }
+void AK_AssignFinite(double& value, const AK_String& text) { AK_ReadFinite(text, &value, 1); }
 
-void AK_AssignFinite(AK_Vec& value, const AK_String& text) { AK_ReadFinite(text, &value.x, 3, DBL_MAX); }
+void AK_AssignFinite(AK_Vec& value, const AK_String& text) { AK_ReadFinite(text, &value.x, 3); }
 
-void AK_AssignFinite(AK_Vec2& value, const AK_String& text) { AK_ReadFinite(text, &value.x, 2, DBL_MAX); }
+void AK_AssignFinite(AK_Vec2& value, const AK_String& text) { AK_ReadFinite(text, &value.x, 2); }
 
 // ----------------------------------------------------------------------------------------------------------------
 // Attributes; their defaults stand with the members
@@ -103,6 +106,28 @@ std::span<const AK_VisibleObject::Row> AK_VisibleObject::Rows()
         {"PolygonOffsetFill",    value<&V::_polygonOffsetFill>},
         {"PolygonOffsetLine",    value<&V::_polygonOffsetLine>},
         {"PolygonOffsetFactors", finiteValue<V, &V::_polygonOffsetFactors>},
+        {"Textured",             pair<[](const V& v) { return v._textured; }, [](V& v, int on) { v.Textured(on); }>},
+        {"TextureFileName",      pair<[](const V& v) { return v._textureFileName; },
+                                      [](V& v, const AK_String& name) { v.TextureFileName(name); }>},
+        {"TextureRepeat",        pair<[](const V& v) { return v._textureRepeat; },
+                                      [](V& v, int on) { v.TextureRepeat(on); }>},
+        {"TextureMaxSize",       pair<[](const V& v) { return v._textureMaxSize; },
+                                      [](V& v, int pixels) { v.TextureMaxSize(pixels); }>},
+        {"TextureParametersS",   finiteValue<V, &V::_textureParametersS>},
+        {"TextureParametersT",   finiteValue<V, &V::_textureParametersT>},
+        {"TexturePosX0",         finiteValue<V, &V::_texturePosX0>},
+        {"TexturePosX1",         finiteValue<V, &V::_texturePosX1>},
+        {"TexturePosX2",         finiteValue<V, &V::_texturePosX2>},
+        {"TextureWorldPosX0",    finiteValue<V, &V::_textureWorldPosX0>},
+        {"TextureWorldPosX1",    finiteValue<V, &V::_textureWorldPosX1>},
+        {"TextureWorldPosX2",    finiteValue<V, &V::_textureWorldPosX2>},
+        {"TextureTiles",         pair<[](const V& v) { return v.TextureTiles(); },
+                                      [](V& v, const AK_String& list) { v.TextureTiles(list); }>},
+        {"TextureFit",           command<&V::TextureFit>},
+        {"ApplyTextureReference", command<&V::ApplyTextureReference>},
+        {"SaveTexPar",           command<&V::SaveTexPar>},
+        {"TextureTileAdd",       command<&V::TextureTileAdd>},
+        {"TextureTilesLoad",     command<&V::TextureTilesLoad>},
         {"JpgQuality",           value<&V::_jpgQuality>},
         {"BoundingBox",          shown<&V::BoundingBoxText>},
         {"EnabledDisplayLists",  shared<&V::_enabledDisplayLists>},

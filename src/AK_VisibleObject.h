@@ -17,8 +17,6 @@
 
 #include "AK_Object_Class.h"
 
-#include <cfloat>
-
 // ----------------------------------------------------------------------------------------------------------------
 // Numbers of attributes that must be finite
 // ----------------------------------------------------------------------------------------------------------------
@@ -45,8 +43,8 @@ AK_String AK_ToText(const AK_Floats<n>& value, const char*)
 }
 
 /// Reads the n numbers that a text begins with. False, with a status text and nothing stored, unless there are n and
-/// each is finite and no larger than `limit`.
-bool AK_ReadFinite(const AK_String& text, double* numbers, int n, double limit);
+/// each is finite as a float, since the drawing calls take floats.
+bool AK_ReadFinite(const AK_String& text, double* numbers, int n);
 
 /// The value that the text gives; a text that AK_ReadFinite refuses leaves it as it is.
 void AK_AssignFinite(float& value, const AK_String& text);
@@ -57,7 +55,7 @@ template <int n>
 void AK_AssignFinite(AK_Floats<n>& value, const AK_String& text)
 {
     double numbers[n];
-    if (!AK_ReadFinite(text, numbers, n, FLT_MAX)) return;
+    if (!AK_ReadFinite(text, numbers, n)) return;
     for (int i = 0; i < n; ++i) value[i] = float(numbers[i]);
 }
 
@@ -95,6 +93,7 @@ public:
 
     /// True if the object takes part in drawing: it is active and its Visibility is set.
     bool IsShown() const { return _active && _visibility; }
+    void Visibility(int on) { _visibility = on; }
 
     /// Draws on in the inverse of a colour (r, g, b, 0 to 1), with the object's opacity.
     void SetInverseColor(const float* colour) const;
@@ -156,6 +155,20 @@ protected:
 private:
     void SetDrawingState() const;
     void SetTexturingState() const;
+    AK_String TextureTiles() const { return AK_String(_textureTiles, ak_sep); }
+    void TextureTiles(const AK_String& list);
+
+    // A picture is read when its name is set or texturing is switched on, so that parameters that are set later win
+    // over those that come with it.
+    bool HasPicture() const { return _textured && !_textureFileName.IsEmpty(); }
+    void Textured(int on);
+    void TextureFileName(const AK_String& name);
+    void TextureRepeat(int on);
+    void TextureMaxSize(int pixels);
+    bool LoadPicture(int* fileWidth, int* fileHeight);
+    void MakeTexture(const unsigned char* image, int width, int height);
+    bool LoadTexPar(const AK_String& name);
+    void LoadWorldFile(const AK_String& name, int width, int height);
 
     unsigned _texture = 0;   // name of the table's texture, 0 for none
 };
