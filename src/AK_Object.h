@@ -360,6 +360,8 @@ protected:
     void RemoveReferencesInto(const AK_Object* ancestor);
     AK_String Explanation(const AK_String& command, const AK_String& attr, const AK_String& value) const;
     void ExecCommandFile(const AK_String& name, int noExplain);
+    class CodeOf;   // what formula code runs in on behalf of an object
+    void RunLoadedCode(const char* function);
     /// The description whose attributes are saved.
     virtual const AK_Attribute* AttributesToSave() const { return Attributes(); }
     void SaveAttributesTo(const AK_String& file, bool recursively) const;
