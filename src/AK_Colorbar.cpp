@@ -23,7 +23,7 @@ AK_Colorbar::AK_Colorbar(const AK_String& id, AK_Object* parent)
 
 AK_Colorbar::~AK_Colorbar()
 {
-    if (_texture) aglDeleteTextures(1, &_texture);
+    if (_barTexture) aglDeleteTextures(1, &_barTexture);
 }
 
 std::span<const AK_Colorbar::Row> AK_Colorbar::Rows()

@@ -118,7 +118,7 @@ private:
     AK_Floats<2> _size{0.3f, 0.02f};   // shares of the picture's width and height
     AK_String _horizontalAlignment = "right";
     AK_String _verticalAlignment = "bottom";
-    unsigned _texture = 0;                     // name of the table's one-dimensional texture, 0 for none
+    unsigned _barTexture = 0;                     // name of the table's one-dimensional texture, 0 for none
     float _textureScale = 0;                   // texture coordinate of the upper end of the bar
     AK_List<unsigned char> _texPixels{1};      // r, g, b
     AK_Text2d _header, _minLabel, _maxLabel;   // parts of this object, not of the tree

@@ -62,7 +62,7 @@ void AK_Colorbar::SetColor(double value, float alpha) const
 {
     if (_transparent) return;
     const float t = float((value - _min) / (_max - _min));
-    if (!_texture) {
+    if (!_barTexture) {
         float r, g, b;
         GetValueColor(t, r, g, b);
         aglColor4f(r, g, b, alpha);
@@ -86,8 +86,8 @@ float AK_Colorbar::PositionInSteps(double value) const
 void AK_Colorbar::BeginColor() const
 {
     if (_arbitrarySteps) NumSteps();   // SetColor looks the steps up
-    if (!_texture) return;
-    aglBindTexture(GL_TEXTURE_1D, _texture);
+    if (!_barTexture) return;
+    aglBindTexture(GL_TEXTURE_1D, _barTexture);
     aglTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, float(GL_MODULATE));
     aglColor4f(1, 1, 1, _opacity);   // which the texture's colours multiply
     aglEnable(GL_TEXTURE_1D);
@@ -95,7 +95,7 @@ void AK_Colorbar::BeginColor() const
 
 void AK_Colorbar::EndColor() const
 {
-    if (_texture) aglDisable(GL_TEXTURE_1D);
+    if (_barTexture) aglDisable(GL_TEXTURE_1D);
 }
 
 // ----------------------------------------------------------------------------------------------------------------

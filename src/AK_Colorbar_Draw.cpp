@@ -101,7 +101,7 @@ void AK_Colorbar::DrawSteps(int n) const
             aglBegin(GL_QUADS);
             for (const int end : {0, 1}) {
                 SetColor(lower + (upper - lower) * ends[end], _opacity);
-                if (_discreteColors && !_transparent && !_texture) SetTableColor(i);   // the texture has them
+                if (_discreteColors && !_transparent && !_barTexture) SetTableColor(i);   // the texture has them
                 const float x = _size[0] * float((i + ends[end]) / n);
                 aglVertex2f(x, end == 0 ? 0 : _size[1]);
                 aglVertex2f(x, end == 0 ? _size[1] : 0);
@@ -157,8 +157,8 @@ void AK_Colorbar::DrawInterLabels(int n, const AK_BitmapFont* font, float y) con
 
 void AK_Colorbar::UpdateTexture()
 {
-    if (!_texture) aglGenTextures(1, &_texture);
-    if (!_texture) return;
+    if (!_barTexture) aglGenTextures(1, &_barTexture);
+    if (!_barTexture) return;
     const int n = NumSteps();
     const int used = _discreteColors && n <= textureWidth ? textureWidth / n * n : textureWidth;   // whole steps
     _textureScale = float(used) / textureWidth;
@@ -174,7 +174,7 @@ void AK_Colorbar::UpdateTexture()
             _texPixels[3 * x + channel] = static_cast<unsigned char>(rgb[channel] * 255 + 0.5f);
     }
     const int filter = _discreteColors ? GL_NEAREST : GL_LINEAR;
-    aglBindTexture(GL_TEXTURE_1D, _texture);
+    aglBindTexture(GL_TEXTURE_1D, _barTexture);
     aglPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     aglTexParameteri(GL_TEXTURE_1D, GL_TEXTURE_WRAP_S, GL_CLAMP);
     aglTexParameteri(GL_TEXTURE_1D, GL_TEXTURE_MAG_FILTER, filter);
