@@ -89,7 +89,7 @@ int SW_Polyline::BoundingBox(float* lo, float* hi) const
 
 static constexpr double farthest = 1e30;   // m, and m2: what lies beyond is not found
 
-static bool ReadPoint(const AK_String& text, AK_Vec& p) { return AK_ReadFinite(text, &p.x, 3, FLT_MAX); }
+static bool ReadPoint(const AK_String& text, AK_Vec& p) { return AK_ReadFinite(text, &p.x, 3); }
 
 bool SW_Polyline::FindVertex(const AK_String& text, int& vertex) const
 {
@@ -200,7 +200,7 @@ void SW_Polyline::ListPoints()
 void SW_Polyline::ProjectedDistance(const AK_String& text)
 {
     AK_Vec2 p;
-    if (!AK_ReadFinite(text, &p.x, 2, FLT_MAX)) return;
+    if (!AK_ReadFinite(text, &p.x, 2)) return;
     _execStatus = AK_String("INFO: distance to ") + AK_ToText(p, nullptr) + " is " + AK_ToText(Distance(p), nullptr);
 }
 

@@ -51,8 +51,9 @@ TEST_F(SW_Mesh_Query, FindsTheCellUnderRandomPointsOfEveryKindOfMesh)
                 ASSERT_GE(cell, 0) << p.x << " " << p.y;
                 ASSERT_TRUE(Contains(*kind.mesh, cell, p)) << p.x << " " << p.y;
                 hint = cell;
-            } else if (p.x >= 0 && p.y >= 0 && !kind.mesh->IsHoneyComb())
+            } else if (p.x >= 0 && p.y >= 0 && !kind.mesh->IsHoneyComb()) {
                 ASSERT_LT(cell, 0) << p.x << " " << p.y;
+            }
         }
     }
 }

@@ -22,7 +22,7 @@ class TerrainTest : public testing::Test {
 protected:
     TerrainTest()
     {
-        setenv("HOME", directory.Name().c_str(), 1);
+        setenv("HOME", directory.Path().c_str(), 1);
         AK_Object::SetAttributesDirectory(KORVO_SOURCE_DIR "/files/AK_Attributes");
         AK_Object::_execStatus = "";
     }
