@@ -61,15 +61,17 @@ AK_String SW_LineContainer::MeshNamesList() const
 std::span<const AK_Row> SW_Polylines::Rows()
 {
     using S = SW_Polylines;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"Create", command<&S::Create>},
-        {"CreateSet", command<&S::CreateSet>},
-        {"Import", command<&S::Import>},
-        {"ImportSet", command<&S::ImportSet>},
-        {"ProjectOnto", command<&S::ProjectOnto>},
-        {"BaseMeshName", pair<&S::BaseMeshName, &S::SetBaseMeshName>},
+        {"Create",        command<&S::Create>},
+        {"CreateSet",     command<&S::CreateSet>},
+        {"Import",        command<&S::Import>},
+        {"ImportSet",     command<&S::ImportSet>},
+        {"ProjectOnto",   command<&S::ProjectOnto>},
+        {"BaseMeshName",  pair<&S::BaseMeshName, &S::SetBaseMeshName>},
         {"MeshNamesList", shown<&S::MeshNamesList>},
     };
+    // clang-format on
     return rows;
 }
 
@@ -124,13 +126,15 @@ bool SW_Polylines::LoadDxfFile(const AK_String& path, AK_List<AK_Polyline>& line
 std::span<const AK_Row> SW_Polygons::Rows()
 {
     using S = SW_Polygons;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"Create", command<&S::Create>},
-        {"Import", command<&S::Import>},
-        {"ProjectOnto", command<&S::ProjectOnto>},
-        {"BaseMeshName", pair<&S::BaseMeshName, &S::SetBaseMeshName>},
+        {"Create",        command<&S::Create>},
+        {"Import",        command<&S::Import>},
+        {"ProjectOnto",   command<&S::ProjectOnto>},
+        {"BaseMeshName",  pair<&S::BaseMeshName, &S::SetBaseMeshName>},
         {"MeshNamesList", shown<&S::MeshNamesList>},
     };
+    // clang-format on
     return rows;
 }
 

@@ -81,19 +81,21 @@ private:
 
 }   // namespace
 
+// clang-format off
 constexpr PolylineReader::Rule PolylineReader::rules[] = {
-    {lightHeader, "  8", lightLayer, Value::none, nullptr},
-    {lightHeader, " 90", lightNumber, Value::none, nullptr},
-    {lightVertices, " 10", lightVertices, Value::x, &PolylineReader::AppendLightVertex},
-    {lightVertices, " 20", lightVertices, Value::y, nullptr},
-    {lightVertices, " 38", lightVertices, Value::elevation, nullptr},
-    {oldHeader, "  8", oldLayer, Value::none, nullptr},
-    {oldHeader, "VERTEX", oldVertices, Value::none, &PolylineReader::AppendOldVertex},
-    {oldVertices, "VERTEX", oldVertices, Value::none, &PolylineReader::AppendOldVertex},
-    {oldVertices, " 10", oldVertices, Value::x, nullptr},
-    {oldVertices, " 20", oldVertices, Value::y, nullptr},
-    {oldVertices, " 30", oldVertices, Value::z, nullptr},
+    {lightHeader,   "  8",    lightLayer,    Value::none,      nullptr},
+    {lightHeader,   " 90",    lightNumber,   Value::none,      nullptr},
+    {lightVertices, " 10",    lightVertices, Value::x,         &PolylineReader::AppendLightVertex},
+    {lightVertices, " 20",    lightVertices, Value::y,         nullptr},
+    {lightVertices, " 38",    lightVertices, Value::elevation, nullptr},
+    {oldHeader,     "  8",    oldLayer,      Value::none,      nullptr},
+    {oldHeader,     "VERTEX", oldVertices,   Value::none,      &PolylineReader::AppendOldVertex},
+    {oldVertices,   "VERTEX", oldVertices,   Value::none,      &PolylineReader::AppendOldVertex},
+    {oldVertices,   " 10",    oldVertices,   Value::x,         nullptr},
+    {oldVertices,   " 20",    oldVertices,   Value::y,         nullptr},
+    {oldVertices,   " 30",    oldVertices,   Value::z,         nullptr},
 };
+// clang-format on
 
 void PolylineReader::WarnOfFaults() const
 {

@@ -40,11 +40,16 @@ static bool ReadAno(AK_TextReader& reader, SW_LineOfFile& next)
     return next.line.ReadFromAno(reader, next.name, next.colour) == 0;
 }
 
+// clang-format off
 static constexpr SW_LineFormat formats[] = {
-    {"xy", ReadWholeFile<2>, nullptr, false, "p_"}, {"xyz", ReadWholeFile<3>, nullptr, false, "p_"},
-    {"nxyz", ReadNxyz, "_%04d", false, "p_"},       {"dxf", ReadDxf, "_%04d", true, "pl_"},
-    {"DXF", ReadDxf, "_%04d", true, "pl_"},         {"ano", ReadAno, "_%d", false, "pl_"},
+    {"xy",   ReadWholeFile<2>, nullptr, false, "p_"},
+    {"xyz",  ReadWholeFile<3>, nullptr, false, "p_"},
+    {"nxyz", ReadNxyz,         "_%04d", false, "p_"},
+    {"dxf",  ReadDxf,          "_%04d", true,  "pl_"},
+    {"DXF",  ReadDxf,          "_%04d", true,  "pl_"},
+    {"ano",  ReadAno,          "_%d",   false, "pl_"},
 };
+// clang-format on
 
 const SW_LineFormat* SW_FormatOfExtension(const AK_String& extension)
 {
@@ -182,15 +187,20 @@ void SW_Polyline::Export(const AK_String& path)
 
 void SW_Polyline::SetColor(const AK_String& colour)
 {
+    // clang-format off
     static constexpr struct {
         const char* word;
         AK_Color color;
     } words[] = {
-        {"lblue", {0.5f, 0.5f, 1}},   // light blue
-        {"blue", {0, 0, 1}},        {"red", {1, 0, 0}},
-        {"green", {0, 1, 0}},       {"yello", {1, 1, 0}},   // so the files spell it
-        {"cyan", {0, 1, 1}},        {"magenta", {1, 0, 1}},
+        {"lblue",   {0.5f, 0.5f, 1}},   // light blue
+        {"blue",    {0, 0, 1}},
+        {"red",     {1, 0, 0}},
+        {"green",   {0, 1, 0}},
+        {"yello",   {1, 1, 0}},         // so the files spell it
+        {"cyan",    {0, 1, 1}},
+        {"magenta", {1, 0, 1}},
     };
+    // clang-format on
     _autoColored = 1;
     for (const auto& word : words) {
         if (!(colour == word.word)) continue;

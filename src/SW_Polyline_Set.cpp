@@ -13,28 +13,28 @@
 std::span<const AK_Row> SW_PolylineSet::Rows()
 {
     using S = SW_PolylineSet;
-    using Text = const AK_String&;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"Import", command<&S::Import>},
-        {"Export", command<&S::Export>},
-        {"ProjectOnto", command<&S::ProjectOnto>},
-        {"BaseMeshName", pair<[](const S& set) { return set._baseMesh.Path(set); },
-                              [](S& set, Text name) { set._baseMesh.Set(name); }>},
-        {"MeshNamesList", shown<[](const S& set) { return SW_PathsOfType(set, "DHM"); }>},
-        {"PolylinesList", shown<[](const S& set) { return SW_PathsOfType(set, "Polyline"); }>},
+        {"Import",          command<&S::Import>},
+        {"Export",          command<&S::Export>},
+        {"ProjectOnto",     command<&S::ProjectOnto>},
+        {"BaseMeshName",    pair<&S::BaseMeshName, &S::SetBaseMeshName>},
+        {"MeshNamesList",   shown<[](const S& set) { return SW_PathsOfType(set, "DHM"); }>},
+        {"PolylinesList",   shown<[](const S& set) { return SW_PathsOfType(set, "Polyline"); }>},
 
-        {"Select", command<&S::Select>},
-        {"DeSelect", command<&S::DeSelect>},
-        {"SelMemberList", shown<[](const S& set) { return set.NamesOf(1); }>},
+        {"Select",          command<&S::Select>},
+        {"DeSelect",        command<&S::DeSelect>},
+        {"SelMemberList",   shown<[](const S& set) { return set.NamesOf(1); }>},
         {"DeSelMemberList", shown<[](const S& set) { return set.NamesOf(0); }>},
-        {"DeleteSelected", command<&S::DeleteSelected>},
+        {"DeleteSelected",  command<&S::DeleteSelected>},
         {"ExtractSelected", command<&S::ExtractSelected>},
-        {"Add", command<&S::Add>},
+        {"Add",             command<&S::Add>},
 
-        {"DisplayLabels", value<&S::_displayLabels>},
-        {"LabelFont", value<&S::_labelFont>},
-        {"FontList", shown<[](const S&) { return AK_Text2d::FontList(); }>},
+        {"DisplayLabels",   value<&S::_displayLabels>},
+        {"LabelFont",       value<&S::_labelFont>},
+        {"FontList",        shown<[](const S&) { return AK_Text2d::FontList(); }>},
     };
+    // clang-format on
     return rows;
 }
 
