@@ -123,7 +123,8 @@ TEST_F(qvt_sci_Recovery, TheNextParseWorksAfterAnErrorAtAnyTokenAndNothingLeaks)
     for (int warmUp = 0; warmUp < 2; ++warmUp) ExpectRecovery(spoiled);
     const size_t before = mallinfo2().uordblks;   // 0 under a sanitizer, which finds leaks by itself
     ExpectRecovery(spoiled);
-    EXPECT_LE(mallinfo2().uordblks, before + 1000);
+    EXPECT_LT(mallinfo2().uordblks, before + spoiled.size())   // the allocator's caches alone move by a few KB
+        << "a byte for each text would be a leak";
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
