@@ -27,7 +27,7 @@ public:
         const int errors = qvt_sci_ParseAny(nullptr, code.c_str());
         qvt_sci_NamespaceSwitchTo(_space);   // an error inside the function leaves the function's namespace active
         Symbol* function = errors ? nullptr : qvt_sci_FuncPtr("pass");
-        if (qvt_sci_IsCallable(function)) _pass = function;
+        if (qvt_sci_Takes(function, "char[]")) _pass = function;
         qvt_sci_NamespaceSwitchTo(_before);
         _path.SetSize(pathBufferSize);
     }
