@@ -23,6 +23,14 @@ std::string WithNuls(std::string text)
     return text;
 }
 
+// As one text, without the places in the source.
+std::string Spoken(const Conversation& conversation)
+{
+    std::string spoken;
+    for (const std::string& line : SpokenLines(conversation.output)) spoken += line + "\n";
+    return spoken;
+}
+
 }   // namespace
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -184,9 +192,7 @@ TEST_F(Macros, FailWithTheStatedWordsAndEndTheProgramInPeace)
          "'set(\"Project\", \"CreateSoftSphereSim2D\", \"s\")'!\n"},
     };
     for (const auto& c : cases) {
-        std::string spoken;
-        for (const std::string& line : SpokenLines(Play(c.macro).output)) spoken += line + "\n";
-        EXPECT_EQ(spoken, c.spoken) << c.why;
+        EXPECT_EQ(Spoken(Play(c.macro)), c.spoken) << c.why;
     }
     const Conversation missing = Program({"-files", files, "-offscreen", "nosuch.macro"}, "");
     EXPECT_EQ(missing.status, 0) << "silent, as far as the program itself goes";
@@ -199,11 +205,29 @@ TEST_F(Macros, ExplainThemselvesInTheLanguageOfTheUser)
         SCOPED_TRACE(language);
         const std::string expected =
             FileBytes(std::string(KORVO_SOURCE_DIR "/tests/data/SW_Workspace_explained.").append(language).c_str());
-        std::string spoken;
         const std::string choice = std::string("set(\"\", \"SetLanguage\", \"") + language + "\")\n";
-        for (const std::string& line : SpokenLines(Play(choice + macro).output)) spoken += line + "\n";
-        EXPECT_EQ(spoken, expected);
+        EXPECT_EQ(Spoken(Play(choice + macro)), expected);
     }
+}
+
+TEST_F(Macros, OfTheManualSayWhatItShows)
+{
+    const std::string manual = FileBytes(KORVO_SOURCE_DIR "/docs/macros.md");
+    const auto block = [&](const char* kind, size_t& at) -> std::string {
+        const std::string opening = std::string("```") + kind + "\n";
+        at = manual.find(opening, at);
+        if (at == std::string::npos) return "";
+        const size_t begin = at + opening.size();
+        at = manual.find("```\n", begin);
+        return manual.substr(begin, at - begin);
+    };
+    int examples = 0;
+    for (size_t at = 0;; ++examples) {
+        const std::string macro = block("macro", at);
+        if (macro.empty()) break;
+        EXPECT_EQ(Spoken(Play(macro)), block("output", at)) << macro;
+    }
+    EXPECT_GE(examples, 5);
 }
 
 TEST_F(Macros, RecordedAtTheMenusBringTheSameStateBack)
