@@ -179,7 +179,12 @@ void AK_VisibleObject::LoadWorldFile(const AK_String& name, int width, int heigh
 
 void AK_VisibleObject::SaveTexPar(const AK_String& name)
 {
-    const AK_String path = AK_WithExtension(name.IsEmpty() ? _textureFileName : name, "texpar");
+    const AK_String& picture = name.IsEmpty() ? _textureFileName : name;
+    if (picture.IsEmpty()) {
+        _execStatus = "there is no picture whose parameters could be saved";
+        return;
+    }
+    const AK_String path = AK_WithExtension(picture, "texpar");
     FILE* file = std::fopen(path.c_str(), "w");
     if (!file) {
         _execStatus = AK_String("cannot open ") + path;

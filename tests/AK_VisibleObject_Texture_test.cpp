@@ -151,6 +151,7 @@ TEST_F(AK_VisibleObject_Texture, BringsItsPlace)
 TEST_F(AK_VisibleObject_Texture, ParametersAreSavedAndFound)
 {
     AK_VisibleObject o("o", nullptr);
+    EXPECT_NE(Set(o, "SaveTexPar", ""), "") << "no picture";
     Set(o, "TextureFileName", Picture("map.ppm", 2, 2));
     Set(o, "TextureParametersS", "0.1 0 0 -1300.1234");
     EXPECT_EQ(Set(o, "SaveTexPar", ""), "");
