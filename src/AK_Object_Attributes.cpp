@@ -188,15 +188,15 @@ namespace {
 // "Object::Object::..." how often all objects are asked to ask all objects.
 class PassedOn {
 public:
-    enum Way { toOneObject = 1, toAllObjects = 25 };
-    explicit PassedOn(Way way = toOneObject) : _way(way) { _depth += way; }
-    ~PassedOn() { _depth -= _way; }
+    enum Way { toOneObject, toAllObjects };
+    explicit PassedOn(Way way = toOneObject) : _way(way) { ++_depth[_way]; }
+    ~PassedOn() { --_depth[_way]; }
     PassedOn(const PassedOn&) = delete;
     PassedOn& operator=(const PassedOn&) = delete;
-    bool TooOften() const { return _depth > 100; }
+    bool TooOften() const { return _depth[_way] > (_way == toOneObject ? 100 : 3); }
 
 private:
-    static inline int _depth = 0;
+    static inline int _depth[2] = {0, 0};
     Way _way;
 };
 
@@ -277,8 +277,8 @@ bool AK_Object::ParseRemoteCommand(const AK_String& text, AK_String& path, AK_St
 int AK_Object::SetForAllObjectsOfType(const AK_String& type, const AK_String& attr, const AK_String& value)
 {
     const Call running(this);   // what is set may make and delete objects, this one included
-    int known = IsOfType(type) ? Set(attr, value) : 0;
     const AK_List<AK_Object*> components = _components;
+    int known = IsOfType(type) ? Set(attr, value) : 0;
     for (AK_Object* component : components) {
         const bool stillListed = _components.IndexOf(component) >= 0;
         if (stillListed && component->_parent == this) known += component->SetForAllObjectsOfType(type, attr, value);
@@ -304,7 +304,8 @@ static void AssignNode(AK_Object* to, const AK_Object* from, const AK_Attribute*
 
 void AK_Object::AssignAttributesOf(AK_Object* source, const AK_List<AK_String>& excluded)
 {
-    AssignNode(this, source, Attributes(), excluded);
+    const AK_Description description = Description();
+    AssignNode(this, source, description.get(), excluded);
 }
 
 AK_String AK_Object::Label(const AK_Attribute* attribute) const
@@ -342,7 +343,8 @@ struct NameListing {
 AK_String AK_Object::AttributeNamesList(char kind, bool visibleOnly, bool labels) const
 {
     NameListing listing{*this, kind, visibleOnly, labels, {}};
-    listing.Add(Attributes());
+    const AK_Description description = Description();
+    listing.Add(description.get());
     return listing.list;
 }
 

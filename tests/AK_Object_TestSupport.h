@@ -270,7 +270,7 @@ private:
     template <class C>
     static void Forget()
     {
-        static std::vector<const AK_Attribute*> former;
+        static auto& former = *new std::vector<const AK_Attribute*>;
         if (C::_attributes) former.push_back(C::_attributes);
         C::_attributes = nullptr;
         C::_qvt_sci_namespace = nullptr;
