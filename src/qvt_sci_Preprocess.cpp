@@ -178,7 +178,7 @@ static FILE* OpenInclude(const char* name)
         if (length > MAX_INCLUDE_PATH) return nullptr;
         char path[MAX_INCLUDE_PATH + 1] = "";
         std::memcpy(path, directory, length);
-        std::strncat(path, name, MAX_INCLUDE_PATH - length);
+        std::memcpy(path + length, name, std::min(std::strlen(name), MAX_INCLUDE_PATH - length));
         if (FILE* file = qvt_sci_fopen(path, "rb")) return file;
         directory = end + 1;
     }
