@@ -1,7 +1,9 @@
 // The inside of the formula language, for qvt_sci* files only.
+//
 // The road of a text: preprocess -> tokens -> grammar actions -> symbols and trees of nodes -> evaluation. There is no
 // code besides the tree: a node carries pointers to the functions that evaluate it, chosen once when it is built by
 // operator, data type, shape and kind of operands. Nothing asks for a type or an operator at run time.
+//
 //   qvt_sci.cpp                  a parse from text to result, and what a failed one takes back
 //   qvt_sci_Preprocess.cpp       masking, #include, #define
 //   qvt_sci_Scan.cpp             tokens, yyerror
@@ -20,6 +22,7 @@
 //   qvt_sci_aux_Intrinsics.cpp   declaration text and binding of the predefined names; natives in
 //                                qvt_sci_aux_Builtin*.cpp; qvt_sci_aux_Manual.cpp the manual
 //   qvt_sci_aux_PrintScan.cpp    print and the printf and scanf families
+//
 // Errors found while parsing leave by longjmp from yyerror to qvt_sci_ParseAny: whatever can call yyerror keeps plain
 // structures only. Control flow of running code does not jump: statements answer how to go on (Flow).
 
