@@ -23,31 +23,33 @@ std::span<const AK_Row> AK_Group::Rows()
     static constexpr AK_Access filter = pair<&G::_filter, &G::Filter>;
     static constexpr AK_Access singleType = pair<&G::_singleType, &G::SetSingleType>;
     static constexpr AK_Access ownId = pair<&G::_id, setId>;   // never the members'
+    // clang-format off
     static constexpr Row rows[] = {
-        {"AppendObject",             command<&G::AppendObject>            },
-        {"RemoveObject",             command<&G::RemoveObject>            },
-        {"RemoveAllObjects",         command<&G::RemoveAllObjects>        },
-        {"ContainedObjectsList",     members                              },
-        {"GetAllObjectsList",        shown<&G::GetAllObjectsList>         },
-        {"GetComponentList",         shown<&G::GetComponentList>          },
-        {"SelectedObjectType",       value<&G::_selectedObjectType>       },
-        {"GetObjectTypesList",       shown<&G::GetObjectTypesList>        },
-        {"GetObjectsOfTypeList",     shown<&G::GetObjectsOfTypeList>      },
-        {"Filter",                   filter                               },
-        {"AppendAllObjectsOfType",   command<&G::AppendAllObjectsOfType>  },
-        {"RemoveAllObjectsOfType",   command<&G::RemoveAllObjectsOfType>  },
-        {"SelectedAttribute",        value<&G::_selectedAttribute>        },
-        {"AttributeOptions",         shown<&G::AttributeOptions>          },
-        {"AttributeVisibility",      visible<&G::HasSelectedAttribute>    },
-        {"SelectedValue",            value<&G::_selectedValue>            },
-        {"ValueOptions",             shown<&G::ValueOptions>              },
+        {"AppendObject",             command<&G::AppendObject>},
+        {"RemoveObject",             command<&G::RemoveObject>},
+        {"RemoveAllObjects",         command<&G::RemoveAllObjects>},
+        {"ContainedObjectsList",     members},
+        {"GetAllObjectsList",        shown<&G::GetAllObjectsList>},
+        {"GetComponentList",         shown<&G::GetComponentList>},
+        {"SelectedObjectType",       value<&G::_selectedObjectType>},
+        {"GetObjectTypesList",       shown<&G::GetObjectTypesList>},
+        {"GetObjectsOfTypeList",     shown<&G::GetObjectsOfTypeList>},
+        {"Filter",                   filter},
+        {"AppendAllObjectsOfType",   command<&G::AppendAllObjectsOfType>},
+        {"RemoveAllObjectsOfType",   command<&G::RemoveAllObjectsOfType>},
+        {"SelectedAttribute",        value<&G::_selectedAttribute>},
+        {"AttributeOptions",         shown<&G::AttributeOptions>},
+        {"AttributeVisibility",      visible<&G::HasSelectedAttribute>},
+        {"SelectedValue",            value<&G::_selectedValue>},
+        {"ValueOptions",             shown<&G::ValueOptions>},
         {"AppendAllMatchingObjects", command<&G::AppendAllMatchingObjects>},
         {"RemoveAllMatchingObjects", command<&G::RemoveAllMatchingObjects>},
-        {"SingleType",               singleType                           },
-        {"SingleTypeVisibility",     visible<&G::_singleType>             },
-        {"FullVisibility",           visible<&G::IsFull>                  },
-        {"Id",                       ownId                                },
+        {"SingleType",               singleType},
+        {"SingleTypeVisibility",     visible<&G::_singleType>},
+        {"FullVisibility",           visible<&G::IsFull>},
+        {"Id",                       ownId},
     };
+    // clang-format on
     return rows;
 }
 

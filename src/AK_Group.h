@@ -91,6 +91,7 @@ public:
     AK_String GetObjectsOfTypeList() const;
 
 private:
+    class CompiledFilter;
     class PassingOn;
     struct Ancestry;
 
@@ -153,6 +154,7 @@ public:
     void AttributesName(const AK_String& name);
 
 private:
+    static void Retire(Namespace* space);
     void LoadClass();
     void TakeClassFromText();
     void TakeDescription(const AK_String& nameOrText);

@@ -5,14 +5,16 @@
 std::span<const AK_Row> AK_Container::Rows()
 {
     using C = AK_Container;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"DeleteObject",           command<&C::DeleteComponent>     },
-        {"DeleteAll",              command<&C::DeleteAll>           },
-        {"LoadComponent",          command<&C::LoadComponent>       },
-        {"UnloadComponent",        command<&C::UnloadComponent>     },
-        {"DeleteVisibility",       editable<&C::NumComponents>      },
+        {"DeleteObject",           command<&C::DeleteComponent>},
+        {"DeleteAll",              command<&C::DeleteAll>},
+        {"LoadComponent",          command<&C::LoadComponent>},
+        {"UnloadComponent",        command<&C::UnloadComponent>},
+        {"DeleteVisibility",       editable<&C::NumComponents>},
         {"UnloadedComponentsList", shown<&C::UnloadedComponentsList>},
     };
+    // clang-format on
     return rows;
 }
 

@@ -9,6 +9,8 @@
 
 #include "AK_Group.h"
 
+#include "qvt_sci.h"
+
 #include <cstring>
 
 static constexpr const char* codeMarker = "//qvt_sci";
@@ -32,7 +34,17 @@ AK_UserObj::AK_UserObj(const AK_String& id, AK_Object* parent) : AK_Class(id, pa
     RunInitializationCommands();
 }
 
-AK_UserObj::~AK_UserObj() {}
+AK_UserObj::~AK_UserObj() { Retire(_namespace); }
+
+// Frees an object's formula code, as soon as no code is running that could be part of it.
+void AK_UserObj::Retire(Namespace* space)
+{
+    static AK_List<Namespace*> retired(1);
+    if (space) retired.Append(space);
+    if (qvt_sci_StackDepth() > 0) return;
+    for (Namespace* unused : retired) qvt_sci_NamespaceDestroy(unused);
+    retired.Clear();
+}
 
 // ----------------------------------------------------------------------------------------------------------------
 // The class of the object
@@ -47,10 +59,12 @@ void AK_UserObj::AttributesName(const AK_String& name)
         _execStatus = AK_String("cannot become '") + name + "' while '" + _attributesName + "' is being loaded";
         return;
     }
+    const Call running(this);   // the new class's code may delete the object
     _isLoading = true;
     _attributesName = name;
     DeleteLoadedAttributes();
     _initCommands.Clear();
+    Retire(_namespace);
     _namespace = nullptr;
     if (name.StartsWith("obj."))
         TakeClassFromText();

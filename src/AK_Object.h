@@ -349,6 +349,22 @@ protected:
         Call& operator=(const Call&) = delete;
     };
 
+    /// While one lives, formula code runs on behalf of its object: paths begin there, and it is not freed.
+    class CodeOf {
+    public:
+        explicit CodeOf(const AK_Object* object);
+        ~CodeOf();
+        CodeOf(const CodeOf&) = delete;
+        CodeOf& operator=(const CodeOf&) = delete;
+
+    private:
+        Call _call;
+    };
+
+    /// A function of a class's code by its name and the types of what it takes ("double,char[]"); null if the code has
+    /// no such function that can be called.
+    static Symbol* FormulaFunction(Namespace* space, const AK_String& name, const char* formals);
+
     /// Walks a class's table: empties the status, acts, stamps. 0 if no row bears the name.
     int SetByRows(std::span<const Row> rows, const AK_String& attr, const AK_String& value);
     bool GetByRows(std::span<const Row> rows, const AK_String& attr, AK_String& result) const;
@@ -360,7 +376,6 @@ protected:
     void RemoveReferencesInto(const AK_Object* ancestor);
     AK_String Explanation(const AK_String& command, const AK_String& attr, const AK_String& value) const;
     void ExecCommandFile(const AK_String& name, int noExplain);
-    class CodeOf;   // what formula code runs in on behalf of an object
     void RunLoadedCode(const char* function);
     /// The description whose attributes are saved.
     virtual const AK_Attribute* AttributesToSave() const { return Attributes(); }

@@ -188,15 +188,15 @@ namespace {
 // "Object::Object::..." how often all objects are asked to ask all objects.
 class PassedOn {
 public:
-    enum Way { toOneObject = 1, toAllObjects = 25 };
-    explicit PassedOn(Way way = toOneObject) : _way(way) { _depth += way; }
-    ~PassedOn() { _depth -= _way; }
+    enum Way { toOneObject, toAllObjects };
+    explicit PassedOn(Way way = toOneObject) : _way(way) { ++_depth[_way]; }
+    ~PassedOn() { --_depth[_way]; }
     PassedOn(const PassedOn&) = delete;
     PassedOn& operator=(const PassedOn&) = delete;
-    bool TooOften() const { return _depth > 100; }
+    bool TooOften() const { return _depth[_way] > (_way == toOneObject ? 100 : 3); }
 
 private:
-    static inline int _depth = 0;
+    static inline int _depth[2] = {0, 0};
     Way _way;
 };
 

@@ -7,7 +7,6 @@
 
 #include "AK_Object.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,51 +15,83 @@
 // ----------------------------------------------------------------------------------------------------------------
 
 // The highest number an id may end in to become unique; beyond it ids grow by "x".
-static constexpr long maxIdNumber = 9999;
+static constexpr int maxIdNumber = 9999;
 
 namespace {
 
-// The ids of an object's siblings. A hash, since an import can bring thousands of lines of one name, each of which
-// tries all numbers up to its own.
-class TakenIds {
+// The ids of an object's siblings. An import can bring thousands of lines of one name, so a free id is found by one
+// walk that notes which are taken, and not by trying them one after the other.
+class Siblings {
 public:
-    TakenIds(const AK_Object* parent, const AK_Object* self)
+    Siblings(const AK_Object* parent, const AK_Object* self) : _parent(*parent), _self(self) {}
+
+    bool Have(const AK_String& id) const
     {
-        for (int i = 0; i < parent->NumComponents(); ++i)
-            if (parent->ComponentAt(i) != self) _ids[parent->ComponentAt(i)->Id()] = 1;
+        bool found = false;
+        ForEach([&](const char* other) { found = found || id == other; });
+        return found;
     }
-    bool operator()(const AK_String& id) { return _ids[id] != 0; }
+
+    // The first number above n for which nobody is called "<stem>_<number in four digits>"; maxIdNumber + 1 for none.
+    int FreeNumber(const AK_String& stem, int n) const
+    {
+        AK_List<char> taken(1);
+        taken.Fill(maxIdNumber + 1, 0);
+        const size_t length = size_t(stem.Length());
+        ForEach([&](const char* other) {
+            if (std::strncmp(other, stem.c_str(), length) != 0 || other[length] != '_') return;
+            const char* digits = other + length + 1;
+            if (std::strlen(digits) == 4 && std::strspn(digits, "0123456789") == 4) taken[std::atoi(digits)] = 1;
+        });
+        for (++n; n <= maxIdNumber && taken[n];) ++n;
+        return n;
+    }
+
+    // The least count of "x" behind the id that makes it free.
+    int FreeCountOfX(const AK_String& id) const
+    {
+        AK_List<char> taken(1);
+        taken.Fill(_parent.NumComponents() + 1, 0);   // one more than there can be
+        const size_t length = size_t(id.Length());
+        ForEach([&](const char* other) {
+            if (std::strncmp(other, id.c_str(), length) != 0) return;
+            const size_t count = std::strspn(other + length, "x");
+            if (!other[length + count] && count < size_t(taken.Size())) taken[int(count)] = 1;
+        });
+        return taken.IndexOf(0);
+    }
 
 private:
-    AK_Dict<AK_String, int> _ids;
+    template <class Action>
+    void ForEach(const Action& action) const
+    {
+        for (int i = 0; i < _parent.NumComponents(); ++i)
+            if (_parent.ComponentAt(i) != _self) action(_parent.ComponentAt(i)->Id().c_str());
+    }
+
+    const AK_Object& _parent;
+    const AK_Object* _self;
 };
 
 }   // namespace
 
-// "A" -> "A_0001", "A_0009" -> "A_0010", "B_7" -> "B_0008". False when the numbers are used up.
-static bool NextId(AK_String& id)
+// "A" -> "A_0001", "A_0009" -> "A_0010", "B_7" -> "B_0008", "A_9999" -> "A_9999x": the first of these that is free.
+static void MakeUnique(AK_String& id, const Siblings& siblings)
 {
-    long n = 1;
-    char* underscore = std::strrchr(&id[0], '_');
+    if (!siblings.Have(id)) return;
+    long number = 0;
+    AK_String stem = id;
+    const char* underscore = std::strrchr(id.c_str(), '_');
     if (underscore && AK_String::IsDigit(underscore[1])) {
-        n = std::strtol(underscore + 1, nullptr, 10);
-        if (n >= maxIdNumber) return false;
-        ++n;
-        id = AK_String(id.c_str(), underscore);
+        number = std::strtol(underscore + 1, nullptr, 10);
+        stem = AK_String(id.c_str(), underscore);
     }
-    id.Append(AK_String(int(n), "_%04d"));
-    return true;
-}
-
-static void MakeUnique(AK_String& id, const AK_Object* parent, const AK_Object* self)
-{
-    bool isTaken = false;
-    for (int i = 0; i < parent->NumComponents(); ++i)
-        isTaken = isTaken || (parent->ComponentAt(i) != self && parent->ComponentAt(i)->Id() == id);
-    if (!isTaken) return;
-    TakenIds taken(parent, self);
-    while (taken(id) && NextId(id)) {}
-    while (taken(id)) id.Append("x");
+    if (number < maxIdNumber) {
+        const int free = siblings.FreeNumber(stem, int(number));
+        id = stem + AK_String(std::min(free, maxIdNumber), "_%04d");
+        if (free <= maxIdNumber) return;
+    }
+    for (int n = siblings.FreeCountOfX(id); n > 0; --n) id.Append("x");
 }
 
 void AK_Object::Id(const AK_String& newId)
@@ -68,7 +99,7 @@ void AK_Object::Id(const AK_String& newId)
     AK_String id = newId;
     id.ReplaceNonAlNum('_');
     if (id.IsEmpty()) id = Type() + "_" + AK_String(_object_counter, "%d");
-    if (_parent) MakeUnique(id, _parent, this);
+    if (_parent) MakeUnique(id, Siblings(_parent, this));
 
     const AK_String oldId = _id;
     _id = id;

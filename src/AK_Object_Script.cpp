@@ -96,42 +96,27 @@ static int ParseCode(std::FILE* file, const AK_String& source)
     return errors;
 }
 
-// A function of the active namespace that takes nothing, or null.
-static Symbol* PlainFunction(const char* name)
-{
-    Symbol* function = qvt_sci_FuncPtr(name);
-    return qvt_sci_IsCallable(function) && qvt_sci_NumFormals(function) == 0 ? function : nullptr;
-}
-
-// A function of a class's code that serves the attribute of its name, or null.
-static Symbol* AttributeFunction(Namespace* space, const AK_String& attr)
+Symbol* AK_Object::FormulaFunction(Namespace* space, const AK_String& name, const char* formals)
 {
     if (!space) return nullptr;
     const ActiveNamespace active(space);
-    Symbol* function = qvt_sci_FuncPtr(attr.c_str());
-    const bool serves =
-        qvt_sci_IsCallable(function) && qvt_sci_NumFormals(function) == 1 && qvt_sci_FormalIsText(function, 0);
-    return serves ? function : nullptr;
+    Symbol* function = qvt_sci_FuncPtr(name.c_str());
+    return qvt_sci_Takes(function, formals) ? function : nullptr;
 }
 
-// Runs on behalf of an object: its paths begin there, and it is not freed before the end.
-class AK_Object::CodeOf {
-public:
-    explicit CodeOf(const AK_Object* object) : _call(object) { _curObj.Append(const_cast<AK_Object*>(object)); }
-    ~CodeOf() { _curObj.Remove(_curObj.Size() - 1); }
-    CodeOf(const CodeOf&) = delete;
-    CodeOf& operator=(const CodeOf&) = delete;
+// What a function must take to serve an attribute.
+static const char* const oneText = "char[]";
 
-private:
-    Call _call;
-};
+AK_Object::CodeOf::CodeOf(const AK_Object* object) : _call(object) { _curObj.Append(const_cast<AK_Object*>(object)); }
+
+AK_Object::CodeOf::~CodeOf() { _curObj.Remove(_curObj.Size() - 1); }
 
 // Runs the code that belongs to no function, then a function that takes nothing, if there is one of that name.
 void AK_Object::RunLoadedCode(const char* function)
 {
     const CodeOf running(this);
     qvt_sci_InitAll();
-    if (Symbol* symbol = PlainFunction(function)) qvt_sci_Call(symbol);
+    if (Symbol* symbol = FormulaFunction(qvt_sci_NamespaceGetCurrent(), function, "")) qvt_sci_Call(symbol);
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -206,7 +191,7 @@ static AK_String CallWithText(Symbol* function, const char* text)
 
 int AK_Object::qvt_sci_Get(Namespace* space, const AK_String& attr, AK_String& result) const
 {
-    Symbol* function = AttributeFunction(space, attr);
+    Symbol* function = FormulaFunction(space, attr, oneText);
     if (!function) return 0;
     _execStatus = "";
     const CodeOf running(this);
@@ -216,7 +201,7 @@ int AK_Object::qvt_sci_Get(Namespace* space, const AK_String& attr, AK_String& r
 
 int AK_Object::qvt_sci_Set(Namespace* space, const AK_String& attr, const AK_String& value)
 {
-    Symbol* function = AttributeFunction(space, attr);
+    Symbol* function = FormulaFunction(space, attr, oneText);
     if (!function) return 0;
     _execStatus = "";
     const CodeOf running(this);
@@ -227,9 +212,7 @@ int AK_Object::qvt_sci_Set(Namespace* space, const AK_String& attr, const AK_Str
 
 void AK_Object::qvt_sci_Update(Namespace* space)
 {
-    if (!space) return;
-    const ActiveNamespace active(space);
-    Symbol* function = PlainFunction("Update");
+    Symbol* function = FormulaFunction(space, "Update", "");
     if (!function) return;
     const CodeOf running(this);
     qvt_sci_Call(function);

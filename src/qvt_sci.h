@@ -135,10 +135,9 @@ const char* qvt_sci_SymbolDataType(const Symbol* symbol);   // "void", "char", "
 int qvt_sci_SymbolIsReferenced(const Symbol* symbol);
 /// Number of a function's formals; -1 for null and for what is no function.
 int qvt_sci_NumFormals(const Symbol* function);
-/// 1 if the function can be called: it has a body, or a native is bound to it. A failed parse can leave one without.
-int qvt_sci_IsCallable(const Symbol* function);
-/// 1 if formal `index` of a function is a char array.
-int qvt_sci_FormalIsText(const Symbol* function, int index);
+/// 1 if the function can be called (it has a body, or a native is bound to it; a failed parse can leave one without)
+/// and its formals are of these types, separated by commas: "" for none, "double,char[]".
+int qvt_sci_Takes(const Symbol* function, const char* formals);
 
 /// Binds what the source declared extern: the name is searched from the active namespace upward. A native function
 /// takes pointers, one for each parameter, and returns the declared type by value. Null, with a message, if the name is

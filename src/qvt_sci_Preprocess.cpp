@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 char* qvt_sci_includePathes = nullptr;
 
@@ -42,7 +43,7 @@ void qvt_sci_ClearIncludePathes()
 static void Append(Pile<char>& text, const char* bytes, size_t length)
 {
     QVT_SCI_CHECK(text.Reserve(length));
-    std::memcpy(text.items + text.count, bytes, length);
+    if (length > 0) std::memcpy(text.items + text.count, bytes, length);
     text.count += length;
 }
 
@@ -175,8 +176,9 @@ static FILE* OpenInclude(const char* name)
         const char* end = LineEnd(directory);
         const size_t length = size_t(end - directory);
         if (length > MAX_INCLUDE_PATH) return nullptr;
-        char path[MAX_INCLUDE_PATH + 1];
-        std::snprintf(path, sizeof path, "%.*s%s", int(length), directory, name);
+        char path[MAX_INCLUDE_PATH + 1] = "";
+        std::memcpy(path, directory, length);
+        std::memcpy(path + length, name, std::min(std::strlen(name), MAX_INCLUDE_PATH - length));
         if (FILE* file = qvt_sci_fopen(path, "rb")) return file;
         directory = end + 1;
     }
@@ -298,46 +300,43 @@ static bool IsDefinedHere(const char* text, const char* p)
 }
 
 struct Definition {
-    const char* key;
-    size_t keyLength;
-    const char* value;
-    size_t valueLength;
+    std::string_view key;
+    std::string_view value;
 };
 
-// The next occurrence of the key as a whole word from p on; null if there is none.
-static const char* FindWord(const char* text, const char* p, const char* key, size_t keyLength)
+// Where the key next stands as a whole word from `from` on; npos if nowhere.
+static size_t FindWord(std::string_view text, std::string_view key, size_t from)
 {
-    for (; (p = std::strstr(p, key)); ++p) {
-        if ((p == text || !IsWordCharacter(p[-1])) && !IsWordCharacter(p[keyLength])) return p;
+    for (size_t at = text.find(key, from); at != text.npos; at = text.find(key, at + 1)) {
+        const size_t end = at + key.size();
+        if ((at == 0 || !IsWordCharacter(text[at - 1])) && (end == text.size() || !IsWordCharacter(text[end])))
+            return at;
     }
-    return nullptr;
+    return text.npos;
 }
 
-// Replaces the key behind the directive's line, as far as the definition reaches. A value that is not longer than the
-// key keeps the text behind it in its place. False if the text gets too long.
+// Replaces the key from `from` on as far as the definition reaches. A value that is not longer than the key keeps the
+// text behind it in its place. False if the text gets too long.
 static bool Substitute(char** text, const char* from, const Definition& definition)
 {
-    char* const key = strndup(definition.key, definition.keyLength);
-    QVT_SCI_CHECK(key);
+    const std::string_view old = *text;
     Pile<char> expanded = {};
-    const char* copied = *text;
+    size_t copied = 0;
     bool fits = true;
-    const char* p = from;
-    while (fits && (p = FindWord(*text, p, key, definition.keyLength)) && !IsDefinedHere(*text, p)) {
-        Append(expanded, copied, size_t(p - copied));
-        Append(expanded, definition.value, definition.valueLength);
-        for (size_t i = definition.valueLength; i < definition.keyLength; ++i) Append(expanded, " ", 1);
-        p += definition.keyLength;
-        copied = p;
+    for (size_t at = FindWord(old, definition.key, size_t(from - *text));
+         fits && at != old.npos && !IsDefinedHere(*text, *text + at); at = FindWord(old, definition.key, copied)) {
+        Append(expanded, *text + copied, at - copied);
+        Append(expanded, definition.value.data(), definition.value.size());
+        for (size_t i = definition.value.size(); i < definition.key.size(); ++i) Append(expanded, " ", 1);
+        copied = at + definition.key.size();
         fits = expanded.count < MAX_TEXT;
     }
-    std::free(key);
     if (!fits) {
         expanded.Free();
         return false;
     }
-    if (copied == *text) return true;   // the text does not have the key
-    Append(expanded, copied);
+    if (copied == 0) return true;   // the text does not have the key
+    Append(expanded, *text + copied);
     Exchange(text, expanded);
     return true;
 }
@@ -352,13 +351,16 @@ static bool Define(char** text, char* line)
     while (keyEnd < end && !IsBlank(*keyEnd)) ++keyEnd;
     const char* value = keyEnd;
     while (IsBlank(*value)) ++value;
-    const Definition definition = {key, size_t(keyEnd - key), value, size_t(end - value)};
-    if (definition.keyLength == 0 || !*end) {
+    const Definition definition = {
+        {key,   size_t(keyEnd - key)},
+        {value, size_t(end - value) }
+    };
+    if (definition.key.empty() || !*end) {
         PrintLine(line);
         qvt_sci_msg("incomplete define!\n");
         return false;
     }
-    if (definition.keyLength == definition.valueLength && std::memcmp(key, value, definition.keyLength) == 0) {
+    if (definition.key == definition.value) {
         PrintLine(line);
         qvt_sci_msg("invalid define: value must not be identical to key!\n");
         return false;

@@ -27,7 +27,7 @@ const Operator* FindOperator(int opr)
     static const Operator table[] = {QVT_SCI_OPERATORS(OPERATOR_ROW)};
 #undef OPERATOR_ROW
     static const Operator* byCode[OPERATOR_CODES];
-    if (!byCode['!']) {
+    if (!byCode[NONZERO]) {
         for (const Operator& row : table) byCode[row.code] = &row;
     }
     return opr >= 0 && opr < OPERATOR_CODES ? byCode[opr] : nullptr;

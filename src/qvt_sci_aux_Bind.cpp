@@ -2,6 +2,8 @@
 
 #include "qvt_sci_Internal.h"
 
+#include <cstring>
+
 static Symbol* cursor = nullptr;   // of qvt_sci_NextSymbol: the symbol it gave last; one for all namespaces
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -85,16 +87,27 @@ int qvt_sci_NumFormals(const Symbol* function)
     return function && function->symbolType == FUNCTION_SYMBOL ? function->func.nArgs : -1;
 }
 
-int qvt_sci_IsCallable(const Symbol* function)
+// Passes over a formal's type at the start of a list of types; null if the list has another one there.
+static const char* SkipFormalType(const Symbol* formal, const char* list)
 {
-    return qvt_sci_NumFormals(function) >= 0 && (function->func.body || function->addr);
+    const char* const type = qvt_sci_SymbolDataType(formal);
+    const size_t length = strlen(type);
+    if (strncmp(list, type, length) != 0) return nullptr;
+    list += length;
+    const int isArray = strncmp(list, "[]", 2) == 0;
+    if (isArray != (formal->symbolType == ARRAY_SYMBOL)) return nullptr;
+    return list + 2 * isArray;
 }
 
-int qvt_sci_FormalIsText(const Symbol* function, int index)
+int qvt_sci_Takes(const Symbol* function, const char* formals)
 {
-    if (index < 0 || index >= qvt_sci_NumFormals(function)) return 0;
-    const Symbol* formal = function->func.args[index];
-    return formal->symbolType == ARRAY_SYMBOL && formal->dataType == CHAR_TYPE;
+    const int count = qvt_sci_NumFormals(function);
+    if (count < 0 || (!function->func.body && !function->addr)) return 0;
+    for (int i = 0; i < count && formals; ++i) {
+        if (i > 0 && *formals++ != ',') return 0;
+        formals = SkipFormalType(function->func.args[i], formals);
+    }
+    return formals && !*formals;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -6,7 +6,7 @@
 
 const char* qvt_sci_explanations()
 {
-    return R"MANUAL(
+    return &R"MANUAL(
 QVT_SCI RUN TIME COMPILER (FORMULAS) INTRODUCTION
 =================================================
 
@@ -326,5 +326,5 @@ KNOWN ISSUES
     - rand() is shared with the rest of the program.
     - drand() can give exactly 1.
     - round(-1.5) is -1: half numbers are rounded up.
-)MANUAL" + 1;   // behind the line end that opens the literal
+)MANUAL"[1];   // behind the line end that opens the literal
 }

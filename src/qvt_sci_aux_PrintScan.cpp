@@ -113,6 +113,7 @@ namespace
 struct Conversion {
     const char* end;      // behind it
     bool hasStar;         // print: a width or precision from an argument; scan: nothing is stored
+    bool isTooWide;       // print
     const char* digits;   // scan: where the width stands or would stand
     const char* size;     // behind the width: "hh", "l", ...
     int sizeLength;
@@ -120,9 +121,17 @@ struct Conversion {
 };
 }   // namespace
 
+// What the C library promises to print of one conversion. A wider one could ask it for any amount of memory.
+static constexpr unsigned long WIDEST_FIELD = 4095;
+
 static const char* SkipDigits(const char* p)
 {
     return p + std::strspn(p, "0123456789");
+}
+
+static bool IsTooWide(const char* digits)
+{
+    return std::strtoul(digits, nullptr, 10) > WIDEST_FIELD;
 }
 
 static void ReadSizeAndKind(Conversion& c, const char* p, const char* kinds)
@@ -138,9 +147,14 @@ static Conversion ReadPrintConversion(const char* percent)
 {
     Conversion c = {};
     const char* const flags = percent + 1;
-    const char* p = flags + std::strspn(flags, "-+ #0'*");
-    p = SkipDigits(p);
-    if (*p == '.') p = SkipDigits(p + 1 + std::strspn(p + 1, "*"));
+    const char* const width = flags + std::strspn(flags, "-+ #0'*");
+    const char* p = SkipDigits(width);
+    c.isTooWide = p != width && IsTooWide(width);
+    if (*p == '.') {
+        const char* const precision = p + 1 + std::strspn(p + 1, "*");
+        p = SkipDigits(precision);
+        c.isTooWide |= p != precision && IsTooWide(precision);
+    }
     c.hasStar = std::find(flags, p, '*') != p;
     ReadSizeAndKind(c, p, "diouxXeEfFgGaAcspn");
     return c;
@@ -259,7 +273,7 @@ static Problem PrintPiece(Statement& s, const char* piece, Node* argument)
     const Conversion c = ReadPrintConversion(std::strchr(piece, '%'));
     const bool isText = c.kind == 's';
     const bool isWideText = (isText || c.kind == 'c') && c.sizeLength > 0;
-    if (c.kind && (c.hasStar || c.kind == 'n' || isWideText)) return BAD_FORMAT;
+    if (c.kind && (c.hasStar || c.isTooWide || c.kind == 'n' || isWideText)) return BAD_FORMAT;
     if (c.kind && (isText ? !IsText(argument) : argument->dataType == VOID_TYPE)) return BAD_FORMAT;
 
     const void* const address = argument->ex(argument);

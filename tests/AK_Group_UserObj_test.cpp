@@ -32,17 +32,15 @@ TEST_F(AK_UserObjTest, HasTheClassThatItsAttributesNameTells)
         const char* name;
         const char* type;
         const char* ownAttribute;   // "" for none
-    } steps[] = {
-        {"",                                                    "UserObj", ""     },
-        {"Snow",                                                "Snow",    "Wet"  },
-        {"Rock",                                                "Rock",    "Kind" },
-        {"obj.Ice\n\ttext.Age:$age\n\t\tset:$age\n",            "Ice",     "Age"  },
-        {"obj.Water\n\ttext.Depth:$depth\n//qvt_sci\nint x;\n", "Water",   "Depth"},
-        {"Nowhere",                                             "UserObj", ""     },
-        {"obj.NoLineEnd",                                       "UserObj", ""     },
-        {"obj.\n",                                              "UserObj", ""     },
-        {"",                                                    "UserObj", ""     }
-    };
+    } steps[] = {{"", "UserObj", ""},
+                 {"Snow", "Snow", "Wet"},
+                 {"Rock", "Rock", "Kind"},
+                 {"obj.Ice\n\ttext.Age:$age\n\t\tset:$age\n", "Ice", "Age"},
+                 {"obj.Water\n\ttext.Depth:$depth\n//qvt_sci\nint x;\n", "Water", "Depth"},
+                 {"Nowhere", "UserObj", ""},
+                 {"obj.NoLineEnd", "UserObj", ""},
+                 {"obj.\n", "UserObj", ""},
+                 {"", "UserObj", ""}};
     for (const auto& step : steps) {
         EXPECT_EQ(object->Set("AttributesName", step.name), 1);
         EXPECT_EQ(Text(object->Get("AttributesName")), step.name);

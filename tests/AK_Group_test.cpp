@@ -52,12 +52,12 @@ TEST_F(AK_GroupTest, AValueGoesToAllMembersAndAListGivesOneToEach)
         const char* value;
         const char* numbers;   // of a, b, c, special, which answers its number and 100
     } cases[] = {
-        {"one value for all",                     "7",                                    "7 7 7 100"},
-        {"a list that is too short starts again", "1%AK_SEP%2%AK_SEP%",                   "1 2 1 100"},
-        {"a list of one",                         "5%AK_SEP%",                            "5 5 5 100"},
-        {"the last element needs no separator",   "3%AK_SEP%4%AK_SEP%5",                  "3 4 5 100"},
-        {"what is too much is left over",         "1%AK_SEP%2%AK_SEP%3%AK_SEP%4%AK_SEP%", "1 2 3 100"},
-        {"an empty element",                      "%AK_SEP%",                             "0 0 0 100"},
+        {"one value for all", "7", "7 7 7 100"},
+        {"a list that is too short starts again", "1%AK_SEP%2%AK_SEP%", "1 2 1 100"},
+        {"a list of one", "5%AK_SEP%", "5 5 5 100"},
+        {"the last element needs no separator", "3%AK_SEP%4%AK_SEP%5", "3 4 5 100"},
+        {"what is too much is left over", "1%AK_SEP%2%AK_SEP%3%AK_SEP%4%AK_SEP%", "1 2 3 100"},
+        {"an empty element", "%AK_SEP%", "0 0 0 100"},
     };
     Append(abc);
     for (const auto& c : cases) {
@@ -223,27 +223,27 @@ TEST_F(AK_GroupTest, ObjectsAreChosenByTypeAndByValue)
     } cases[] = {
         {"a type with what derives from it",
          {"SelectedObjectType=Thing", "AppendAllObjectsOfType="},
-         {"Viewer", "a", "b", "c", "special"}                                                                                                        },
-        {"a derived type",                          {"SelectedObjectType=SpecialThing", "AppendAllObjectsOfType="},             {"special"}          },
+         {"Viewer", "a", "b", "c", "special"}},
+        {"a derived type", {"SelectedObjectType=SpecialThing", "AppendAllObjectsOfType="}, {"special"}},
         {"every object is an Object, groups apart",
          {"AppendAllObjectsOfType="},
-         {"Viewer", "Things", "a", "b", "c", "special"}                                                                                              },
-        {"never the group itself",                  {"SelectedObjectType=Group", "AppendAllObjectsOfType="},                    {"group", "other"}   },
-        {"a type that is not there",                {"SelectedObjectType=Nothing", "AppendAllObjectsOfType="},                  {}                   },
+         {"Viewer", "Things", "a", "b", "c", "special"}},
+        {"never the group itself", {"SelectedObjectType=Group", "AppendAllObjectsOfType="}, {"group", "other"}},
+        {"a type that is not there", {"SelectedObjectType=Nothing", "AppendAllObjectsOfType="}, {}},
         {"without an attribute the type decides",
          {"SelectedObjectType=SpecialThing", "AppendAllMatchingObjects="},
-         {"special"}                                                                                                                                 },
-        {"a value",                                 {"SelectedAttribute=Text", "SelectedValue=x", "AppendAllMatchingObjects="}, {"a", "c", "special"}},
+         {"special"}},
+        {"a value", {"SelectedAttribute=Text", "SelectedValue=x", "AppendAllMatchingObjects="}, {"a", "c", "special"}},
         {"a value of one type",
          {"SelectedObjectType=SpecialThing", "SelectedAttribute=Text", "SelectedValue=x", "AppendAllMatchingObjects="},
-         {"special"}                                                                                                                                 },
+         {"special"}},
         {"removing by type",
          {"AppendAllObjectsOfType=", "SelectedObjectType=Thing", "RemoveAllObjectsOfType="},
-         {"Things"}                                                                                                                                  },
+         {"Things"}},
         {"removing by value",
          {"AppendAllObjectsOfType=", "SelectedAttribute=Text", "SelectedValue=x", "RemoveAllMatchingObjects="},
-         {"Viewer", "Things", "b"}                                                                                                                   },
-        {"removing without an attribute",           {"AppendAllObjectsOfType=", "RemoveAllMatchingObjects="},                   {}                   },
+         {"Viewer", "Things", "b"}},
+        {"removing without an attribute", {"AppendAllObjectsOfType=", "RemoveAllMatchingObjects="}, {}},
     };
     AddTo<AK_Group>(root, "other");
     for (const auto& c : cases) {
@@ -311,12 +311,7 @@ TEST_F(AK_GroupTest, TheDescriptionEndsWithWhatAllMembersShare)
     const struct {
         const char* added;
         const char* shared;
-    } steps[] = {
-        {"special",  "SpecialThing"},
-        {"nested",   "SpecialThing"},
-        {"Things/a", "Thing"       },
-        {"Things",   "Object"      }
-    };
+    } steps[] = {{"special", "SpecialThing"}, {"nested", "SpecialThing"}, {"Things/a", "Thing"}, {"Things", "Object"}};
     EXPECT_EQ(SharedClass(*group), "");
     for (const auto& step : steps) {
         Append({step.added});

@@ -311,7 +311,8 @@ TEST_F(qvt_sci_execute, AnErrorShowsTheCodeThatFailed)
         code += std::string(text) + "\n";
         return 0;
     };
-    Symbol* f = Function("void f() { double a[2]; int i = 3; double x = 0; a[1] = a[1] / x; a /= x; x = a[i] + 1; }");
-    qvt_sci_Execute(f);
+    Symbol* f = Function("void f(double a[2]) { int i = 3; double x = 0; a[1] = a[1] / x; a /= x; x = a[i] + 1; }");
+    double values[4] = {1, 2, 3, 4};
+    qvt_sci_Call(f, values);
     EXPECT_EQ(code, "a[1] / x\na /= x\na /= x\na[i]\n");
 }
