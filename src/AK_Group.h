@@ -153,6 +153,8 @@ public:
     /// the object with that of all user objects.
     void AttributesName(const AK_String& name);
 
+    inline static AK_List<AK_String> _parameterSetsRead{1};   // classes whose parameter sets are in the list of all
+
 private:
     static void Retire(Namespace* space);
     void LoadClass();

@@ -75,11 +75,10 @@ void AK_UserObj::AttributesName(const AK_String& name)
 
 void AK_UserObj::LoadClass()
 {
-    static AK_List<AK_String> withParameterSets(1);   // the sets are one list for all classes: each is read once
     TakeDescription(_attributesName);
     _namespace = Load_QVT_SCI_code(_attributesName);
-    if (withParameterSets.IndexOf(_attributesName) < 0) {
-        withParameterSets.Append(_attributesName);
+    if (_parameterSetsRead.IndexOf(_attributesName) < 0) {
+        _parameterSetsRead.Append(_attributesName);
         ParameterSetsAppend(_attributesName);
     }
     ReadInitializationMacro(_attributesName, _initCommands);

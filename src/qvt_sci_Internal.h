@@ -130,6 +130,11 @@ union Evaluate {
 
 enum { DIVISOR_UNCHECKED, DIVISOR_FIRST, DIVISOR_KEPT };   // KEPT: by its chain, in the node's own slot
 
+struct LeafPart {
+    void* self;       // CONST, function name: &value
+    Symbol* symbol;   // VARIABLE, ARRAY: whose name it is. A function's name is a value, which code can overwrite
+};
+
 struct OperatorPart {
     int32_t opr;   // operator code: token, character, or CAST, NONZERO
     int32_t nOps;
@@ -172,14 +177,14 @@ struct Node {
     Evaluate get;         // the value itself; unset for void
     Flow (*run)(Node*);   // the node as a statement; expressions drop their value and answer FLOW_NEXT
 
-    /// Set if the value can be read in place, *(T*)*place, without a call: &symbol->addr of a scalar variable, &self of
-    /// a constant or function name. Null for all else. The symbol's address is read anew each time: it changes with
-    /// calls and bindings.
+    /// Set if the value can be read in place, *(T*)*place, without a call: &symbol->addr of a scalar variable,
+    /// &leaf.self of a constant or function name. Null for all else. The symbol's address is read anew each time: it
+    /// changes with calls and bindings.
     void** place;
     Value value;
 
     union {
-        void* self;   // CONST, function name: &value
+        LeafPart leaf;
         OperatorPart o;
         SubarrayPart sub;
         CallPart call;
@@ -193,10 +198,10 @@ inline constexpr int CHAIN_STEP = 32;   // small: right operands nest too, each 
 /// no more than one step. Made by NodeSelFuncPtr, freed by NodeDelete; evaluation and meaning:
 /// qvt_sci_execute_Chain.cpp.
 struct Chain {
-    Node* lowest;         // first rung of the chain
-    Node* above;          // next rung up, null on the topmost
-    int32_t hasDivisors;  // 1: divisions of the chain from here down keep their divisors
-    void* (*ex)(Node*);   // the evaluators that the node would have otherwise
+    Node* lowest;          // first rung of the chain
+    Node* above;           // next rung up, null on the topmost
+    int32_t hasDivisors;   // 1: divisions of the chain from here down keep their divisors
+    void* (*ex)(Node*);    // the evaluators that the node would have otherwise
     Evaluate get;
 };
 
@@ -333,7 +338,7 @@ Node* NonZeroNew(Node* node);
 Node* NonZero(Node* node);
 
 // qvt_sci_Node.cpp. Constructors end in NodeSelFuncPtr.
-Node* NodeNew(NodeKind kind, int dataType);   // zeroed, without evaluators
+Node* NodeNew(NodeKind kind, int dataType, const char* noMemory = "out of memory");   // zeroed, without evaluators
 Node* ConNew(int dataType, Value value);
 Node* VarNew(const char* name);
 Node* SubarrNew(Node* base, Node* index);

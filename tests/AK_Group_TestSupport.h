@@ -30,6 +30,7 @@ protected:
         for (const char* name : {"AK_Container", "AK_Group", "AK_UserObj"})
             Describe(name, FileBytes(AK_String(KORVO_SOURCE_DIR "/files/AK_Attributes/") + name + ".atr"));
         Fresh<AK_Container, AK_Group, AK_UserObj>();
+        AK_UserObj::_parameterSetsRead.Clear();
     }
 
     template <class T>
