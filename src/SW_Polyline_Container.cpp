@@ -26,10 +26,10 @@ void SW_LineContainer::Import(const AK_String& path)
     const SW_Mesh* mesh = _baseMesh.Find(*this);
     SW_UniqueIds ids(*this);
     const bool opened = SW_ReadLines(path, *format, [&](const SW_LineOfFile& file) {
-        SW_Polyline* line = NewLine(ids.Unique(SW_IdOfLine(path, *format, file)));
+        SW_Polyline* line = NewLine(ids.Unique(SW_IdOfLine(path, *format, file)), nullptr);
         line->SetLine(file.line);
         if (!file.colour.IsEmpty()) line->SetColor(file.colour);
-        AddComponent(line);
+        SW_UniqueIds::Adopt(*this, line);
         if (mesh) line->Set("ProjectOnto", mesh->IdAbs(line));
         FinishImport(*line, path);
     });
@@ -83,13 +83,13 @@ SW_Polylines::SW_Polylines(const AK_String& id, AK_Object* parent) : AK_Class(id
 
 AK_Object* SW_Polylines::CreateComponent(const AK_String& id, const AK_String& type)
 {
-    if (type == "Polyline") return NewLine(id);
+    if (type == "Polyline") return NewLine(id, this);
     return type == "PolylineSet" ? new SW_PolylineSet(id, this) : nullptr;
 }
 
-SW_Polyline* SW_Polylines::NewLine(const AK_String& id) { return new SW_Polyline(id, this); }
+SW_Polyline* SW_Polylines::NewLine(const AK_String& id, AK_Object* parent) const { return new SW_Polyline(id, parent); }
 
-void SW_Polylines::Create(const AK_String& id) { AddComponent(NewLine(id)); }
+void SW_Polylines::Create(const AK_String& id) { AddComponent(NewLine(id, this)); }
 
 void SW_Polylines::CreateSet(const AK_String& id) { AddComponent(new SW_PolylineSet(id, this)); }
 
@@ -146,12 +146,12 @@ SW_Polygons::SW_Polygons(const AK_String& id, AK_Object* parent) : AK_Class(id, 
 
 AK_Object* SW_Polygons::CreateComponent(const AK_String& id, const AK_String& type)
 {
-    return type == "Polygon" ? new SW_Polygon(id, this) : nullptr;
+    return type == "Polygon" ? NewLine(id, this) : nullptr;
 }
 
-SW_Polyline* SW_Polygons::NewLine(const AK_String& id) { return new SW_Polygon(id, this); }
+SW_Polyline* SW_Polygons::NewLine(const AK_String& id, AK_Object* parent) const { return new SW_Polygon(id, parent); }
 
-void SW_Polygons::Create(const AK_String& id) { AddComponent(NewLine(id)); }
+void SW_Polygons::Create(const AK_String& id) { AddComponent(NewLine(id, this)); }
 
 void SW_Polygons::FinishImport(SW_Polyline& line, const AK_String&)
 {

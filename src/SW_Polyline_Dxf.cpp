@@ -16,6 +16,8 @@
 #include "SW_Polyline_Text.h"
 
 #include <cstring>
+#include <string>
+#include <unordered_map>
 
 static constexpr int maxLine = 512;             // characters of a line where polylines are read
 static constexpr int maxDictionaryLine = 256;   // and where dictionaries are
@@ -252,7 +254,7 @@ private:
     Block Find(const char* kind, const AK_String& handle) const;
 
     AK_List<AK_String> _lines{1};
-    AK_Dict<AK_String, Block> _blocks;   // by kind and handle
+    std::unordered_map<std::string, Block> _blocks;   // by kind and handle
 };
 
 }   // namespace
@@ -286,8 +288,8 @@ DxfObjects::DxfObjects(const AK_String& path)
             continue;
         }
         if (_lines.Size() - begin >= linesBeforeContent) {
-            Block& block = _blocks[AK_String(kind) + _lines[begin + linesBeforeContent - 1]];
-            if (block.end == 0) block = {begin + linesBeforeContent, _lines.Size()};
+            const AK_String& handle = _lines[begin + linesBeforeContent - 1];
+            _blocks.emplace(std::string(kind) + handle.c_str(), Block{begin + linesBeforeContent, _lines.Size()});
         }
         kind = nullptr;
     }
@@ -295,8 +297,8 @@ DxfObjects::DxfObjects(const AK_String& path)
 
 DxfObjects::Block DxfObjects::Find(const char* kind, const AK_String& handle) const
 {
-    const Block* block = _blocks.Find(AK_String(kind) + handle);
-    return block ? *block : Block();
+    const auto found = _blocks.find(std::string(kind) + handle.c_str());
+    return found == _blocks.end() ? Block() : found->second;
 }
 
 AK_String DxfObjects::AttributesOf(const AK_String& dictionary) const

@@ -74,13 +74,13 @@ void SW_PolylineSet::Import(const AK_String& path)
 {
     if (!AK_System::FileExists(path)) return SW_TellMissingFile(path);
     const SW_LineFormat* format = SW_FormatOfFile(path);
-    AK_Dict<AK_String, int> taken;
-    for (const AK_String& name : _names) taken[name] = 1;
+    std::unordered_set<std::string> taken;
+    for (const AK_String& name : _names) taken.insert(name.c_str());
     const auto take = [&](const SW_LineOfFile& file) {
         AK_String name = file.name;
         if (name.IsEmpty()) name = format->nameInSet + AK_String(Size() + 1, "%d");
-        if (taken.Find(name)) name = name + AK_String(Size(), "_%d");
-        taken[name] = 1;
+        if (taken.contains(name.c_str())) name = name + AK_String(Size(), "_%d");
+        taken.insert(name.c_str());
         Append(file.line, name);
     };
     if (!format || !SW_ReadLines(path, *format, take)) {
@@ -166,9 +166,9 @@ void SW_PolylineSet::ExtractSelected()
     SW_UniqueIds ids(*container);
     for (int i = Size() - 1; i >= 0; --i) {
         if (!_selected[i]) continue;
-        auto* line = new SW_Polyline(ids.Unique(_names[i]), container);
+        auto* line = new SW_Polyline(ids.Unique(_names[i]), nullptr);
         line->SetLine(_polylines[i]);
-        container->AddComponent(line);
+        SW_UniqueIds::Adopt(*container, line);
     }
 }
 
