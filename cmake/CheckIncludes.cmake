@@ -2,7 +2,7 @@
 # LAYER: its name; FAMILIES: the families whose headers it may include; FILES: its files; STAMP: touched on success.
 
 foreach(file IN LISTS FILES)
-    file(STRINGS ${file} includes REGEX "^[ \t]*#[ \t]*include[ \t]*\"")
+    file(STRINGS ${file} includes REGEX "^[ \t]*#[ \t]*include[ \t]*\"[^\"]*\\.h\"")
     foreach(line IN LISTS includes)
         string(REGEX REPLACE "^[^\"]*\"([^\"]*)\".*$" "\\1" header "${line}")
         set(allowed FALSE)

@@ -14,6 +14,7 @@ if(KORVO_TESTS)
 endif()
 if(KORVO_BENCH)
     find_package(benchmark REQUIRED)
+    find_package(PkgConfig)
 endif()
 
 # Files of `directory` that belong to one of the families and end in `suffix` (a regular expression).
@@ -31,9 +32,38 @@ function(korvo_files_of_families result directory suffix)
     set(${result} ${found} PARENT_SCOPE)
 endfunction()
 
-# korvo_layer(name FAMILIES family... [USES layer...]): one library, its include check, its tests and benchmarks.
+# Makes every build check the includes of some files against what the layer sees; the stamp becomes a source of its
+# target.
+function(korvo_check_includes result name)
+    get_property(visible GLOBAL PROPERTY KORVO_VISIBLE_${name})
+    set(stamp ${CMAKE_CURRENT_BINARY_DIR}/${name}.layer)
+    add_custom_command(
+        OUTPUT ${stamp}
+        COMMAND ${CMAKE_COMMAND} "-DLAYER=${name}" "-DFAMILIES=${visible}" "-DFILES=${ARGN}"
+                "-DSTAMP=${stamp}" -P ${CMAKE_SOURCE_DIR}/cmake/CheckIncludes.cmake
+        DEPENDS ${ARGN} ${CMAKE_SOURCE_DIR}/cmake/CheckIncludes.cmake
+        COMMENT "Checking the includes of ${name}" VERBATIM)
+    set(${result} ${stamp} PARENT_SCOPE)
+endfunction()
+
+# A library that benchmarks compare with, by its pkg-config name: linked, and KORVO_HAVE_<NAME> defined, if it is there.
+function(korvo_bench_partner program package)
+    if(NOT PkgConfig_FOUND)
+        return()
+    endif()
+    pkg_check_modules(${package} IMPORTED_TARGET ${package})
+    if(${package}_FOUND)
+        string(MAKE_C_IDENTIFIER ${package} macro)
+        string(TOUPPER ${macro} macro)
+        target_link_libraries(${program} PRIVATE PkgConfig::${package})
+        target_compile_definitions(${program} PRIVATE KORVO_HAVE_${macro})
+    endif()
+endfunction()
+
+# korvo_layer(name FAMILIES family... [USES layer...] [BENCH_PARTNERS package...]): one library, its include check, its
+# tests and benchmarks.
 function(korvo_layer name)
-    cmake_parse_arguments(LAYER "" "" "FAMILIES;USES" ${ARGN})
+    cmake_parse_arguments(LAYER "" "" "FAMILIES;USES;BENCH_PARTNERS" ${ARGN})
     korvo_files_of_families(sources src "\\.cpp" ${LAYER_FAMILIES})
     korvo_files_of_families(headers src "\\.h" ${LAYER_FAMILIES})
     korvo_files_of_families(grammars src "\\.y" ${LAYER_FAMILIES})
@@ -57,15 +87,7 @@ function(korvo_layer name)
         list(APPEND generated ${CMAKE_CURRENT_BINARY_DIR}/${stem}.tab.cpp)
     endforeach()
 
-    set(files ${sources} ${headers} ${grammars})
-    set(stamp ${CMAKE_CURRENT_BINARY_DIR}/${name}.layer)
-    add_custom_command(
-        OUTPUT ${stamp}
-        COMMAND ${CMAKE_COMMAND} "-DLAYER=${name}" "-DFAMILIES=${visible}" "-DFILES=${files}"
-                "-DSTAMP=${stamp}" -P ${CMAKE_SOURCE_DIR}/cmake/CheckIncludes.cmake
-        DEPENDS ${files} ${CMAKE_SOURCE_DIR}/cmake/CheckIncludes.cmake
-        COMMENT "Checking the includes of ${name}" VERBATIM)
-
+    korvo_check_includes(stamp ${name} ${sources} ${headers} ${grammars})
     add_library(${name} STATIC ${sources} ${generated} ${stamp})
     target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src PRIVATE ${CMAKE_CURRENT_BINARY_DIR})
     target_link_libraries(${name} PUBLIC ${LAYER_USES} Threads::Threads)
@@ -87,9 +109,37 @@ function(korvo_layer name)
             add_executable(${name}_bench ${benches})
             target_link_libraries(${name}_bench PRIVATE ${name} benchmark::benchmark_main)
             target_compile_definitions(${name}_bench PRIVATE KORVO_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
+            foreach(package IN LISTS LAYER_BENCH_PARTNERS)
+                korvo_bench_partner(${name}_bench ${package})
+            endforeach()
         endif()
     endif()
     korvo_fuzz_targets(${name} ${LAYER_FAMILIES})
+endfunction()
+
+# korvo_program(name FAMILIES family... main [USES layer...]): the program itself, the top of the layers.
+# Its families without main.cpp are the library <name>_parts, which their tests link; tests and benchmarks find the
+# program as KORVO_PROGRAM.
+function(korvo_program name)
+    cmake_parse_arguments(PROGRAM "" "" "FAMILIES;USES" ${ARGN})
+    set(parts ${PROGRAM_FAMILIES})
+    list(REMOVE_ITEM parts main)
+    korvo_layer(${name}_parts FAMILIES ${parts} USES ${PROGRAM_USES})
+
+    set(main ${CMAKE_SOURCE_DIR}/src/main.cpp)
+    set_property(GLOBAL APPEND PROPERTY KORVO_OWNED ${main})
+    get_property(visible GLOBAL PROPERTY KORVO_VISIBLE_${name}_parts)
+    set_property(GLOBAL PROPERTY KORVO_VISIBLE_${name} ${visible})
+    korvo_check_includes(stamp ${name} ${main})
+    add_executable(${name} ${main} ${stamp})
+    target_link_libraries(${name} PRIVATE ${name}_parts)
+
+    foreach(user ${name}_parts_test ${name}_parts_bench)
+        if(TARGET ${user})
+            add_dependencies(${user} ${name})
+            target_compile_definitions(${user} PRIVATE KORVO_PROGRAM="$<TARGET_FILE:${name}>")
+        endif()
+    endforeach()
 endfunction()
 
 # One program for each fuzz/<family>_<what>_fuzz.cpp. With KORVO_FUZZ it is a libFuzzer target; otherwise it is linked
@@ -116,7 +166,7 @@ function(korvo_fuzz_targets name)
     endforeach()
 endfunction()
 
-# Ends the configuration when a source in src/ belongs to no layer and is not among the program's own files.
+# Ends the configuration when a source in src/ belongs to no layer.
 function(korvo_refuse_orphans)
     get_property(owned GLOBAL PROPERTY KORVO_OWNED)
     file(GLOB all CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*)

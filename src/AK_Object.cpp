@@ -33,6 +33,9 @@ AK_List<AK_Object*> AK_Object::_curObj(1);
 int AK_Object::_object_counter = 0;
 int (*AK_Object::_signalFunction)() = nullptr;
 int (*AK_Object::py_run_simple_string)(const char*) = nullptr;
+int AK_Object::_viewerWidth = 500;
+int AK_Object::_viewerHeight = 500;
+float AK_Object::_viewerBgCol[3] = {1, 1, 1};
 
 const AK_Attribute* AK_Object::_attributes = nullptr;
 Namespace* AK_Object::_qvt_sci_namespace = nullptr;

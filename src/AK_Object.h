@@ -16,6 +16,7 @@
 
 #include "AK_Basic.h"
 
+#include <memory>
 #include <span>
 
 class AK_Object;
@@ -26,7 +27,8 @@ struct Symbol;
 // Attribute descriptions
 // ----------------------------------------------------------------------------------------------------------------
 
-/// One node of a class's attribute description; immutable once read, and alive as long as the process.
+/// One node of a class's attribute description; immutable once read. Those of the program's classes live as long as the
+/// process.
 ///
 /// A file's grammar: a line of n tabs is a node of level n, "<id>" or "<id>:<cmd>"; ids are dotted: the kind
 /// ("obj", "opr", "bool", "apply", "filename", "directory", "doc", ...), then the name. A backslash at the end of a
@@ -79,6 +81,10 @@ public:
     /// Sums its components' sums, and so is 0 for every description. Nothing depends on it.
     int NumAttributes() const;
 };
+
+/// A description that stays as it is while somebody has this. Groups renew theirs and user objects exchange it, at times
+/// by the very commands that a walk of the description gives: who calls Get or Set on the way walks by this.
+using AK_Description = std::shared_ptr<const AK_Attribute>;
 
 /// Reads a description. `name` is a class name, whose file is looked up, or the text itself when it begins with "obj.".
 /// `base`, the root of the base class's description, becomes the root's last child; null for none.
@@ -138,6 +144,8 @@ public:
     virtual ~AK_Object();
     /// The description of the class; an empty node while there is none.
     virtual const AK_Attribute* Attributes() const;
+    /// Attributes(), kept alive.
+    virtual AK_Description Description() const { return AK_Description(AK_Description(), Attributes()); }
 
     /// "%AK_NULL%" for a name that nothing recognises.
     virtual AK_String Get(const AK_String& attr) const;
@@ -321,6 +329,8 @@ public:
     static AK_String _directoryToLoad;   // while a component is made from disc: its directory
     static int (*_signalFunction)();     // a front end's way to interrupt a macro; null for none
     static int (*py_run_simple_string)(const char* text);
+    static int _viewerWidth, _viewerHeight;   // pixels
+    static float _viewerBgCol[3];             // the viewer's background: r, g, b, 0 to 1
 
     static const AK_Attribute* _attributes;
     static Namespace* _qvt_sci_namespace;
@@ -339,6 +349,22 @@ protected:
         Call& operator=(const Call&) = delete;
     };
 
+    /// While one lives, formula code runs on behalf of its object: paths begin there, and it is not freed.
+    class CodeOf {
+    public:
+        explicit CodeOf(const AK_Object* object);
+        ~CodeOf();
+        CodeOf(const CodeOf&) = delete;
+        CodeOf& operator=(const CodeOf&) = delete;
+
+    private:
+        Call _call;
+    };
+
+    /// A function of a class's code by its name and the types of what it takes ("double,char[]"); null if the code has
+    /// no such function that can be called.
+    static Symbol* FormulaFunction(Namespace* space, const AK_String& name, const char* formals);
+
     /// Walks a class's table: empties the status, acts, stamps. 0 if no row bears the name.
     int SetByRows(std::span<const Row> rows, const AK_String& attr, const AK_String& value);
     bool GetByRows(std::span<const Row> rows, const AK_String& attr, AK_String& result) const;
@@ -350,6 +376,7 @@ protected:
     void RemoveReferencesInto(const AK_Object* ancestor);
     AK_String Explanation(const AK_String& command, const AK_String& attr, const AK_String& value) const;
     void ExecCommandFile(const AK_String& name, int noExplain);
+    void RunLoadedCode(const char* function);
     /// The description whose attributes are saved.
     virtual const AK_Attribute* AttributesToSave() const { return Attributes(); }
     void SaveAttributesTo(const AK_String& file, bool recursively) const;

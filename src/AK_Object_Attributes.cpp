@@ -304,7 +304,8 @@ static void AssignNode(AK_Object* to, const AK_Object* from, const AK_Attribute*
 
 void AK_Object::AssignAttributesOf(AK_Object* source, const AK_List<AK_String>& excluded)
 {
-    AssignNode(this, source, Attributes(), excluded);
+    const AK_Description description = Description();
+    AssignNode(this, source, description.get(), excluded);
 }
 
 AK_String AK_Object::Label(const AK_Attribute* attribute) const
@@ -342,7 +343,8 @@ struct NameListing {
 AK_String AK_Object::AttributeNamesList(char kind, bool visibleOnly, bool labels) const
 {
     NameListing listing{*this, kind, visibleOnly, labels, {}};
-    listing.Add(Attributes());
+    const AK_Description description = Description();
+    listing.Add(description.get());
     return listing.list;
 }
 

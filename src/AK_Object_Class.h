@@ -141,7 +141,7 @@ constexpr AK_Access stampsItself(AK_Access access)
 // ----------------------------------------------------------------------------------------------------------------
 
 /// Base of a class T of the tree that derives from Base. It brings the five per-class statics, their first-use
-/// initialisation, and the overrides Attributes, Get, Set, SetDefault and SaveClassVariables.
+/// initialisation, and the overrides Attributes, Get, Set, Update, SetDefault and SaveClassVariables.
 template <class T, class Base>
 class AK_Class : public Base {
 public:
@@ -171,6 +171,13 @@ public:
         if (this->qvt_sci_Set(_qvt_sci_namespace, attr, value)) return 1;
         if (this->SetByRows(T::Rows(), attr, value)) return 1;
         return Base::Set(attr, value);
+    }
+
+    /// The formula function "Update" of this class, then what the base class does.
+    void Update() override
+    {
+        if (this->_active) this->qvt_sci_Update(_qvt_sci_namespace);
+        Base::Update();
     }
 
     int SetDefault(const AK_String& attr, const AK_String& value) const override

@@ -32,6 +32,7 @@ static void WriteNode(std::FILE* file, const AK_Object& object, const AK_Object*
 
 void AK_Object::WriteAttributes(std::FILE* file, const AK_Object* relativeTo, bool recursively) const
 {
+    const AK_Description description = Description();   // AttributesToSave is this one or that of a class
     WriteNode(file, *this, relativeTo, AttributesToSave());
     for (int i = 0; recursively && i < _components.Size(); ++i)
         if (Owns(i)) _components[i]->WriteAttributes(file, relativeTo, true);
@@ -50,8 +51,9 @@ void AK_Object::SaveAttributesTo(const AK_String& name, bool recursively) const
     }
     // Reading the attributes has emptied the status, whatever they answered: what counts here is the file.
     _execStatus = "";
-    if (!written || AK_System::RenameFile(temporary, path) != 0)
-        _execStatus = AK_String("cannot open file ") + path + " for saving attributes!";
+    if (written && AK_System::RenameFile(temporary, path) == 0) return;
+    _execStatus = AK_String("cannot open file ") + path + " for saving attributes!";
+    if (file && !(temporary == path)) AK_System::RemoveFile(temporary);
 }
 
 void AK_Object::SaveAttributes(const AK_String& file) const { SaveAttributesTo(file, false); }
@@ -77,7 +79,8 @@ void AK_Object::SaveAs(const AK_String& dir)
     _projectDir = dir;
     AK_System::CreateDir(dir);
     const long modified = ModificationTime();
-    const bool clean = ExecTime("Save") >= modified || ExecTime("Load") >= modified;
+    // The object's own stamps: a group answers with those of its members.
+    const bool clean = AK_Object::ExecTime("Save") >= modified || AK_Object::ExecTime("Load") >= modified;
     if (clean && AK_System::FileExists(atr) && AK_System::FileExists(dat)) return;
 
     AK_MSG("saving " << _id << " to " << dir);
@@ -91,10 +94,12 @@ void AK_Object::SaveAs(const AK_String& dir)
     }
     const int failed = SaveData(stream);
     stream.Close();
-    if (failed || stream.Failed() || stream._status != 0 || AK_System::RenameFile(temporary, dat) != 0)
-        _execStatus = AK_String("cannot save data of ") + IdAbs() + " to file " + dat;
-    else
+    if (!failed && !stream.Failed() && stream._status == 0 && AK_System::RenameFile(temporary, dat) == 0) {
         SetExecTime("Save");
+        return;
+    }
+    _execStatus = AK_String("cannot save data of ") + IdAbs() + " to file " + dat;
+    if (!(temporary == dat)) AK_System::RemoveFile(temporary);
 }
 
 void AK_Object::SaveProjectAs(const AK_String& dir)
@@ -133,6 +138,8 @@ void AK_Object::LoadProject(const AK_String& directory)
 {
     const Call running(this);
     const AK_String dir = directory.IsEmpty() ? _projectDir : directory;
+    _execStatus = "";   // an error from before, which a path that loads on its way may find, is none of loading
+    if (!dir.IsEmpty()) ProjectDir(dir);   // now: what is loaded first may name what is loaded later
     for (int i = 0; i < _components.Size() && !dir.IsEmpty(); ++i) {
         if (!Owns(i)) continue;
         _components[i]->LoadProject(dir + "/" + _components[i]->_id);
@@ -142,31 +149,34 @@ void AK_Object::LoadProject(const AK_String& directory)
         for (const AK_String& entry : AK_System::FilesList(dir, "")) {
             if (!entry.Extension().IsEmpty() || Component(entry)) continue;
             AK_Object* component = ComponentFromDirectory(entry, dir + "/" + entry);
-            if (component) component->LoadProject(dir + "/" + entry);
+            if (!component) continue;
+            component->LoadProject(dir + "/" + entry);
             if (!_execStatus.IsEmpty()) return;
         }
     }
     Load(dir);
-    LoadFinalize();
+    if (_execStatus.IsEmpty()) LoadFinalize();
 }
 
 AK_Object* AK_Object::ComponentFromDirectory(const AK_String& id, const AK_String& dir)
 {
+    AK_String plain = id;
+    if (plain.ReplaceNonAlNum('_') > 0) return nullptr;   // no id, so no object's directory: "." must find nothing
     const AK_List<AK_String> files = AK_System::FilesList(dir, "atr");
-    if (files.Size() != 1) return nullptr;   // no directory of an object
+    if (files.Size() != 1) return nullptr;
     AK_String type = files[0];
     type.RemoveExtension();
+    const AK_String outer = _directoryToLoad;   // formula code of a new object may load another one
     _directoryToLoad = dir;
     AK_Object* component = CreateComponent(id, type);
-    _directoryToLoad = "";
+    _directoryToLoad = outer;
     if (component) AddComponent(component);
     return component;
 }
 
 AK_Object* AK_Object::LoadedComponent(const AK_String& id)
 {
-    AK_String plain = id;
-    if (_projectDir.IsEmpty() || plain.ReplaceNonAlNum('_') > 0) return nullptr;   // no id: "." must find nothing
+    if (_projectDir.IsEmpty()) return nullptr;
     AK_Object* component = ComponentFromDirectory(id, _projectDir + "/" + id);
     if (component) component->LoadProject(_projectDir + "/" + id);
     return component;

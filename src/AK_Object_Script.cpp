@@ -1,22 +1,237 @@
-// Formula code of classes and macros: the seam between the object tree and the formula language. No class has formula
-// code yet, and a "cint" macro is refused.
+// Formula code of classes and macros: the seam between the object tree and the formula language.
+//
+// A class may bring a file of formula code. A function in it that takes one char array and bears the name of an
+// attribute serves that attribute, for Get (it fills the array) as for Set (it finds the value there); "Init" runs when
+// the code is loaded and "Update" when an object is updated. A "cint" macro is such code too: its "main" runs, and
+// nothing of it stays defined.
+//
+// Code runs on behalf of an object, the top of the stack _curObj: its paths begin there. The namespaces of all classes
+// lie directly below the language's root, whatever code is running while a class is first used: a class outlives the
+// macro that needed it.
 
 #include "AK_Object.h"
+#include "AK_Object_Internal.h"
 
-Namespace* AK_Object::Load_QVT_SCI_code(const AK_String&) { return nullptr; }
+#include "qvt_sci.h"
 
-void AK_Object::Execute_QVT_SCI_code(const AK_String& file)
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+// An attribute's text as formula code receives and returns it; a longer value gets a buffer of its own length.
+static constexpr size_t textBufferSize = 131072;
+
+// A line of the language's messages in a report.
+static constexpr int maxMessageLine = 511;
+
+static const char* const codeMarker = "//qvt_sci";   // what begins like this is code, not the name of a file
+
+namespace {
+
+// Makes a namespace active and puts the one before it back at the end.
+class ActiveNamespace {
+public:
+    explicit ActiveNamespace(Namespace* space) : _before(qvt_sci_NamespaceGetCurrent())
+    {
+        qvt_sci_NamespaceSwitchTo(space);
+    }
+    ~ActiveNamespace() { qvt_sci_NamespaceSwitchTo(_before); }
+    ActiveNamespace(const ActiveNamespace&) = delete;
+    ActiveNamespace& operator=(const ActiveNamespace&) = delete;
+
+private:
+    Namespace* _before;
+};
+
+// Collects the messages of a parse; afterwards they go to standard output, where the terminal shows them.
+class CapturedMessages {
+public:
+    CapturedMessages() : _file(std::tmpfile())
+    {
+        if (_file) qvt_sci_ResetOutputStream(_file);
+    }
+    ~CapturedMessages()
+    {
+        qvt_sci_ResetOutputStream(stdout);
+        if (_file) std::fclose(_file);
+    }
+    CapturedMessages(const CapturedMessages&) = delete;
+    CapturedMessages& operator=(const CapturedMessages&) = delete;
+
+    AK_String Text()
+    {
+        AK_String text;
+        if (!_file) return text;
+        std::rewind(_file);
+        char line[maxMessageLine + 1];
+        while (std::fgets(line, sizeof line, _file)) text.Append(line);
+        return text;
+    }
+
+private:
+    std::FILE* _file;
+};
+
+}   // namespace
+
+/// The language's root, with the functions of the object tree defined in it.
+static Namespace* GlobalNamespace()
 {
-    _execStatus = AK_String("cannot run formula code '") + file + "'";
+    static Namespace* global = nullptr;
+    if (!global) {
+        global = qvt_sci_NamespaceGetCurrent();
+        DefineObjectFunctions();
+    }
+    return global;
 }
 
-int AK_Object::qvt_sci_Get(Namespace*, const AK_String&, AK_String&) const { return 0; }
+// Parses into the active namespace; the number of errors, which are reported.
+static int ParseCode(std::FILE* file, const AK_String& source)
+{
+    CapturedMessages messages;
+    Namespace* space = qvt_sci_NamespaceGetCurrent();
+    const int errors = file ? qvt_sci_Parse(file) : qvt_sci_ParseString(source.c_str());
+    qvt_sci_NamespaceSwitchTo(space);   // an error inside a function leaves that function's namespace active
+    if (errors) AK_MSG("INFO:" << errors << " syntax errors in QVT_SCI file " << source << ":\n" << messages.Text());
+    return errors;
+}
 
-int AK_Object::qvt_sci_Set(Namespace*, const AK_String&, const AK_String&) { return 0; }
+Symbol* AK_Object::FormulaFunction(Namespace* space, const AK_String& name, const char* formals)
+{
+    if (!space) return nullptr;
+    const ActiveNamespace active(space);
+    Symbol* function = qvt_sci_FuncPtr(name.c_str());
+    return qvt_sci_Takes(function, formals) ? function : nullptr;
+}
 
-void AK_Object::qvt_sci_Update(Namespace*) {}
+// What a function must take to serve an attribute.
+static const char* const oneText = "char[]";
 
-void AK_Object::List_QVT_SCI_predefined(const AK_String&) {}
+AK_Object::CodeOf::CodeOf(const AK_Object* object) : _call(object) { _curObj.Append(const_cast<AK_Object*>(object)); }
+
+AK_Object::CodeOf::~CodeOf() { _curObj.Remove(_curObj.Size() - 1); }
+
+// Runs the code that belongs to no function, then a function that takes nothing, if there is one of that name.
+void AK_Object::RunLoadedCode(const char* function)
+{
+    const CodeOf running(this);
+    qvt_sci_InitAll();
+    if (Symbol* symbol = FormulaFunction(qvt_sci_NamespaceGetCurrent(), function, "")) qvt_sci_Call(symbol);
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Loading
+// ----------------------------------------------------------------------------------------------------------------
+
+Namespace* AK_Object::Load_QVT_SCI_code(const AK_String& source)
+{
+    const ActiveNamespace global(GlobalNamespace());
+    std::FILE* file = nullptr;
+    AK_String name = source;
+    if (!source.StartsWith(codeMarker)) {
+        name = AttributeFile(source, "cint", nullptr);
+        if (!AK_System::FileExists(name)) return nullptr;   // a class without code is normal
+        file = std::fopen(name.c_str(), "r");
+        if (!file) {
+            AK_MSG("cannot open QVT_SCI file " << name);
+            return nullptr;
+        }
+    }
+    Namespace* space = qvt_sci_NamespaceCreate();
+    if (space) {
+        const ActiveNamespace active(space);
+        if (ParseCode(file, name) == 0) RunLoadedCode("Init");
+    } else
+        AK_MSG("cannot create QVT_SCI namespace!");
+    if (file) std::fclose(file);
+    return space;
+}
+
+void AK_Object::Execute_QVT_SCI_code(const AK_String& name)
+{
+    if (!AK_System::FileExists(name)) return;
+    std::FILE* file = std::fopen(name.c_str(), "r");
+    if (!file) {
+        AK_MSG("cannot open QVT_SCI file " << name);
+        return;
+    }
+    const ActiveNamespace global(GlobalNamespace());
+    Namespace* space = qvt_sci_NamespaceCreate();
+    if (space) {
+        const ActiveNamespace active(space);
+        if (ParseCode(file, name) == 0)
+            RunLoadedCode("main");
+        else
+            _execStatus = AK_String("syntax errors in QVT_SCI file ") + name;
+    } else
+        AK_MSG("cannot create QVT_SCI namespace!");
+    std::fclose(file);
+    qvt_sci_NamespaceDestroy(space);
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Attributes and updates
+// ----------------------------------------------------------------------------------------------------------------
+
+// Calls an attribute function with a buffer that holds `text` and has room for what the function makes of it.
+static AK_String CallWithText(Symbol* function, const char* text)
+{
+    const size_t length = std::strlen(text);
+    const size_t size = length < textBufferSize ? textBufferSize : length + 1;
+    auto* buf = static_cast<char*>(std::calloc(size, 1));
+    AK_ASSERT(buf);
+    std::memcpy(buf, text, length);
+    qvt_sci_BindArgLength(function, 0, int64_t(size));
+    qvt_sci_Call(function, buf);
+    buf[size - 1] = 0;
+    AK_String result(buf);
+    std::free(buf);
+    return result;
+}
+
+int AK_Object::qvt_sci_Get(Namespace* space, const AK_String& attr, AK_String& result) const
+{
+    Symbol* function = FormulaFunction(space, attr, oneText);
+    if (!function) return 0;
+    _execStatus = "";
+    const CodeOf running(this);
+    result = CallWithText(function, "");
+    return 1;
+}
+
+int AK_Object::qvt_sci_Set(Namespace* space, const AK_String& attr, const AK_String& value)
+{
+    Symbol* function = FormulaFunction(space, attr, oneText);
+    if (!function) return 0;
+    _execStatus = "";
+    const CodeOf running(this);
+    CallWithText(function, value.c_str());
+    SetExecTime(attr);
+    return 1;
+}
+
+void AK_Object::qvt_sci_Update(Namespace* space)
+{
+    Symbol* function = FormulaFunction(space, "Update", "");
+    if (!function) return;
+    const CodeOf running(this);
+    qvt_sci_Call(function);
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// The language for its users; background runs
+// ----------------------------------------------------------------------------------------------------------------
+
+void AK_Object::List_QVT_SCI_predefined(const AK_String& fileName)
+{
+    const AK_String text =
+        AK_String("INFO:QVT_SCI-Interpreter predefined variables and functions\n") + ObjectFunctionsText();
+    AK_MSG(text);
+    if (fileName.IsEmpty()) return;
+    std::FILE* file = std::fopen(fileName.c_str(), "w");
+    const bool written = file && std::fputs(text.c_str(), file) >= 0;
+    if ((file && std::fclose(file) != 0) || !written) _execStatus = AK_String("cannot open ") + fileName;
+}
 
 void AK_Object::StartInBackground(const AK_String& args)
 {

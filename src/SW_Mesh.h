@@ -1,0 +1,216 @@
+// The terrain: a surface of triangles and quadrilaterals over the x-y plane, whose vertices carry a height.
+//
+// All avalanche physics runs on a mesh. It tells which cell lies under a point and with which weights, the normal and
+// area of a cell, and which cells and edges a straight line crosses. Its type in the tree is "DHM".
+//
+// Face k of a cell is the directed edge from corner k to the next corner; corners run counter-clockwise seen from +z:
+//
+//        2                3-------2           _lcc[cell][k] is the neighbour across face k,
+//       / \               |   2   |           -1 where the mesh ends
+//     2/   \1            3|       |1
+//     /     \             |   0   |
+//    0-------1            0-------1
+//        0
+//
+// While workers run the mesh does not change, and they may call every const query that is marked so. A query that
+// starts without a cell (-1) draws random numbers on an irregular mesh and is for the main thread.
+
+#pragma once
+
+#include "AK_VisObj3d.h"
+#include "SW_Mesh_Query.h"
+
+#include <memory>
+
+class SW_ContourLines;
+class SW_Polyline;
+
+/// A point where a line crosses an edge of the mesh: x = x(vertex0) + t * (x(vertex1) - x(vertex0)).
+struct SW_MeshEdgeIntersection {
+    int vertex0, vertex1;
+    double t;
+};
+
+class SW_Mesh : public AK_Class<SW_Mesh, AK_VisObj3d> {
+public:
+    static constexpr const char* className = "SW_Mesh";
+    static std::span<const Row> Rows();
+
+    SW_Mesh(const AK_String& id, AK_Object* parent);
+    ~SW_Mesh() override;
+    void Update() override;
+    int SaveData(AK_Stream& stream) const override;
+    int LoadData(AK_Stream& stream) override;
+    /// 0 without vertices; else the extremes over all vertices and copies, and 1.
+    int BoundingBox(float* lo, float* hi) const override;
+
+    // ---- geometry: read freely, changed by the operations below
+    AK_List<AK_Vec> _x{1};               // vertices, m
+    AK_List<IA4> _lcv{1};                // cell -> its vertices; a triangle has -1 in slot 3
+    AK_List<IA4> _lcc{1};                // cell -> its neighbours across faces, -1 for none; empty until computed
+    AK_List<AK_Vec> _vertexNormals{1};   // m2: a share of each adjoining cell's area vector; not normalised
+    AK_List<int> _segments{1};           // break lines of an irregular mesh, two vertices each
+
+    int NumVertices() const { return _x.Size(); }
+    int NumCells() const { return _lcv.Size(); }
+    bool IsCartesian() const { return _isCartesian != 0; }
+    bool IsHoneyComb() const { return !_isCartesian && _isHoneyComb; }
+    const SW_Grid& Grid() const { return _grid; }   // of a regular mesh
+    double ProjectedArea() const;                   // m2, seen from above
+    double Resolution() const;                      // m: mean cell size
+
+    /// The mesh as one kind, for loops; `loop` is called with the view. The mesh must not change meanwhile.
+    template <class Loop>
+    auto WithView(const Loop& loop) const
+    {
+        if (_isCartesian) return loop(SW_CartesianView{_grid, _x.Data(), _lcv.Data()});
+        if (_isHoneyComb) return loop(SW_HoneyCombView{_grid, _x.Data(), _lcv.Data()});
+        return loop(SW_IrregularView{_x.Data(), _lcv.Data(), _lcc.Data(), _lcv.Size()});
+    }
+
+    // ---- point location and interpolation (SW_Mesh_Query.cpp); workers may call these with a start of 0 or above
+
+    /// The cell under p, -1 outside. `start` is where an irregular mesh begins to search, -1 for anywhere.
+    int CellContainingPoint(const AK_Vec2& p, int start) const;
+    /// The cell of the surface point nearest along the normal; see CellContainingPointIterativeIn.
+    int CellContainingPointIterative(const AK_Vec& p, int start, double* w) const;
+    int IndexOfCellFaceSeeingPoint(const AK_Vec2& p, int cell) const;
+    /// Interpolation weights of p in a cell, in corner order; they sum to 1. p may lie outside the cell: weights then
+    /// leave [0, 1]. A cell of zero area is fatal.
+    void GetWeights(int cell, const AK_Vec2& p, double* w) const;
+    float InterpolatedScalar(int cell, const double* w, const float* f) const
+    {
+        return InterpolatedScalarIn(_lcv[cell], w, f);
+    }
+    AK_Vec InterpolatedVector(int cell, const double* w, const AK_List<AK_Vec>& v) const
+    {
+        return InterpolatedVectorIn(_lcv[cell], w, v.Data());
+    }
+    void ProjectOntoCell(AK_Vec& p, int cell) const;   // p.z becomes the height of the surface there
+    int Project(AK_Vec& p, int start) const;           // finds the cell first; -1 outside, with p as it was
+    AK_Vec CellCenter(int cell) const;                 // mean of the corners
+    AK_Vec CellNormal(int cell) const { return AreaVector(_lcv[cell], _x.Data()); }
+    /// In the surface, outward, as long as the face; the mean of the two cells' normals counts. Needs neighbours.
+    AK_Vec FaceNormal(int cell, int face) const;
+    AK_Vec Normal() const;   // sum of all area vectors
+
+    // ---- walks, for the main thread (SW_Mesh_Walk.cpp)
+    AK_Vec RandomPointInCell(int cell) const;   // drawn uniformly from two random numbers
+    int NeighborCell(int cell, int face) const { return _lcc[cell][face]; }
+    /// Steps to the next face, each shared one once; 0 at the end. Needs neighbours.
+    int NextFace(int& cell, int& face) const;
+    void GetNeighborVertices(int vertex, AK_List<int>& out) const;
+    /// Appends the cells under a -> b, and where the line leaves each of them (crossings may be null). Nothing when a
+    /// lies outside.
+    void GetCellsAlongLine(const AK_Vec2& a, const AK_Vec2& b, AK_List<int>* cells, AK_List<AK_Vec2>* crossings) const;
+    int IndexOfExitFaceAlongLine(int cell, const AK_Vec2& a, const AK_Vec2& b) const;
+    void GetMeshEdgeIntersectionsAlongLine(const AK_Vec2& a, const AK_Vec2& b,
+                                           AK_List<SW_MeshEdgeIntersection>& out) const;
+    void GetMeshEdgeIntersectionsAlongPolyline(const SW_Polyline& line, AK_List<SW_MeshEdgeIntersection>& out) const;
+
+    // ---- building (SW_Mesh.cpp, SW_Mesh_Connectivity.cpp)
+    void Clear();
+    void SetVertexMesh(int n);   // n vertices at the origin and no cells: particles
+    void AddVertex(const AK_Vec& p) { _x.Append(p); }
+    void RemoveVertex(int i);   // the last one takes its place; cells are left alone
+    /// Makes the cells of a regular grid over vertices that stand; the grid is the mesh's from now on.
+    void SetCartesianCells(const SW_Grid& grid);
+    void SetHoneyCombCells(const SW_Grid& grid);
+    void ComputeConnectivity();
+    void ComputeVertexNormals();
+    void ComputeLvv() const;
+    int _skipData = 0;   // 1: the record is not written and not read, for a mesh that others own
+
+    // ---- rasters (SW_Mesh_Raster.cpp, SW_Mesh_NoData.cpp)
+    static constexpr double noData = -1.8725e-50;   // a height that no tile has given yet
+
+    /// Reads geometry by the extension of the name; nReduce halvings of a raster. Side files of the same name follow:
+    /// names and labels (.ano), a picture (.jpg, .ppm).
+    void Import(const AK_String& path, int nReduce);
+    /// Writes the surface by the extension of the name. (SW_Mesh_Export.cpp)
+    void Export(const AK_String& path);
+    void LoadE00(const AK_String& path, int nReduce);   // one ESRI ASCII grid
+    void LoadTiles(const AK_String& paths);             // several, joined by "%AK_SEP%"
+    /// Extent between the first and last raster point of the raw header, and cell size; non-zero on success.
+    static int GetGridParameters(const AK_String& path, AK_Vec2& xMin, AK_Vec2& xMax, double& cellSize);
+    void RemoveNoDataAreas(double noDataValue);
+    /// Gives every missing height of a Cartesian grid a value; given heights stay. Without any given height the mesh
+    /// loses its cells, with a warning.
+    void InterpolateNoDataValuesMultigrid(double noDataValue);
+    static void InterpolateNoDataValuesMultigrid(int nx, int ny, AK_List<double>& z, double noDataValue);
+    void InterpolateNoDataValues(int nIterations, double noDataValue);
+
+    // ---- contour lines (SW_Mesh_Contour.cpp)
+    void ComputeContourLines();
+    void ExportContourLines(const AK_String& path);
+    /// True if a line of the level enters the cell through the face: the value falls along it.
+    int HasContourLineEntranceFace(int cell, int face, const float* f, float level) const;
+    int IndexOfContourLineExitFace(int cell, int face, const float* f, float level) const;
+    /// Takes a line through one cell; 0 if it has no exit.
+    int AppendContourLine(int cell, int face, const float* f, float level, int& exitFace,
+                          AK_List<AK_Vec>& points) const;
+
+    AK_String MeshNamesList() const;   // the other meshes of the tree, as paths from here
+
+    /// Writes the text of the coordinate system that came with the raster beside another one, so that a GIS puts that
+    /// in the right place. Nothing if none came. (SW_Mesh_Export.cpp)
+    void WriteProjectionBeside(const AK_String& raster) const;
+
+protected:
+    void Draw() override;   // (SW_Mesh_Draw.cpp)
+
+private:
+    void SetInclinationColor(const AK_Vec& normal) const;
+    void SetContourLineColor() const;
+    void DrawFaces() const;
+    void DrawContourLines() const;
+    void DrawBreakLines();
+    void DrawConnectivity();
+    void DrawNodeLabels() const;
+    void DrawCoordinateGrid() const;
+    static AK_String ReadProjection(const AK_String& path);
+    void WriteGrid(std::FILE* file) const;
+    void SizeGridForExport();
+    void TakeGrid(const SW_Grid& grid);
+    int RandomStartCell(const AK_Vec2& p) const;
+    void RemoveAllCells();
+    void FinishRaster(const SW_Grid& grid, double noDataValue);
+    void ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& grid);
+    void DeriveGridDescription();
+    void ImportSideFiles(const AK_String& path);
+    bool ReadRecord(AK_Stream& stream, bool narrow);
+    bool ReadGrid(AK_Stream& stream, bool narrow, bool cartesian, int numCells);
+
+    int _isCartesian = 0;     // a regular grid of quadrilaterals
+    int _isHoneyComb = 0;     // a regular grid of triangles, unless the flag above is set
+    SW_Grid _grid;            // of the cells of a regular mesh
+    AK_Vec _totalNormal;      // m2: sum of all area vectors
+    mutable AK_List<AK_List<int>> _lvv{1};   // vertex -> neighbour vertices, built on demand
+    std::unique_ptr<SW_ContourLines> _contourLines;
+    AK_String _projection;   // text of the coordinate system that came with the raster, "" for none
+
+    // What the next grid, cover or export is to be like. The cells of a regular mesh keep to _grid: these can be
+    // changed at any time and come back from a saved project rounded to 15 digits.
+    int _nx = 50, _ny = 20;
+    double _dx = 5.0, _dy = 0;
+    AK_Vec2 _xll{0, 0}, _xor{1000, 1000};
+    AK_String _baseMesh;
+    int _numNoDataIterations = 1000;   // 0 removes areas without data, anything else fills them
+
+    AK_Vec2 _xActive{0, 0};   // m: where HActive and NActive answer for
+    int _displayFaces = 1;
+    int _smoothShading = 1;
+    int _shadeIncl = 0;
+    double _inclMin = 30.0, _inclMax = 60.0;   // degrees
+    double _breakLinesAngle = 0.0;             // degrees
+    int _displayConnectivity = 0;
+    int _displayNodeLabels = 0;
+    int _drawGrid = 0;
+    double _gridSize = 100.0;   // m
+    int _displayContourLines = 1;
+    double _contourLinesMinorStep = 20.0, _contourLinesMajorStep = 100.0;   // m
+    double _contourLinesMinorWidth = 1.0, _contourLinesMajorWidth = 2.0;    // pixels
+    int _contourLinesLabelled = 1;
+    double _contourLinesLabelDistance = 500.0;   // m
+    AK_String _contourLinesLabelsFont = "TIMES_ROMAN_10";
+};

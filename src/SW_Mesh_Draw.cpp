@@ -1,0 +1,178 @@
+// Drawing of a mesh through the table of drawing calls: faces, contour lines, numbers, links, a coordinate grid.
+
+#include "SW_Mesh.h"
+
+#include "SW_Mesh_Contour.h"
+
+#include "AK_sogl.h"
+
+#include <cmath>
+
+static constexpr double radians = 3.14159265358979323846 / 180;
+static constexpr double breakLinesOff = 0.1;   // degrees: an angle up to this draws none
+static constexpr int maxGridLines = 10000;     // of a coordinate grid with a size far too small for the mesh
+
+void SW_Mesh::Update()
+{
+    if (!IsShown()) return;
+    const bool stepsChanged =
+        ExecTime("ContourLinesMinorStep") > _updateTime || ExecTime("ContourLinesMajorStep") > _updateTime;
+    if (_displayContourLines && (!_contourLines || stepsChanged)) ComputeContourLines();
+    if (_vertexNormals.Size() != NumVertices()) ComputeVertexNormals();
+    AK_Class::Update();
+}
+
+void SW_Mesh::Draw()
+{
+    if (NumCells() == 0) return;
+    if (_displayFaces) DrawFaces();
+    aglDisable(GL_LIGHTING);
+    if (_displayContourLines && _contourLines) DrawContourLines();
+    if (_breakLinesAngle > breakLinesOff) DrawBreakLines();
+    if (_displayConnectivity) DrawConnectivity();
+    if (_displayNodeLabels) DrawNodeLabels();
+    if (_drawGrid) DrawCoordinateGrid();
+}
+
+static void Vertex(const AK_Vec& p) { aglVertex3f(float(p.x), float(p.y), float(p.z)); }
+
+static void DrawTextAt(const AK_Vec& p, const AK_BitmapFont* font, const AK_String& text)
+{
+    aglRasterPos3f(float(p.x), float(p.y), float(p.z));
+    for (const char* s = text.c_str(); *s; ++s) aglutBitmapCharacter(font, *s);
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Faces
+// ----------------------------------------------------------------------------------------------------------------
+
+// Red where the slope lies between the two angles, else the object's own colour.
+void SW_Mesh::SetInclinationColor(const AK_Vec& normal) const
+{
+    if (!_shadeIncl) return;
+    const double cosine = normal.z / Length(normal);
+    if (std::cos(_inclMax * radians) <= cosine && cosine <= std::cos(_inclMin * radians))
+        aglColor4f(1, 0, 0, _opacity);
+    else
+        aglColor4f(_color[0], _color[1], _color[2], _opacity);
+}
+
+void SW_Mesh::DrawFaces() const
+{
+    const auto setNormal = [&](const AK_Vec& area) {
+        const AK_Vec n = Normalized(area);
+        aglNormal3f(float(n.x), float(n.y), float(n.z));
+        SetInclinationColor(n);
+    };
+    for (int corners : {3, 4}) {
+        aglBegin(corners == 3 ? GL_TRIANGLES : GL_QUADS);
+        for (int cell = 0; cell < NumCells(); ++cell) {
+            const IA4& c = _lcv[cell];
+            if (NumCorners(c) != corners) continue;
+            if (!_smoothShading) setNormal(CellNormal(cell));
+            for (int k = 0; k < corners; ++k) {
+                if (_smoothShading) setNormal(_vertexNormals[c[k]]);
+                Vertex(_x[c[k]]);
+            }
+        }
+        aglEnd();
+    }
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Lines and texts
+// ----------------------------------------------------------------------------------------------------------------
+
+// The variables "$cont_lines_col" and "$cont_lines_inv_bg_col" choose the colour.
+void SW_Mesh::SetContourLineColor() const
+{
+    AK_Vec color;
+    const AK_String own = VariableValue("$cont_lines_col");
+    if (!own.IsEmpty()) AK_FromText(color, own);
+    if (VariableValue("$cont_lines_inv_bg_col") == "0")
+        aglColor3f(float(color.x), float(color.y), float(color.z));
+    else
+        SetInverseColor(_viewerBgCol);
+}
+
+void SW_Mesh::DrawContourLines() const
+{
+    const AK_BitmapFont* font = AK_FindBitmapFont(_contourLinesLabelsFont.c_str());
+    SetContourLineColor();
+    for (int i = 0; i < _contourLines->Size(); ++i) {
+        SW_ContourLine& line = (*_contourLines)[i];
+        const double offMajor = std::fabs(std::fmod(double(line._value), _contourLinesMajorStep));
+        const bool minor = offMajor >= 0.1 * _contourLinesMinorStep;
+        line._labelDistance = float(_contourLinesLabelDistance);
+        line._font = font;
+        line._labelled = !minor && _contourLinesLabelled;
+        aglLineWidth(float(minor ? _contourLinesMinorWidth : _contourLinesMajorWidth));
+        line.Update();
+    }
+}
+
+void SW_Mesh::DrawBreakLines()
+{
+    if (_lcc.Size() == 0) ComputeConnectivity();
+    const double limit = std::cos(_breakLinesAngle * radians);
+    aglColor3f(0, 0, 0);
+    aglBegin(GL_LINES);
+    for (int cell = 0; cell < NumCells(); ++cell) {
+        const IA4& c = _lcv[cell];
+        for (int k = 0; k < NumCorners(c); ++k) {
+            const int other = _lcc[cell][k];
+            if (other < cell || Dot(Normalized(CellNormal(cell)), Normalized(CellNormal(other))) >= limit) continue;
+            Vertex(_x[c[k]]);
+            Vertex(_x[c[NextCorner(c, k)]]);
+        }
+    }
+    aglEnd();
+}
+
+void SW_Mesh::DrawConnectivity()
+{
+    if (_lcc.Size() == 0) ComputeConnectivity();
+    aglBegin(GL_LINES);
+    for (int cell = 0; cell < NumCells(); ++cell)
+        for (int k = 0; k < 4; ++k) {
+            if (_lcc[cell][k] < 0) continue;
+            const AK_Vec center = CellCenter(cell);
+            Vertex(center);
+            Vertex((center + CellCenter(_lcc[cell][k])) * 0.5);
+        }
+    aglEnd();
+}
+
+void SW_Mesh::DrawNodeLabels() const
+{
+    const AK_BitmapFont* font = AK_FindBitmapFont("8_BY_13");
+    for (int i = 0; i < NumVertices(); ++i) DrawTextAt(_x[i], font, AK_String(i, "%d"));
+}
+
+void SW_Mesh::DrawCoordinateGrid() const
+{
+    float lo[3], hi[3];
+    if (!BoundingBox(lo, hi) || !(_gridSize > 0)) return;
+    const auto rounded = [&](float v) { return std::trunc(double(v) / _gridSize + (v < 0 ? -0.5 : 0.5)) * _gridSize; };
+    const AK_Vec min{rounded(lo[0]), rounded(lo[1]), hi[2]};
+    const AK_Vec max{rounded(hi[0]), rounded(hi[1]), hi[2]};
+    const double columns = (max.x - min.x) / _gridSize;
+    const double rows = (max.y - min.y) / _gridSize;
+    if (!(columns < maxGridLines) || !(rows < maxGridLines)) return;
+    aglBegin(GL_LINES);
+    for (int i = 0; i <= int(columns + 0.5); ++i) {
+        Vertex({min.x + i * _gridSize, min.y, min.z});
+        Vertex({min.x + i * _gridSize, max.y, min.z});
+    }
+    for (int j = 0; j <= int(rows + 0.5); ++j) {
+        Vertex({min.x, min.y + j * _gridSize, min.z});
+        Vertex({max.x, min.y + j * _gridSize, min.z});
+    }
+    aglEnd();
+    const AK_BitmapFont* font = AK_FindBitmapFont("8_BY_13");
+    const auto label = [&](double x, double y) {
+        DrawTextAt({x, y, min.z}, font, AK_String(x, "%.15g") + ", " + AK_String(y, "%.15g"));
+    };
+    for (int i = 0; i <= int(columns + 0.5); ++i) label(min.x + i * _gridSize, min.y);
+    for (int j = 1; j <= int(rows + 0.5); ++j) label(min.x, min.y + j * _gridSize);
+}

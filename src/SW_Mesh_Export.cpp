@@ -1,0 +1,94 @@
+// The surface as text: point list and ESRI ASCII grid; the coordinate system that goes with a raster.
+
+#include "SW_Mesh.h"
+
+#include "SW_Mesh_Contour.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+static constexpr double writtenNoData = -9999;
+
+// A coordinate system's text is a line or a few; what is longer is none.
+static constexpr long maxProjectionText = 20000;
+
+AK_String SW_Mesh::ReadProjection(const AK_String& path)
+{
+    AK_TextReader reader(path);
+    if (!reader.IsOpen() || reader.Size() > maxProjectionText) return "";
+    AK_List<char> text(int(reader.Size()) + 1);
+    for (int byte = reader.ReadByte(); byte >= 0; byte = reader.ReadByte()) text.Append(char(byte));
+    return AK_String(text.begin(), text.end());
+}
+
+void SW_Mesh::WriteProjectionBeside(const AK_String& raster) const
+{
+    if (_projection.IsEmpty()) return;
+    AK_String path = raster;
+    path.RemoveExtension();
+    path.AppendExtension("prj");
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    const bool written = file && std::fputs(_projection.c_str(), file) >= 0;
+    if ((file && std::fclose(file) != 0) || !written) AK_MSG("WARNING: cannot write " << path);
+}
+
+static void WritePoints(std::FILE* file, const AK_List<AK_Vec>& points)
+{
+    for (const AK_Vec& p : points) std::fprintf(file, "%.10g %.10g %.10g\n", p.x, p.y, p.z);
+}
+
+// Heights at the points of the lattice that the attributes describe, from the top row down.
+void SW_Mesh::WriteGrid(std::FILE* file) const
+{
+    std::fprintf(file, "ncols         %d\nnrows         %d\n", _nx + 1, _ny + 1);
+    std::fprintf(file, "xllcenter     %.10g\nyllcenter     %.10g\n", _xll.x, _xll.y);
+    std::fprintf(file, "cellsize      %.10g\nNODATA_value  %g\n", _dx, writtenNoData);
+    int cell = -1;
+    for (int j = _ny; j >= 0; --j) {
+        for (int i = 0; i <= _nx; ++i) {
+            const AK_Vec2 p(i * _dx + _xll.x, j * _dx + _xll.y);
+            cell = CellContainingPoint(p, -1);
+            if (cell < 0) {
+                std::fprintf(file, "%g ", writtenNoData);
+                continue;
+            }
+            double weights[4];
+            GetWeights(cell, p, weights);
+            std::fprintf(file, "%.8g ", InterpolatedVector(cell, weights, _x).z);
+        }
+        std::fputc('\n', file);
+    }
+}
+
+// What is no Cartesian grid is sampled over its box.
+void SW_Mesh::SizeGridForExport()
+{
+    if (_isCartesian || !(_dx > 0)) return;
+    _nx = int(std::clamp((_xor.x - _xll.x) / _dx + 1.0, 0.0, INT_MAX - 1.0));
+    _ny = int(std::clamp((_xor.y - _xll.y) / _dx + 1.0, 0.0, INT_MAX - 1.0));
+}
+
+void SW_Mesh::Export(const AK_String& path)
+{
+    static constexpr const char* rasters[] = {"e00", "E00", "asc", "ASC", "txt", "TXT"};
+    const AK_String extension = path.Extension();
+    const bool points = extension == "xyz";
+    const bool grid = std::any_of(std::begin(rasters), std::end(rasters),
+                                  [&](const char* raster) { return extension == raster; });
+    if (points || grid) {
+        if (grid) SizeGridForExport();
+        std::FILE* file = std::fopen(path.c_str(), "w");
+        bool written = file != nullptr;
+        if (file) {
+            AK_MSG("writing '" << path << "'...");
+            points ? WritePoints(file, _x) : WriteGrid(file);
+            written = !std::ferror(file);
+            written = std::fclose(file) == 0 && written;
+        }
+        if (!written) _execStatus = AK_String("cannot open file '") + path + "'";
+        if (written && grid) WriteProjectionBeside(path);
+    }
+    AK_MSG("exported to '" << path << "'");
+}

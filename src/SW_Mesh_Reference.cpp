@@ -1,0 +1,38 @@
+// Names of meshes: from the text of an attribute to the mesh, and back to the path that is shown.
+
+#include "SW_Mesh_Reference.h"
+
+#include "SW_Mesh.h"
+
+#include <cstring>
+
+void SW_MeshReference::Set(const AK_Object& owner, const SW_Mesh& mesh) { _text = mesh.IdAbs(&owner); }
+
+AK_String SW_MeshReference::Path(const AK_Object& owner) const
+{
+    // What is a relative path is not looked up: that would load a mesh from disc only to print its name.
+    if (_text.IsEmpty() || _text.StartsWith("../")) return _text;
+    const SW_Mesh* mesh = Find(owner);
+    return mesh ? mesh->IdAbs(&owner) : _text;
+}
+
+SW_Mesh* SW_MeshReference::Find(const AK_Object& owner, const AK_String& text)
+{
+    if (text.IsEmpty()) return nullptr;
+    AK_Object* root = owner.Root();
+    SW_Mesh* mesh = dynamic_cast<SW_Mesh*>(const_cast<AK_Object&>(owner).ObjectById(text));
+    if (!mesh) mesh = dynamic_cast<SW_Mesh*>(root->ObjectById(text));
+    if (!mesh && !std::strchr(text.c_str(), '/'))
+        mesh = dynamic_cast<SW_Mesh*>(root->ObjectById(AK_String("Project/DHMs/") + text));
+    return mesh;
+}
+
+AK_String SW_PathsOfType(const AK_Object& from, const char* type)
+{
+    AK_List<AK_Object*> found(1);
+    from.Root()->GetObjectsOfType(type, found);
+    AK_String list;
+    for (const AK_Object* object : found)
+        if (object != &from) list = list + object->IdAbs(&from) + ak_sep;
+    return list;
+}

@@ -1,0 +1,31 @@
+// How one object names a mesh: by a path, or by the bare name of a mesh of the project's terrain.
+
+#pragma once
+
+#include "AK_Object.h"
+
+class SW_Mesh;
+
+/// A mesh that an object refers to by name: what lies behind attributes such as BaseMeshName.
+///
+/// The text is kept as it was given, since the mesh may not be there yet, or no longer. It can be a path from the
+/// object, a path from the root with or without the root's id or "root", or the bare name of a mesh under
+/// "Project/DHMs".
+class SW_MeshReference {
+public:
+    void Set(const AK_String& text) { _text = text; }
+    void Set(const AK_Object& owner, const SW_Mesh& mesh);
+
+    bool IsEmpty() const { return _text.IsEmpty(); }
+    /// The path of the mesh from the object; a text that leads to no mesh as it is.
+    AK_String Path(const AK_Object& owner) const;
+    /// The mesh, null if there is none of that name. It is loaded if it lies on disc only.
+    SW_Mesh* Find(const AK_Object& owner) const { return Find(owner, _text); }
+    static SW_Mesh* Find(const AK_Object& owner, const AK_String& text);
+
+private:
+    AK_String _text;
+};
+
+/// All objects of a type in the tree but `from` itself, as paths from it, each followed by the list separator.
+AK_String SW_PathsOfType(const AK_Object& from, const char* type);

@@ -1,0 +1,215 @@
+// Points and annotations of lines in plain text: xy, xyz, nxyz, ano and the vertices of release files.
+
+#include "SW_Polyline_Points.h"
+
+#include "SW_Polyline_Text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+int AK_Polyline::_importXDICT = 0;
+
+void AK_Polyline::WidenBox(AK_Vec& lo, AK_Vec& hi, bool& isFirst) const
+{
+    for (const AK_Vec& p : _x) {
+        if (isFirst) lo = hi = p;
+        isFirst = false;
+        lo = {std::min(lo.x, p.x), std::min(lo.y, p.y), std::min(lo.z, p.z)};
+        hi = {std::max(hi.x, p.x), std::max(hi.y, p.y), std::max(hi.z, p.z)};
+    }
+}
+
+static constexpr int maxLine = 511;      // characters of a line of text
+static constexpr int maxNumber = 2000;   // characters of a token: a number of a thousand digits is a number
+
+// ----------------------------------------------------------------------------------------------------------------
+// Annotations
+// ----------------------------------------------------------------------------------------------------------------
+
+// Gathers annotations as they are met. A std::string, since a file can consist of millions of them.
+static void AppendAnnotation(std::string& annotations, const AK_String& line)
+{
+    const char* begin = line.c_str();
+    const char* end = begin + line.Length();
+    while (end > begin && static_cast<unsigned char>(end[-1]) < ' ') --end;
+    annotations.append(begin, end);
+    if (annotations.empty() || annotations.back() != ';') annotations += ';';
+}
+
+static bool IsAnnotation(const AK_String& line) { return std::strchr(line.c_str(), '=') != nullptr; }
+
+// An entry a line. What has no "=" is no annotation, and a reader could take it for a number.
+static std::string AnnotationLines(const AK_String& annotations)
+{
+    AK_String text = annotations;
+    text.ReplaceAll('\n', ';');
+    AK_List<AK_String> entries(1);
+    text.Split(';', entries);
+    std::string lines;
+    for (const AK_String& entry : entries)
+        if (IsAnnotation(entry)) lines.append(entry.c_str()).append("\n");
+    return lines;
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// One line a file
+// ----------------------------------------------------------------------------------------------------------------
+
+void AK_Polyline::ReadPoints(AK_TextReader& reader, int dimension)
+{
+    _x.Clear();
+    std::string found;
+    AK_String line;
+    bool cut = false;
+    while (ReadTextLine(reader, line, maxLine, &cut)) {
+        double x[3] = {0, 0, 0};
+        if (IsAnnotation(line))
+            AppendAnnotation(found, line);
+        else if (!cut && (ScanCoordinates(line.c_str(), false, x, dimension) ||
+                          ScanCoordinates(line.c_str(), true, x, dimension)))
+            _x.Append({x[0], x[1], dimension > 2 ? x[2] : 0});
+    }
+    if (!found.empty()) annotations = found.c_str();
+}
+
+int AK_Polyline::ReadXy(const AK_String& path)
+{
+    AK_TextReader reader(path);
+    if (reader.IsOpen()) ReadPoints(reader, 2);
+    return reader.IsOpen() ? 0 : 1;
+}
+
+int AK_Polyline::ReadXyz(const AK_String& path)
+{
+    AK_TextReader reader(path);
+    if (reader.IsOpen()) ReadPoints(reader, 3);
+    return reader.IsOpen() ? 0 : 1;
+}
+
+int AK_Polyline::WritePoints(const AK_String& path, int dimension) const
+{
+    return WriteTextFile(path, [&](std::ostream& stream) {
+        stream << AnnotationLines(annotations);
+        for (const AK_Vec& p : _x) {
+            stream << AK_String(p.x, "%lf") << " " << AK_String(p.y, "%lf");
+            if (dimension > 2) stream << " " << AK_String(p.z, "%lf");
+            stream << "\n";
+        }
+    });
+}
+
+int AK_Polyline::WriteXy(const AK_String& path) const { return WritePoints(path, 2); }
+
+int AK_Polyline::WriteXyz(const AK_String& path) const { return WritePoints(path, 3); }
+
+// ----------------------------------------------------------------------------------------------------------------
+// Many lines a file
+// ----------------------------------------------------------------------------------------------------------------
+
+// Reads the next token of a file as a number; false at the end and for what is none.
+template <class Number>
+static bool ReadNumber(AK_TextReader& reader, Number& number)
+{
+    const auto isSpace = [](int byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); };
+    char token[maxNumber];
+    int length = 0;
+    int byte = reader.ReadByte();
+    while (isSpace(byte)) byte = reader.ReadByte();
+    for (; byte >= 0 && !isSpace(byte); byte = reader.ReadByte()) {
+        if (length == maxNumber) return false;
+        token[length++] = char(byte);
+    }
+    const char* begin = length > 1 && token[0] == '+' ? token + 1 : token;
+    const auto result = std::from_chars(begin, token + length, number);
+    return result.ec == std::errc() && result.ptr == token + length;
+}
+
+static bool ReadCoordinate(AK_TextReader& reader, double& x) { return ReadNumber(reader, x) && IsCoordinate(x); }
+
+// Tells of a line that a file ends within, or stops being numbers.
+static void WarnOfIncompleteLine(int expected, int found)
+{
+    AK_MSG("WARNING:a line that should have " << expected << " points ends after " << found
+                                              << ": the rest of the file is not read");
+}
+
+int AK_Polyline::ReadFromNxyz(AK_TextReader& reader)
+{
+    _x.Clear();
+    std::string found;
+    AK_String line;
+    int count = 0;
+    bool hasCount = false;
+    while (!hasCount && ReadTextLine(reader, line, maxLine)) {
+        if (IsAnnotation(line))
+            AppendAnnotation(found, line);
+        else
+            hasCount = ScanInt(line.c_str(), count);
+    }
+    annotations = found.c_str();
+    if (!hasCount || count < 0) return 0;
+    for (int i = 0; i < count; ++i) {
+        AK_Vec p;
+        if (!ReadCoordinate(reader, p.x) || !ReadCoordinate(reader, p.y) || !ReadCoordinate(reader, p.z)) {
+            WarnOfIncompleteLine(count, i);
+            return 0;
+        }
+        _x.Append(p);
+    }
+    return 1;
+}
+
+void AK_Polyline::WriteToNxyz(std::ostream& stream, int precision) const
+{
+    const auto before = stream.precision(precision);
+    stream << AnnotationLines(annotations) << _x.Size() << "\n";
+    for (const AK_Vec& p : _x) stream << p.x << " " << p.y << " " << p.z << "\n";
+    stream.precision(before);
+}
+
+// The first word of a text.
+static AK_String FirstWord(const char* text)
+{
+    static const char* const blanks = " \t\r\n\v\f";
+    text += std::strspn(text, blanks);
+    return AK_String(text, text + std::strcspn(text, blanks));
+}
+
+int AK_Polyline::ReadFromAno(AK_TextReader& reader, AK_String& name, AK_String& colour)
+{
+    constexpr int shortestName = 3;
+    _x.Clear();
+    AK_String line;
+    if (!ReadTextLine(reader, name, maxLine) || !ReadTextLine(reader, line, maxLine)) return 1;
+    if (name.Length() < shortestName) name = "";
+    int count = 0;
+    const char* rest = nullptr;
+    if (!ScanInt(line.c_str(), count, &rest)) return 1;
+    colour = FirstWord(rest);
+    if (colour.IsEmpty()) return 1;
+    for (int i = 0; i < count; ++i) {
+        double x[2];
+        if (!ReadTextLine(reader, line, maxLine) || !ScanCoordinates(line.c_str(), false, x, 2)) {
+            WarnOfIncompleteLine(count, i);
+            return 1;
+        }
+        _x.Append({x[0], x[1], 0});
+    }
+    return 0;
+}
+
+int AK_Polyline::ReadFromKORVO99Ascii(AK_TextReader& reader)
+{
+    _x.Clear();
+    int count = 0;
+    if (!ReadNumber(reader, count) || count < 0) return 1;
+    for (int i = 0; i < count; ++i) {
+        AK_Vec p;
+        if (!ReadCoordinate(reader, p.x) || !ReadCoordinate(reader, p.y)) return 1;
+        _x.Append(p);
+    }
+    return 0;
+}

@@ -1,0 +1,120 @@
+// How a scalar field is displayed: conversion by a formula or smoothing, colour range, contour lines.
+
+#include "SW_ScalarField.h"
+
+#include "SW_VectorField.h"
+
+#include <algorithm>
+#include <cmath>
+
+// What a conversion for display takes: the value and the coordinates of its place.
+static const char* const conversionTakes = "double,double[]";
+
+// More rounds than this smooth everything away.
+static constexpr int maxRounds = 10000;
+
+int SW_ScalarField::Convert()
+{
+    const AK_String name = DataConversion();
+    if (!name.IsEmpty()) {
+        Symbol* formula = FormulaFunction(_qvt_sci_namespace, name, conversionTakes);
+        if (!formula || !_mesh) return 1;
+        qvt_sci_BindArgLength(formula, 1, 3);
+        ConvertValues(name, [&](int i) {
+            double value = double(_values[i]);
+            AK_Vec location = Location(i);
+            _values[i] = float(qvt_sci_AsDouble(qvt_sci_Call(formula, &value, &location.x)));
+        });
+        return 1;
+    }
+    const AK_String rounds = _onVertices && _mesh ? VariableValue("$smooth") : AK_String();
+    if (!rounds.IsEmpty()) {
+        int n = 0;
+        AK_FromText(n, rounds);
+        _savedValues = _values;
+        Smooth(std::min(n, maxRounds));
+    }
+    return 0;
+}
+
+void SW_ScalarField::Smooth(int rounds)
+{
+    AK_List<int> counts(1);
+    for (int round = 0; round < rounds; ++round) {
+        const AK_List<float> before = _values;
+        _values.Fill(_mesh->NumVertices(), 0.0f);
+        counts.Fill(_mesh->NumVertices(), 0);
+        for (const IA4& c : _mesh->_lcv) {
+            const int n = NumCorners(c);
+            float mean = 0;
+            for (int k = 0; k < n; ++k) mean += before[c[k]];
+            mean /= float(n);
+            for (int k = 0; k < n; ++k) {
+                _values[c[k]] += mean;
+                ++counts[c[k]];
+            }
+        }
+        for (int i = 0; i < _values.Size(); ++i)
+            if (counts[i] > 0) _values[i] /= float(counts[i]);
+    }
+}
+
+void SW_ScalarField::UpdateColorBar()
+{
+    AK_Colorbar* bar = Colorbar();
+    if (!(bar->Get("Autoscale") == "1") || _values.Size() == 0) return;
+    bar->Set("Min", Min());
+    bar->Set("Max", Max());
+}
+
+void SW_ScalarField::UpdateContourLines()
+{
+    if (!_mesh || !_onVertices || _values.Size() != WantedSize() || _mesh->_lcc.Size() == 0) return;
+    const AK_Colorbar* bar = Colorbar();
+    double min = 0, max = 0;
+    AK_FromText(min, AK_String(bar->Min(), "%.15g"));
+    AK_FromText(max, AK_String(bar->Max(), "%.15g"));
+    const int steps = bar->NumSteps();
+    double checksum = 0;
+    for (float value : _values) checksum += (double(value) - min) / ((max - min) / steps);
+    if (_contourLines && checksum == _contourChecksum) return;
+    AK_List<double> levels(1);
+    for (int i = 0; i <= steps; ++i) levels.Append(bar->Step(i));
+    _contourLines = std::make_unique<SW_ContourLines>(_mesh, _values.Data(), levels);
+    for (int i = 0; i < _contourLines->Size(); ++i) {
+        AK_String& annotations = (*_contourLines)[i]._line.annotations;
+        annotations.SetKeyValue("unit", bar->Unit(), '=', ';');
+        annotations.SetKeyValue("res", AttributeShort(), '=', ';');
+    }
+    _contourChecksum = checksum;
+}
+
+// The short name of what the field shows, which formula code of the colour bar may give; "" without one.
+AK_String SW_ScalarField::AttributeShort() const
+{
+    const AK_String name = Colorbar()->Get("AttributeShort");
+    return name == ak_null ? AK_String() : name;
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Update
+// ----------------------------------------------------------------------------------------------------------------
+
+void SW_ScalarField::CreateGradientField()
+{
+    if (!Component("gradient")) AddComponent(new SW_VectorField("gradient", this));
+}
+
+void SW_ScalarField::Update()
+{
+    if (!IsShown() || !_mesh || _values.Size() != WantedSize()) return;
+    Convert();
+    UpdateColorBar();
+    if (_displayContourLines) UpdateContourLines();
+    if (auto* gradient = dynamic_cast<SW_VectorField*>(Component("gradient"))) {
+        ComputeGradient(gradient);
+        gradient->SetLabel(AK_String("gradient [") + Colorbar()->Unit() + "/m]");
+    }
+    SW_FieldOf::Update();
+    Reconvert();
+}

@@ -1,0 +1,171 @@
+// What scalar and vector fields share: the mesh they lie on, the record, conversion for display, change of location.
+// For SW_ScalarField* and SW_VectorField* only; the classes stand in their own headers.
+
+#pragma once
+
+#include "AK_Colorbar.h"
+#include "SW_Mesh.h"
+#include "SW_Polyline.h"
+#include "qvt_sci.h"
+
+#include <cstdio>
+#include <cstring>
+
+/// Writes a text file by `write(std::FILE*)`; false if it could not be opened or not be written to its end.
+template <class Write>
+bool SW_WriteTextFile(const AK_String& path, const Write& write)
+{
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    if (!file) return false;
+    write(file);
+    const bool written = !std::ferror(file);
+    return std::fclose(file) == 0 && written;
+}
+
+inline float SW_Mean(float sum, int count) { return sum / float(count); }
+inline AK_Vec SW_Mean(const AK_Vec& sum, int count) { return sum * (1.0 / count); }
+
+/// Base of the fields: one value for each vertex or for each cell of a mesh, which it does not own. `Sum` is the type
+/// in which values are added up when they change their location.
+template <class Field, class Value, class Sum>
+class SW_FieldOf : public AK_Class<Field, AK_VisObj3d> {
+    using Base = AK_Class<Field, AK_VisObj3d>;
+
+public:
+    const SW_Mesh* Mesh() const { return _mesh; }
+    bool OnVertices() const { return _onVertices != 0; }
+
+    AK_List<Value> _values{1};   // read and written directly by those who compute
+    int _onVertices = 0;         // 1: one value for each vertex, 0: one for each cell
+
+    AK_Colorbar* Colorbar() const { return static_cast<AK_Colorbar*>(this->_components[0]); }
+    AK_String Label() const { return Colorbar()->Label(); }
+    void SetLabel(const AK_String& label) { Colorbar()->Label(label); }
+
+    /// Takes the last value for value i: as its location does that is removed.
+    void RemoveValue(int i)
+    {
+        _values[i] = _values[_values.Size() - 1];
+        _values.SetSize(_values.Size() - 1);
+    }
+
+    /// The record: tag, number of values, the values. The mesh is not part of it. 0 on success, else 1 with a status.
+    int SaveDataTo(AK_Stream& stream) const
+    {
+        stream.Write(AK_String(Field::recordTag));
+        stream.Write(_values);
+        return stream.Failed() ? IoError(AK_HERE) : 0;
+    }
+
+    int LoadDataFrom(AK_Stream& stream)
+    {
+        _values.Clear();
+        AK_String header;
+        stream.Read(header);
+        if (!(header == Field::recordTag)) return IoError(AK_HERE);
+        stream.Read(_values);
+        return stream.Failed() ? IoError(AK_HERE) : 0;
+    }
+
+    /// Moves the values to the other kind of location: each place gets the plain mean of the values that touch it.
+    void ConvertTopo()
+    {
+        const int numTargets = _onVertices ? _mesh->NumCells() : _mesh->NumVertices();
+        AK_List<Sum> sums(1);
+        sums.Fill(numTargets, Sum());
+        AK_List<int> counts(1);
+        counts.Fill(numTargets, 0);
+        for (int cell = 0; cell < _mesh->NumCells(); ++cell) {
+            const IA4& c = _mesh->_lcv[cell];
+            for (int k = 0; k < NumCorners(c); ++k) {
+                const int target = _onVertices ? cell : c[k];
+                const int source = _onVertices ? c[k] : cell;
+                sums[target] += _values[source];
+                ++counts[target];
+            }
+        }
+        _values.SetSize(numTargets);
+        for (int i = 0; i < numTargets; ++i)
+            _values[i] = counts[i] > 0 ? SW_Mean(sums[i], counts[i]) : Value();
+        _onVertices = !_onVertices;
+    }
+
+    /// Puts the data back that a conversion for display has replaced.
+    void Reconvert()
+    {
+        if (_savedValues.Size() == 0) return;
+        _values = _savedValues;
+        _savedValues.Clear();
+    }
+
+    AK_Vec Location(int i) const { return _onVertices ? _mesh->_x[i] : _mesh->CellCenter(i); }
+
+protected:
+    SW_FieldOf(const AK_String& id, AK_Object* parent) : Base(id, parent) {}
+
+    void AddColorbar()
+    {
+        this->AddComponent(new AK_Colorbar("Colorbar", nullptr));
+        SetLabel(this->_id);
+    }
+
+    int IoError(const char* where) const
+    {
+        AK_Object::_execStatus = this->IdAbs() + ": IO error at " + where;
+        return 1;
+    }
+
+    /// Number of values that the mesh asks for.
+    int WantedSize() const { return _onVertices ? _mesh->NumVertices() : _mesh->NumCells(); }
+
+    /// Keeps the pointer and makes room: values survive on a mesh of the same size.
+    void TakeMesh(const SW_Mesh* mesh)
+    {
+        _mesh = mesh;
+        if (!mesh)
+            _values.Clear();
+        else if (_values.Size() != WantedSize())
+            _values.Fill(WantedSize(), Value());
+        this->SetExecTime("SetMesh");
+    }
+
+    /// The name of the formula by which values are converted for display; "" for none.
+    AK_String DataConversion() const
+    {
+        const AK_String name = this->Get("getDataConversion");
+        return name == "none" || name == ak_null ? AK_String() : name;
+    }
+
+    /// Calls `convert(i)` for each value, on behalf of this object, behind the formula's "init_" function.
+    template <class Convert>
+    void ConvertValues(const AK_String& name, const Convert& convert)
+    {
+        const AK_Object::CodeOf running(this);
+        _savedValues = _values;
+        if (Symbol* init = AK_Object::FormulaFunction(Field::_qvt_sci_namespace, AK_String("init_") + name, ""))
+            qvt_sci_Call(init);
+        for (int i = 0; i < _values.Size(); ++i) convert(i);
+    }
+
+    /// The line whose values are to be exported; null if they cannot be.
+    const SW_Polyline* LineToExport() const
+    {
+        if (_selectedPolyline.IsEmpty() || !_mesh || !_onVertices) return nullptr;
+        const auto* line =
+            dynamic_cast<const SW_Polyline*>(const_cast<SW_FieldOf*>(this)->ObjectById(_selectedPolyline));
+        return line && line->Points().Size() > 1 ? line : nullptr;
+    }
+
+    AK_String PolylinesList() const
+    {
+        AK_List<AK_Object*> lines(1);
+        this->Root()->GetObjectsOfType("Polyline", lines);
+        AK_List<AK_String> paths(1);
+        for (const AK_Object* line : lines) paths.Append(line->IdAbs(this));
+        return AK_String(paths, ak_sep);
+    }
+
+    const SW_Mesh* _mesh = nullptr;      // not owned
+    AK_List<Value> _savedValues{1};      // the data while a conversion for display is in force
+    AK_String _selectedPolyline;
+};

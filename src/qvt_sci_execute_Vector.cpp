@@ -1,0 +1,307 @@
+// Evaluators of whole arrays, rows of arrays and what is computed from them.
+//
+// A vector is an address and a length. Operands are evaluated left, then right, each once; then the lengths are read, so
+// that a dynamic array counts with its present one. The shorter operand is used from its start again, a single number is
+// a vector of length 1. Assignments write into the left operand's own memory and never change its length; the other
+// operations own a buffer in their node, which is kept from one evaluation to the next.
+//
+// Operands are read through their addresses element by element, while results are written: `a *= a[0]` multiplies the
+// elements behind the first by the new a[0]. A vector without elements has nothing to give: an assignment from it
+// changes nothing, and the result of an operation on it has no elements either.
+
+#include "qvt_sci_execute_Internal.h"
+
+#include "qvt_sci.tab.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Operands
+
+template <class T>
+struct Vector {
+    T* values;
+    int length;
+};
+
+// An operand after all have been evaluated. An array's memory may have moved meanwhile, by resize in a function that the
+// other operand called.
+template <class T>
+static Vector<T> VectorOf(const Node* operand, void* evaluated)
+{
+    if (operand->type == ARRAY) evaluated = operand->value.symbol->addr;
+    return {static_cast<T*>(evaluated), evaluated ? std::max(NodeVecSize(operand), 0) : 0};
+}
+
+template <class T>
+struct Operands {
+    Vector<T> a, b;
+    explicit Operands(Node* node)
+    {
+        Node* const* ops = node->o.op;
+        void* const left = ops[0]->ex(ops[0]);
+        void* const right = ops[1]->ex(ops[1]);
+        currentNode = node;
+        a = VectorOf<T>(ops[0], left);
+        b = VectorOf<T>(ops[1], right);
+    }
+    int LongerLength() const { return a.length && b.length ? std::max(a.length, b.length) : 0; }
+};
+
+// The position behind i in a vector of that length, from the start again at its end.
+static int Behind(int i, int length)
+{
+    return i + 1 == length ? 0 : i + 1;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Attaching
+
+// As a number a vector is its first element.
+template <class T>
+static T FirstElement(Node* node)
+{
+    const T* first = static_cast<const T*>(node->ex(node));
+    return first ? *first : T(0);
+}
+
+template <class T>
+static void AttachVector(Node* node, void* (*ex)(Node*))
+{
+    node->ex = ex;
+    node->run = DropAddress;
+    TypeOf<T>::Of(node->get) = FirstElement<T>;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Assignments: exVEC_ASS_, exVEC_ADD_ and so on
+
+struct Store {
+    template <class T>
+    static T Of(T, T b)
+    {
+        return b;
+    }
+};
+
+template <class Formula, class T, bool CheckDivisor>
+static void* AssignVector(Node* node)
+{
+    const Operands<T> operands(node);
+    const auto [a, b] = operands;
+    node->value.p = a.values;
+    if (b.length == 0) return a.values;
+    for (int i = 0, k = 0; i < a.length; ++i, k = Behind(k, b.length)) {
+        if constexpr (CheckDivisor) {
+            if (b.values[k] == 0) ReportDivisionByZeroAt(TypeOf<T>::code, k);
+        }
+        a.values[i] = Formula::template Of<T>(a.values[i], b.values[k]);
+    }
+    return a.values;
+}
+
+template <class Formula, class T>
+static void SelectAssignVector(Node* node)
+{
+    if constexpr (std::is_same_v<Formula, Over>) {
+        if (qvt_sci_on_div_by_zero >= 1) return AttachVector<T>(node, AssignVector<Formula, T, true>);
+    }
+    AttachVector<T>(node, AssignVector<Formula, T, false>);
+}
+
+// exVEC_LIST_ASS_: element i takes list element i modulo the shorter length of the two, each evaluated when its turn
+// comes. `double e[3] = {2.7}` therefore sets all three.
+template <class T>
+static void* AssignList(Node* node)
+{
+    Node* const target = node->o.ops[0];
+    Node* const* const list = node->o.ops + 1;
+    const int listLength = node->o.nOps - 1;
+    void* const evaluated = target->ex(target);
+    currentNode = node;
+    Vector<T> a = VectorOf<T>(target, evaluated);
+    for (int i = 0; i < a.length; ++i) {
+        const T value = GetValue<T>(list[i % std::min(a.length, listLength)]);
+        a = VectorOf<T>(target, evaluated);
+        if (i < a.length) a.values[i] = value;
+    }
+    node->value.p = a.values;
+    return a.values;
+}
+
+void SelectListAssignment(Node* node)
+{
+    switch (node->dataType) {
+    case CHAR_TYPE: return AttachVector<signed char>(node, AssignList<signed char>);
+    case INT_TYPE: return AttachVector<int>(node, AssignList<int>);
+    case FLOAT_TYPE: return AttachVector<float>(node, AssignList<float>);
+    case DOUBLE_TYPE: return AttachVector<double>(node, AssignList<double>);
+    default: return yyerror("unsupported data type for vector operation");
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Operations with a result of their own: exVEC_PLUS_ and so on, exVEC_CROSS_PROD_
+
+// The node's buffer for n elements.
+template <class T>
+static T* ResultBuffer(Node* node, int n)
+{
+    OperatorPart& o = node->o;
+    if (o.vecAlloc != n) {
+        if (n == 0) {
+            std::free(node->value.p);
+            node->value.p = nullptr;
+        } else {
+            void* buffer = std::realloc(node->value.p, size_t(n) * sizeof(T));
+            if (!buffer) RunFail("out of memory");
+            node->value.p = buffer;
+        }
+        o.vecAlloc = n;
+    }
+    o.vecSize = n;
+    return static_cast<T*>(node->value.p);
+}
+
+template <class Formula, class T>
+static void Combine(T* result, int n, const Vector<T>& a, const Vector<T>& b)
+{
+    if (a.length == n && b.length == n) {
+        for (int i = 0; i < n; ++i) result[i] = Formula::template Of<T>(a.values[i], b.values[i]);
+    } else if (a.length == n && b.length == 1) {
+        for (int i = 0; i < n; ++i) result[i] = Formula::template Of<T>(a.values[i], *b.values);
+    } else {
+        for (int i = 0, ia = 0, ib = 0; i < n; ++i, ia = Behind(ia, a.length), ib = Behind(ib, b.length)) {
+            result[i] = Formula::template Of<T>(a.values[ia], b.values[ib]);
+        }
+    }
+}
+
+template <class T>
+static void CheckDivisors(int n, const Vector<T>& b)
+{
+    for (int i = 0, k = 0; i < n; ++i, k = Behind(k, b.length)) {
+        if (b.values[k] == 0) ReportDivisionByZeroAt(TypeOf<T>::code, k);
+    }
+}
+
+template <class Formula, class T, bool CheckDivisor>
+static void* CombineVectors(Node* node)
+{
+    const Operands<T> operands(node);
+    const int n = operands.LongerLength();
+    T* const result = ResultBuffer<T>(node, n);
+    if constexpr (CheckDivisor) CheckDivisors(n, operands.b);
+    Combine<Formula>(result, n, operands.a, operands.b);
+    return result;
+}
+
+template <class Formula, class T>
+static void SelectCombineVectors(Node* node)
+{
+    if constexpr (std::is_same_v<Formula, Over>) {
+        if (qvt_sci_on_div_by_zero >= 1) return AttachVector<T>(node, CombineVectors<Formula, T, true>);
+    }
+    AttachVector<T>(node, CombineVectors<Formula, T, false>);
+}
+
+// Of two vectors of length 3 the cross product. Of length 2: its component out of the plane in element 1, and the
+// negative of that in element 0.
+template <class T>
+static void* CrossProduct(Node* node)
+{
+    const Operands<T> operands(node);
+    const auto [a, b] = operands;
+    const int n = operands.LongerLength();
+    T* const result = ResultBuffer<T>(node, n);
+    for (int64_t i = 0; i < n; ++i) {
+        const T forward = Times::Of<T>(a.values[(i + 1) % a.length], b.values[(i + 2) % b.length]);
+        const T backward = Times::Of<T>(a.values[(i + 2) % a.length], b.values[(i + 1) % b.length]);
+        result[i] = Minus::Of<T>(forward, backward);
+    }
+    return result;
+}
+
+template <class T>
+static void SelectCrossProduct(Node* node)
+{
+    AttachVector<T>(node, CrossProduct<T>);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Products and magnitudes, a double each. Every product is made in the elements' type first.
+
+template <class T>
+struct DotProduct {
+    static double Get(Node* node)
+    {
+        const Operands<T> operands(node);
+        const auto [a, b] = operands;
+        const int n = operands.LongerLength();
+        double sum = 0;
+        for (int i = 0, ia = 0, ib = 0; i < n; ++i, ia = Behind(ia, a.length), ib = Behind(ib, b.length)) {
+            sum += double(Times::Of<T>(a.values[ia], b.values[ib]));
+        }
+        return sum;
+    }
+};
+
+template <class T>
+static void SelectDotProduct(Node* node)
+{
+    Attach<DotProduct<T>>(node);
+}
+
+template <class T>
+struct Magnitude {
+    static double Get(Node* node)
+    {
+        Node* const operand = node->o.op[0];
+        void* const evaluated = operand->ex(operand);
+        currentNode = node;
+        const Vector<T> a = VectorOf<T>(operand, evaluated);
+        double sum = 0;
+        for (int i = 0; i < a.length; ++i) sum += double(Times::Of<T>(a.values[i], a.values[i]));
+        return std::sqrt(sum);
+    }
+};
+
+template <class T>
+static void SelectMagnitude(Node* node)
+{
+    Attach<Magnitude<T>>(node);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+
+#define NUMBERS(Select)                                                                                                \
+    {                                                                                                                  \
+        nullptr, Select<signed char>, Select<int>, Select<float>, Select<double>, nullptr                              \
+    }
+#define NUMBERS_BY(Select, Formula)                                                                                    \
+    {                                                                                                                  \
+        nullptr, Select<Formula, signed char>, Select<Formula, int>, Select<Formula, float>, Select<Formula, double>,  \
+            nullptr                                                                                                    \
+    }
+
+std::span<const FamilyRow> VectorFamilies()
+{
+    // ORDER OPERATORS
+    static constexpr FamilyRow rows[] = {
+        {'*', NUMBERS_BY(SelectCombineVectors, Times)},
+        {'+', NUMBERS_BY(SelectCombineVectors, Plus)},
+        {'-', NUMBERS_BY(SelectCombineVectors, Minus)},
+        {'.', NUMBERS(SelectDotProduct)},
+        {'/', NUMBERS_BY(SelectCombineVectors, Over)},
+        {'=', NUMBERS_BY(SelectAssignVector, Store)},
+        {'^', NUMBERS(SelectCrossProduct)},
+        {'|', NUMBERS(SelectMagnitude)},
+        {ADD, NUMBERS_BY(SelectAssignVector, Plus)},
+        {SUB, NUMBERS_BY(SelectAssignVector, Minus)},
+        {MULT, NUMBERS_BY(SelectAssignVector, Times)},
+        {DIV, NUMBERS_BY(SelectAssignVector, Over)},
+    };
+    return rows;
+}

@@ -1,0 +1,211 @@
+// Formula code of classes and "cint" macros: loading, attributes, updates, the functions of the tree, errors.
+
+#include "AK_Object_TestSupport.h"
+
+#include <cstdio>
+
+namespace {
+
+class AK_Object_Script : public ObjectTest {
+protected:
+    /// A thing whose class has this formula code.
+    TestThing& WithCode(const std::string& code)
+    {
+        ClassFile("TestThing.cint", code);
+        root = std::make_unique<AK_Object>("Viewer", nullptr);
+        return *static_cast<TestThing*>(Added(new TestThing("a", root.get())));
+    }
+
+    AK_Object* Added(AK_Object* object)
+    {
+        root->AddComponent(object);
+        return object;
+    }
+
+    /// Runs the text as the function main of a macro on the root; what it leaves in the root's variable "$out".
+    std::string Main(const std::string& body)
+    {
+        if (!root) WithCode("");
+        ClassFile("try.cint", "void main() { char s[200] = \"\"; int n = 0; double d = 0;" + body + "}");
+        AK_Object::_execStatus = "";
+        root->ExecMacro(directory / "attributes/try.cint", 0);
+        return Text(root->VariableValue("$out"));
+    }
+
+    std::unique_ptr<AK_Object> root;
+};
+
+} // namespace
+
+TEST_F(AK_Object_Script, AFunctionOfOneTextServesTheAttributeOfItsName)
+{
+    TestThing& thing = WithCode("char kept[100] = \"none\";\n"
+                                "void Text(char value[]) { if (strlen(value)) strcpy(kept, value);"
+                                " else strcpy(value, kept); }\n"
+                                "int Number() { return 7; }\n"               // takes nothing: no attribute function
+                                "double Ratio(double x) { return x; }\n");   // takes no text
+    EXPECT_STREQ(thing.Get("Text").c_str(), "none");
+    EXPECT_EQ(thing.Set("Text", "given"), 1);
+    EXPECT_STREQ(thing.Get("Text").c_str(), "given");
+    EXPECT_GT(thing.ExecTime("Text"), 0);
+    EXPECT_EQ(thing.Set("Number", "3"), 1);
+    EXPECT_STREQ(thing.Get("Number").c_str(), "3");
+    EXPECT_STREQ(thing.Get("Ratio").c_str(), "0");
+    EXPECT_STREQ(thing.Get("kept").c_str(), "%AK_NULL%");
+}
+
+TEST_F(AK_Object_Script, CodeOfTheClassWinsOverTheTableAndOverBases)
+{
+    TestThing& thing = WithCode("void Active(char v[]) { strcpy(v, \"by code\"); }");
+    EXPECT_STREQ(thing.Get("Active").c_str(), "by code");
+    EXPECT_STREQ(root->Get("Active").c_str(), "1");   // of another class
+}
+
+TEST_F(AK_Object_Script, InitRunsWhenTheCodeIsLoadedAndUpdateWithTheObject)
+{
+    WithCode("void Init() { message(\"code loaded\", \"here\"); }\n"
+             "void Update() { char id[100]; get(\"\", \"Id\", id); message(id, \"updated\"); }");
+    EXPECT_EQ(Messages(), Lines{"code loaded"});
+    Added(new TestThing("b", root.get()));
+    EXPECT_EQ(Messages(), Lines{});   // the code of a class is loaded once
+    root->Update();
+    EXPECT_EQ(Messages(), (Lines{"a", "b"}));
+}
+
+TEST_F(AK_Object_Script, SyntaxErrorsAreReportedAndTheClassWorksWithoutItsCode)
+{
+    TestThing& thing = WithCode("void Text(char v[]) { strcpy(v, \"x\") }");
+    const Lines messages = Messages();
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].rfind("INFO:1 syntax errors in QVT_SCI file ", 0), 0u) << messages[0];
+    EXPECT_NE(messages[0].find("TestThing.cint:\n"), std::string::npos) << messages[0];
+    EXPECT_NE(messages[0].find("strcpy"), std::string::npos) << "the listing of the line: " << messages[0];
+    thing.Set("Text", "as ever");
+    EXPECT_STREQ(thing.Get("Text").c_str(), "as ever");
+}
+
+TEST_F(AK_Object_Script, CodeThatCallsOtherObjectsRunsOnTheirBehalf)
+{
+    TestThing& thing = WithCode("void Text(char v[]) { char id[50]; get(\"\", \"Id\", id);"
+                                " if (!strcmp(id, \"a\")) get(\"../b\", \"Kind\", v); }\n"
+                                "void Kind(char v[]) { get(\"\", \"Id\", v); }");
+    Added(new TestThing("b", root.get()));
+    EXPECT_STREQ(thing.Get("Text").c_str(), "b");
+    EXPECT_EQ(AK_Object::_curObj.Size(), 0);
+}
+
+TEST_F(AK_Object_Script, LongTextsPassAndTheirEndIsGuarded)
+{
+    TestThing& thing = WithCode("void Text(char v[]) { char s[10]; get(\"\", \"Scratch\", s); strcpy(v, s); }\n"
+                                "void Kind(char v[]) { int i; for (i = 0; i < 131071; i = i + 1) v[i] = 'x'; }");
+    thing.Set("Scratch", "0123456789abc");
+    EXPECT_STREQ(thing.Get("Text").c_str(), "012345678");   // cut at the end of the caller's array
+    EXPECT_EQ(thing.Get("Kind").Length(), 131071);
+    const std::string large(300000, 'y');
+    EXPECT_EQ(thing.Set("Kind", large.c_str()), 1);
+}
+
+TEST_F(AK_Object_Script, FunctionsOfTheTreeDoAndReportWhatTheyShould)
+{
+    WithCode("");
+    const struct {
+        const char* body;
+        const char* out;
+    } cases[] = {
+        {"n = set(\"a\", \"Number\", \"5\"); sprintf(s, \"%d\", n); set(\"\", \"$out\", s);", "0"},
+        {"get(\"a\", \"Number\", s); set(\"\", \"$out\", s);", "5"},
+        {"n = set(\"nosuch\", \"Number\", \"5\"); sprintf(s, \"%d\", n); set(\"\", \"$out\", s);", "2"},
+        {"strcpy(s, \"before\"); get(\"nosuch\", \"Id\", s); set(\"\", \"$out\", s);", ""},
+        {"n = set(\"a\", \"Fail\", \"so\"); error(s); set_error(\"\"); set(\"root\", \"$out\", s);", "failed: so"},
+        {"sprintf(s, \"%d\", error(s)); set(\"\", \"$out\", s);", "0"},
+        {"sprintf(s, \"%d\", list_size(\"a%AK_SEP%b%AK_SEP%\")); set(\"\", \"$out\", s);", "2"},
+        {"get_list_element(\"a%AK_SEP%bc\", 1, s); set(\"\", \"$out\", s);", "bc"},
+        {"strcpy(s, \"kept\"); n = get_list_element(\"a%AK_SEP%b%AK_SEP%\", 2, s); if (n == 0) set(\"\", \"$out\", s);",
+         "kept"},
+        {"strcpy(s, \"kept\"); get_list_element(\"a\", -1, s); set(\"\", \"$out\", s);", "kept"},
+        {"strcpy(s, \"a/b\"); add_id(s, \"c\"); set(\"\", \"$out\", s);", "a/b/c"},
+        {"add_name(s, \"c\"); set(\"\", \"$out\", s);", "./c"},
+        {"char t[50]; strcpy(s, \"a/b/c\"); cut_name(s, t); strcat(s, \"|\"); strcat(s, t); set(\"\", \"$out\", s);",
+         "a/b|c"},
+        {"char t[50]; strcpy(s, \"a.b/c\"); cut_extension(s, t); strcat(s, \"|\"); strcat(s, t);"
+         " set(\"\", \"$out\", s);",
+         "a|"},
+        {"char t[50]; strcpy(s, \"f.asc\"); cut_extension(s, t); add_extension(s, \"prj\"); strcat(s, t);"
+         " set(\"\", \"$out\", s);",
+         "f.prjasc"},
+        {"get_attribute_file(\"AK_Object\", \"atr\", s); n = cut_name(s, s); sprintf(s, \"%d\", n);"
+         " set(\"\", \"$out\", s);",
+         "1"},
+        {"d = exec_time(\"nosuch\", \"x\"); if (d == -1.0e30) set(\"\", \"$out\", \"none\");", "none"},
+        {"if (exec_time(\"a\", \"Number\") <= modification_time(\"a\") &&"
+         " modification_time_recursive(\"\") >= modification_time(\"a\")) set(\"\", \"$out\", \"ordered\");",
+         "ordered"},
+        {"strcpy(s, AK_SEP); s[7] = DIR_SEP; set(\"\", \"$out\", s);", "%AK_SEP/"},
+    };
+    for (const auto& c : cases) {
+        root->SetVariableValue("$out", "");
+        EXPECT_EQ(Main(c.body), c.out) << c.body;
+    }
+}
+
+TEST_F(AK_Object_Script, AMacroLeavesNothingAndTellsItsErrors)
+{
+    WithCode("");
+    Main("message(\"runs\", \"x\"); set_error(\"stop here\");");
+    EXPECT_STREQ(AK_Object::_execStatus.c_str(), "stop here");
+    ClassFile("bad.cint", "void main( {}");
+    root->ExecMacro(directory / "attributes/bad.cint", 0);
+    EXPECT_EQ(Text(AK_Object::_execStatus),
+              Text(AK_String("syntax errors in QVT_SCI file ") + (directory / "attributes/bad.cint")));
+    ClassFile("nomain.cint", "int x = 1;");
+    AK_Object::_execStatus = "";
+    root->ExecMacro(directory / "attributes/nomain.cint", 0);
+    EXPECT_STREQ(AK_Object::_execStatus.c_str(), "");
+    root->ExecMacro("nosuch.cint", 0);
+    EXPECT_EQ(Text(AK_Object::_execStatus).rfind("can neither open macro file 'nosuch.cint' nor '", 0), 0u);
+    // A macro of commands stops at a cint macro's error.
+    ClassFile("outer.macro", Text(AK_String("set(\"\", \"ExecMacro\", \"") + (directory / "attributes/bad.cint") +
+                                  "\")\nset(\"a\", \"Number\", \"99\")\n"));
+    root->ExecMacro(directory / "attributes/outer.macro", 0);
+    EXPECT_STRNE(root->Component("a")->Get("Number").c_str(), "99");
+}
+
+// Makes the first object of a class when a macro tells it to.
+class TestMaker : public AK_Class<TestMaker, AK_Object> {
+public:
+    static constexpr const char* className = "TestMaker";
+    static std::span<const Row> Rows()
+    {
+        static constexpr Row rows[] = {
+            {"Make", command<[](TestMaker& m) { m.AddComponent(new TestSpecialThing("special", nullptr)); }>},
+        };
+        return rows;
+    }
+    TestMaker(const AK_String& id, AK_Object* parent) : AK_Class(id, parent) { ReadClassFiles(); }
+};
+
+TEST_F(AK_Object_Script, AClassThatAMacroUsesFirstOutlivesTheMacro)
+{
+    Describe("TestMaker", "obj.Maker\n");
+    ClassFile("TestSpecialThing.cint", "void Extra(char v[]) { strcpy(v, \"from code\"); }");
+    WithCode("");
+    Fresh<TestMaker>();
+    AK_Object* maker = Added(new TestMaker("maker", nullptr));
+    Main("set(\"maker\", \"Make\", \"\");");
+    Main("n = 1;");
+    ASSERT_TRUE(maker->Component("special"));
+    EXPECT_STREQ(maker->Component("special")->Get("Extra").c_str(), "from code");
+}
+
+TEST_F(AK_Object_Script, ThePredefinedFunctionsAreListedAndWrittenToAFile)
+{
+    WithCode("");
+    Messages();
+    root->Set("List_QVT_SCI_predefined", directory / "list.txt");
+    const Lines messages = Messages();
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].rfind("INFO:QVT_SCI-Interpreter predefined variables and functions\n", 0), 0u);
+    EXPECT_NE(messages[0].find("int set(char objId[], char attr[], char value[]);"), std::string::npos);
+    EXPECT_NE(messages[0].find("char AK_SEP[9] = \"%AK_SEP%\";"), std::string::npos);
+    EXPECT_EQ(FileBytes(directory / "list.txt"), messages[0]);
+}

@@ -1,0 +1,220 @@
+// Point location, weights and walks on each kind of mesh, against a search through all cells.
+
+#include "SW_Mesh_TestSupport.h"
+
+namespace {
+
+class SW_Mesh_Query : public TerrainTest {
+protected:
+    struct Kind {
+        const char* name;
+        std::unique_ptr<SW_Mesh> mesh;
+    };
+    std::vector<Kind> AllKinds(const Height& z)
+    {
+        std::vector<Kind> kinds;
+        kinds.push_back({"Cartesian", CartesianMesh(12, 9, 2.5, z)});
+        kinds.push_back({"honeycomb", HoneyCombMesh(12, 9, 2.5, z)});
+        kinds.push_back({"irregular", IrregularMesh(12, 9, 2.5, z)});
+        return kinds;
+    }
+
+    static double Random() { return AK_System::rand() / double(AK_System::rand_max); }
+};
+
+} // namespace
+
+// True if no face of the cell sees the point, up to rounding.
+static bool Contains(const SW_Mesh& mesh, int cell, const AK_Vec2& p)
+{
+    const IA4& c = mesh._lcv[cell];
+    for (int k = 0; k < NumCorners(c); ++k)
+        if (SideOfLine(mesh._x[c[k]], mesh._x[c[NextCorner(c, k)]], p) < -1e-9) return false;
+    return true;
+}
+
+TEST_F(SW_Mesh_Query, FindsTheCellUnderRandomPointsOfEveryKindOfMesh)
+{
+    for (const Kind& kind : AllKinds(Plane)) {
+        SCOPED_TRACE(kind.name);
+        ExpectConsistent(*kind.mesh);
+        AK_System::srand(7);
+        int hint = 0;
+        for (int i = 0; i < 20000; ++i) {
+            const AK_Vec2 p(-1 + 32 * Random(), -1 + 25 * Random());
+            bool covered = false;
+            for (int cell = 0; !covered && cell < kind.mesh->NumCells(); ++cell) covered = Contains(*kind.mesh, cell, p);
+            // Inside the outline the answers agree; below the lower left corner a regular grid answers for its first
+            // row and column, and the slanted sides of a honeycomb belong to nobody.
+            const int cell = kind.mesh->CellContainingPoint(p, i % 2 ? hint : -1);
+            if (covered) {
+                ASSERT_GE(cell, 0) << p.x << " " << p.y;
+                ASSERT_TRUE(Contains(*kind.mesh, cell, p)) << p.x << " " << p.y;
+                hint = cell;
+            } else if (p.x >= 0 && p.y >= 0 && !kind.mesh->IsHoneyComb()) {
+                ASSERT_LT(cell, 0) << p.x << " " << p.y;
+            }
+        }
+    }
+}
+
+TEST_F(SW_Mesh_Query, WeightsSumToOneAndInterpolateAPlaneExactly)
+{
+    for (const Kind& kind : AllKinds(Plane)) {
+        SCOPED_TRACE(kind.name);
+        AK_List<float> heights(1);
+        for (const AK_Vec& x : kind.mesh->_x) heights.Append(float(x.z));
+        AK_System::srand(8);
+        for (int i = 0; i < 2000; ++i) {
+            const AK_Vec2 p(1 + 27 * Random(), 1 + 17 * Random());
+            const int cell = kind.mesh->CellContainingPoint(p, -1);
+            ASSERT_GE(cell, 0);
+            double w[4];
+            kind.mesh->GetWeights(cell, p, w);
+            EXPECT_NEAR(w[0] + w[1] + w[2] + w[3], 1, 1e-12);
+            const AK_Vec x = kind.mesh->InterpolatedVector(cell, w, kind.mesh->_x);
+            EXPECT_NEAR(x.x, p.x, 1e-4);   // Newton's method stops at a step of 0.001 of a cell
+            EXPECT_NEAR(x.y, p.y, 1e-4);
+            EXPECT_NEAR(x.z, Plane(x.x, x.y), 1e-10);
+            EXPECT_NEAR(double(kind.mesh->InterpolatedScalar(cell, w, heights.Data())), x.z, 1e-4);
+        }
+    }
+}
+
+TEST_F(SW_Mesh_Query, CellContainingPointNamesTheCellOrNone)
+{
+    const auto grid = CartesianMesh(3, 2, 1, Plane);
+    const struct {
+        const char* why;
+        AK_Vec2 p;
+        int cell;
+    } cases[] = {
+        {"inside the first cell", {0.5, 0.5}, 0},
+        {"y varies fastest", {0.5, 1.5}, 1},
+        {"the last cell", {2.9, 1.9}, 5},
+        {"0.4 cells left: still column 0", {-0.4, 0.5}, 0},
+        {"more than a cell left: outside", {-1.0, 0.5}, -1},
+        {"on the far edge: outside", {3.0, 0.5}, -1},
+        {"on the upper edge: outside", {0.5, 2.0}, -1},
+        {"no number", {NAN, 0.5}, -1},
+        {"beyond an int", {1e300, 0.5}, -1},
+        {"far below", {-1e300, 0.5}, -1},
+    };
+    for (const auto& c : cases) EXPECT_EQ(grid->CellContainingPoint(c.p, 0), c.cell) << c.why;
+    const auto empty = NewMesh();
+    EXPECT_EQ(empty->CellContainingPoint({0, 0}, -1), -1);
+    EXPECT_EQ(empty->Resolution(), 0);
+    float lo[3], hi[3];
+    EXPECT_EQ(empty->BoundingBox(lo, hi), 0);
+}
+
+TEST_F(SW_Mesh_Query, BrokenPromisesEndTheProgram)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto mesh = IrregularMesh(2, 2, 1, Plane);
+    mesh->_lcc.Clear();
+    EXPECT_DEATH(mesh->CellContainingPoint({0.5, 0.5}, 0), "");
+    EXPECT_EQ(CartesianMesh(2, 2, 1, Plane)->CellContainingPoint({0.5, 0.5}, 0), 0);
+    const auto flat = IrregularMesh(1, 1, 1, Plane);
+    for (AK_Vec& x : flat->_x) x.y = 0;
+    double w[4];
+    EXPECT_DEATH(flat->GetWeights(0, {0.5, 0}, w), "");
+}
+
+TEST_F(SW_Mesh_Query, FollowsTheNormalToTheNearestSurfacePoint)
+{
+    for (const Kind& kind : AllKinds(Plane)) {
+        SCOPED_TRACE(kind.name);
+        const AK_Vec n = Normalized({-0.5, 0.25, 1});
+        const AK_Vec onSurface{12.1, 9.3, Plane(12.1, 9.3)};
+        double w[4];
+        const int cell = kind.mesh->CellContainingPointIterative(onSurface + n * 3, 0, w);
+        ASSERT_GE(cell, 0);
+        const AK_Vec found = kind.mesh->InterpolatedVector(cell, w, kind.mesh->_x);
+        EXPECT_NEAR(Length(found - onSurface), 0, 1e-3);
+        EXPECT_EQ(kind.mesh->CellContainingPointIterative({1e6, 0, 0}, 0, w), -1);
+    }
+}
+
+TEST_F(SW_Mesh_Query, WalksAlongALineCellByCell)
+{
+    for (const Kind& kind : AllKinds(Plane)) {
+        SCOPED_TRACE(kind.name);
+        const AK_Vec2 a(1.3, 2.1);
+        const AK_Vec2 b(27.7, 19.4);
+        AK_List<int> cells(1);
+        AK_List<AK_Vec2> crossings(1);
+        kind.mesh->GetCellsAlongLine(a, b, &cells, &crossings);
+        ASSERT_GT(cells.Size(), 5);
+        ASSERT_EQ(crossings.Size(), cells.Size() - 1);
+        EXPECT_TRUE(Contains(*kind.mesh, cells[0], a));
+        EXPECT_TRUE(Contains(*kind.mesh, cells[cells.Size() - 1], b));
+        AK_List<SW_MeshEdgeIntersection> edges(1);
+        kind.mesh->GetMeshEdgeIntersectionsAlongLine(a, b, edges);
+        ASSERT_EQ(edges.Size(), crossings.Size());
+        double last = 0;
+        for (int i = 0; i < crossings.Size(); ++i) {
+            EXPECT_TRUE(Contains(*kind.mesh, cells[i], crossings[i]));
+            EXPECT_TRUE(Contains(*kind.mesh, cells[i + 1], crossings[i]));
+            EXPECT_NEAR(SideOfLine(a, b, crossings[i]), 0, 1e-9);
+            EXPECT_GT(Length(crossings[i] - a), last);
+            last = Length(crossings[i] - a);
+            const AK_Vec& from = kind.mesh->_x[edges[i].vertex0];
+            const AK_Vec p = from + (kind.mesh->_x[edges[i].vertex1] - from) * edges[i].t;
+            EXPECT_NEAR(Length(AK_Vec2(p) - crossings[i]), 0, 1e-9);
+        }
+    }
+}
+
+TEST_F(SW_Mesh_Query, DrawsPointsOfACellUniformly)
+{
+    for (const Kind& kind : AllKinds(Plane)) {
+        AK_System::srand(9);
+        AK_Vec mean;
+        const int n = 4000;
+        for (int i = 0; i < n; ++i) {
+            const AK_Vec p = kind.mesh->RandomPointInCell(0);
+            EXPECT_TRUE(Contains(*kind.mesh, 0, p)) << kind.name;
+            mean += p * (1.0 / n);
+        }
+        EXPECT_NEAR(Length(mean - kind.mesh->CellCenter(0)), 0, 0.06) << kind.name;
+    }
+}
+
+TEST_F(SW_Mesh_Query, EveryFaceComesUpOnceAndNeighboursAreThoseOfTheCells)
+{
+    const auto mesh = IrregularMesh(4, 3, 1, Plane);
+    int cell = 0, face = -1, numFaces = 0, numBoundary = 0;
+    while (mesh->NextFace(cell, face)) {
+        ++numFaces;
+        numBoundary += mesh->NeighborCell(cell, face) < 0;
+    }
+    EXPECT_EQ(numBoundary, 14);
+    EXPECT_EQ(mesh->NumVertices() - numFaces + mesh->NumCells(), 1);   // Euler's formula without the outer face
+    AK_List<int> neighbors(1);
+    mesh->GetNeighborVertices(0, neighbors);
+    EXPECT_EQ(neighbors.IndexOf(1) >= 0 && neighbors.IndexOf(4) >= 0, true);
+}
+
+TEST_F(SW_Mesh_Query, CellsThatRunTheSameWayAlongAnEdgeAreNotConnected)
+{
+    auto mesh = NewMesh();
+    for (const AK_Vec& p : {AK_Vec{0, 0, 0}, AK_Vec{1, 0, 0}, AK_Vec{1, 1, 0}, AK_Vec{0, 1, 0}}) mesh->AddVertex(p);
+    mesh->_lcv.Append({{0, 1, 2, -1}});
+    mesh->_lcv.Append({{2, 3, 0, -1}});
+    mesh->ComputeConnectivity();
+    EXPECT_EQ(mesh->NeighborCell(0, 2), 1);
+    mesh->_lcv[1] = {{0, 3, 2, -1}};   // clockwise
+    mesh->ComputeConnectivity();
+    EXPECT_EQ(mesh->NeighborCell(0, 2), -1);
+}
+
+TEST_F(SW_Mesh_Query, AGridIsConnectedAsASearchThroughItsEdgesWould)
+{
+    const auto grid = CartesianMesh(5, 4, 1, Plane);
+    auto same = NewMesh();
+    same->_x = grid->_x;
+    same->_lcv = grid->_lcv;
+    same->ComputeConnectivity();
+    for (int cell = 0; cell < grid->NumCells(); ++cell) EXPECT_EQ(grid->_lcc[cell], same->_lcc[cell]) << cell;
+}
