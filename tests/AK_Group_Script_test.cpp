@@ -56,7 +56,8 @@ TEST_F(AK_GroupScriptTest, AFilterChoosesAmongTheObjectsOfTheType)
 
 TEST_F(AK_GroupScriptTest, AFilterThatDoesNotCompileLeavesTheOldOne)
 {
-    testing::internal::CaptureStdout();   // the language says what is wrong
+    testing::internal::CaptureStdout();   // the language says what is wrong, to one of the two
+    testing::internal::CaptureStderr();
     group->Set("Filter", "return 0;");
     for (const char* bad : {"", "return nosuch;", "return 1", "}", "{", "int x; return", "#define"}) {
         EXPECT_EQ(group->Set("Filter", bad), 1);
@@ -64,6 +65,7 @@ TEST_F(AK_GroupScriptTest, AFilterThatDoesNotCompileLeavesTheOldOne)
         EXPECT_EQ(Text(AK_Object::_execStatus), "") << bad;
     }
     testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
     EXPECT_EQ(Messages(), Lines());
     EXPECT_EQ(Text(group->Get("GetObjectsOfTypeList")), "");
 }
