@@ -48,7 +48,9 @@ static AK_Vec PointOfLevel(float level, float fa, float fb, const AK_Vec& a, con
     float t = (level - fa) / (fb - fa);
     if (t < 0) t = 0;
     if (t > 1) t = 1;
-    return a * double(1 - t) + b * double(t);
+    const double wa = double(1 - t);
+    const double wb = double(t);
+    return {a.x * wa + b.x * wb, a.y * wa + b.y * wb, a.z * wa + b.z * wb};
 }
 
 namespace {
@@ -79,8 +81,10 @@ int SW_Mesh::AppendContourLine(int cell, int face, const float* f, float level, 
     if (exitFace < 0) return 0;
     if (c[3] >= 0) {
         const float mean = MeanOfCorners(c, f);
-        const AK_Vec center = (_x[c[0]] + _x[c[1]] + _x[c[2]] + _x[c[3]]) * 0.25;
-        const Spokes& spokes = (mean > level ? spokesAbove : spokesBelow)[(exitFace - face + 4) % 4];
+        AK_Vec center;
+        for (int k = 0; k < 4; ++k) center += _x[c[k]] * 0.25;
+        const int steps = (exitFace - face + 4) % 4;
+        const Spokes& spokes = mean > level ? spokesAbove[steps] : spokesBelow[steps];
         for (int i = 0; i < spokes.number; ++i) {
             const int corner = c[(face + spokes.corner[i]) % 4];
             points.Append(PointOfLevel(level, f[corner], mean, _x[corner], center));
