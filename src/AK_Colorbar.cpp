@@ -62,9 +62,8 @@ std::span<const AK_Colorbar::Row> AK_Colorbar::Rows()
         {"Unit",                 shown<&C::Unit>},
         {"Attribute",            shown<&C::Attribute>},
         {"AttributeShort",       shown<&C::AttributeShort>},
-        {"HorizontalAlignmentOpts",
-                                 shown<[](const C&) { return AK_String("left") + ak_sep + "center" + ak_sep + "right"; }>},
-        {"VerticalAlignmentOpts", shown<[](const C&) { return AK_String("top") + ak_sep + "bottom"; }>},
+        {"HorizontalAlignmentOpts", shown<[](const C&) { return "left%AK_SEP%center%AK_SEP%right"; }>},
+        {"VerticalAlignmentOpts",   shown<[](const C&) { return "top%AK_SEP%bottom"; }>},
     };
     // clang-format on
     return rows;

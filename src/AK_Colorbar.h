@@ -68,7 +68,8 @@ public:
     static void GetTableColor(int i, float& r, float& g, float& b);
     /// Draws on in the colour of a value, in the field's unit. Nothing if the bar is Transparent.
     void SetColor(double value, float alpha) const;
-    /// Around the primitives that SetColor colours: switch the bar's texture on and off.
+    /// Around the primitives that SetColor colours: they read the steps anew, and switch the bar's texture on and off.
+    /// A texture is multiplied by white with the bar's opacity.
     void BeginColor() const;
     void EndColor() const;
     /// Reads a colour table by name; "none" for no table. One that cannot be used is reported.
@@ -118,7 +119,7 @@ private:
     AK_Floats<2> _size{0.3f, 0.02f};   // shares of the picture's width and height
     AK_String _horizontalAlignment = "right";
     AK_String _verticalAlignment = "bottom";
-    unsigned _barTexture = 0;                     // name of the table's one-dimensional texture, 0 for none
+    unsigned _barTexture = 0;                  // name of the table's one-dimensional texture, 0 for none
     float _textureScale = 0;                   // texture coordinate of the upper end of the bar
     AK_List<unsigned char> _texPixels{1};      // r, g, b
     AK_Text2d _header, _minLabel, _maxLabel;   // parts of this object, not of the tree

@@ -71,6 +71,7 @@ void AK_Colorbar::PlaceLabels()
 void AK_Colorbar::Update()
 {
     if (!IsShown()) return;
+    const Call running(this);
     if (!_autoscale) {   // what was chosen last for this unit, on whatever colour bar
         GetUnitScaling(Unit(), _min, _max);
         if (_arbitrarySteps && _stepValues.IsEmpty()) GetUnitSteps(Unit(), _stepValues);

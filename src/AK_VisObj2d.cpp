@@ -45,6 +45,7 @@ void AK_VisObj2d::CountPositionFromNearEdges()
 void AK_VisObj2d::Update()
 {
     if (!IsShown()) return;
+    const Call running(this);
     AK_VisibleObject::Update();
     Set2dProjection();
     aglMatrixMode(GL_MODELVIEW);

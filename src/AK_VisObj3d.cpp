@@ -119,6 +119,7 @@ static void ApplyRotatedCopy(const RotationAxis& axis, int i, int n, const AK_Cl
 void AK_VisObj3d::Update()
 {
     if (!IsShown()) return;
+    const Call running(this);
     AK_VisibleObject::Update();
     if (_inCopyDrawing) return;
     RestoreViewMatrix(GL_PROJECTION);

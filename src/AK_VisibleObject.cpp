@@ -203,6 +203,7 @@ void AK_VisibleObject::SetTexturingState() const
 void AK_VisibleObject::Update()
 {
     if (!IsShown()) return;
+    const Call running(this);   // formula code of a component may delete this object
     AK_Object::Update();
     SetDrawingState();
     SetTexturingState();

@@ -98,24 +98,25 @@ TEST(AK_VisObj3d_Clones, RefuseWhatCannotBeWalked)
                  "clone transformations of more than 24 lines");
 
     const std::string tooMany = "clone transformations with more than 10000 copies";
+    const std::string notFinite = "a number is not finite in '", noLength = "an axis without length in '";
     const struct {
         const char* text;
         std::string error;
     } cases[] = {
-        {"cp 100\ncp 100",                        ""                                                       },
-        {"cp 100\ncp 101",                        tooMany                                                  },
-        {"cp 10001\ncp 0",                        tooMany                                                  }, // walked in vain
-        {"cp 4294967297",                         tooMany                                                  },
-        {"cp 99999999999999999999\ncp 9999999999", tooMany                                                 },
-        {"trans 1 nan 0",                         "a number is not finite in 'trans 1 nan 0'"              },
-        {"scale 1 1 1e39",                        "a number is not finite in 'scale 1 1 1e39'"             },
-        {"cp 2\n2:rot inf 0 0 1",                 "a number is not finite in '2:rot inf 0 0 1'"            },
-        {"rot 90 0 0 0",                          "an axis without length in 'rot 90 0 0 0'"               },
-        {"rot 90 1 1 1 0 1e-7 0",                 "an axis without length in 'rot 90 1 1 1 0 1e-7 0'"      },
-        {"7:mirror 0 0 0",                        "an axis without length in '7:mirror 0 0 0'"             },
-        {"mirror 1 0 0 0 0 0",                    "an axis without length in 'mirror 1 0 0 0 0 0'"         },
-        {"rot 90 0 0 0 0 0 1",                    ""                                                       }, // through the origin
-        {"rot 0 0 0",                             ""                                                       }  // no rotation at all
+        {"cp 100\ncp 100",                         ""                                      },
+        {"cp 100\ncp 101",                         tooMany                                 },
+        {"cp 10001\ncp 0",                         tooMany                                 }, // walked in vain
+        {"cp 4294967297",                          tooMany                                 },
+        {"cp 99999999999999999999\ncp 9999999999", tooMany                                 },
+        {"trans 1 nan 0",                          notFinite + "trans 1 nan 0'"            },
+        {"scale 1 1 1e39",                         notFinite + "scale 1 1 1e39'"           },
+        {"cp 2\n2:rot inf 0 0 1",                  notFinite + "2:rot inf 0 0 1'"          },
+        {"rot 90 0 0 0",                           noLength + "rot 90 0 0 0'"              },
+        {"rot 90 1 1 1 0 1e-7 0",                  noLength + "rot 90 1 1 1 0 1e-7 0'"     },
+        {"7:mirror 0 0 0",                         noLength + "7:mirror 0 0 0'"            },
+        {"mirror 1 0 0 0 0 0",                     noLength + "mirror 1 0 0 0 0 0'"        },
+        {"rot 90 0 0 0 0 0 1",                     ""                                      }, // the axis is 0 0 1
+        {"rot 0 0 0",                              ""                                      }  // no rotation at all
     };
     for (const auto& c : cases) EXPECT_EQ(CloneTrafosError(c.text, maxCopies).c_str(), c.error) << c.text;
 }

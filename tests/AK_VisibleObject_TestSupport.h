@@ -112,7 +112,9 @@ public:
         aglGenTextures = [](int, unsigned* textures) { *textures = 1; };
         aglBindTexture = [](unsigned target, unsigned texture) { Note("BindTexture", target, texture); };
         aglTexParameteri = [](unsigned, unsigned name, int value) { Note("TexParameter", name, value); };
-        aglTexGenfv = [](unsigned coordinate, unsigned, const float* v) { Note("Plane", coordinate, v[0], v[1], v[2], v[3]); };
+        aglTexGenfv = [](unsigned coordinate, unsigned, const float* v) {
+            Note("Plane", coordinate, v[0], v[1], v[2], v[3]);
+        };
         aglTexImage1D = [](unsigned, int, int, int, int, unsigned, unsigned, const void* data) {
             texels = static_cast<const unsigned char*>(data);
         };

@@ -64,7 +64,8 @@ TEST_F(AK_VisibleObject_Texture, IsReadHalvedAndHandedOver)
     Set(o, "TextureFileName", name.c_str());
     EXPECT_EQ(Messages(), Lines()) << "nothing is read before it is to be shown";
     Set(o, "Textured", "1");
-    EXPECT_EQ(Messages(), (Lines{"loading texture file " + name, "loaded texture from file " + name + ", size is 21 x 10",
+    EXPECT_EQ(Messages(), (Lines{"loading texture file " + name,
+                                 "loaded texture from file " + name + ", size is 21 x 10",
                                  "scaling texture size down to 10 x 5", "scaling texture size down to 5 x 2"}));
     EXPECT_EQ(record.Calls(), "BindTexture 3553 1|TexParameter 10242 10497|TexParameter 10243 10497|"
                               "TexParameter 10240 9985|TexParameter 10241 9985|Build 5 2 6407 5121|");
@@ -114,7 +115,7 @@ TEST_F(AK_VisibleObject_Texture, BringsItsPlace)
     AK_VisibleObject o("o", nullptr);
     Set(o, "Textured", "1");
 
-    // Pixels of 10 m, the centre of the upper left one at (1005, 2095): the picture covers 1000 to 1040 by 2000 to 2100.
+    // Pixels of 10 m, the centre of the upper left one at (1005, 2095): the picture covers 1000 to 1040, 2000 to 2100.
     WriteFile(directory / "map.pmw", "10 0\n0 -10\n1005 2095\n");
     Set(o, "TextureFileName", Picture("map.ppm", 4, 10));
     EXPECT_EQ(PlaceOf(o, 1000, 2000), "0 0");

@@ -97,7 +97,8 @@ TEST_F(AK_VisibleObject_Attributes, NumbersThatAreNotFiniteAreRefused)
 TEST_F(AK_VisibleObject_Attributes, FloatsAreTextsThatGiveThemAgain)
 {
     AK_VisibleObject o("o", nullptr);
-    for (const char* text : {"1 0 0 0", "0.1 1e-05 0 3.40282e+38", "0.0005 0 0 -1300.1234", "16777215 0 0 0.33333334"}) {
+    for (const char* text :
+         {"1 0 0 0", "0.1 1e-05 0 3.40282e+38", "0.0005 0 0 -1300.1234", "16777215 0 0 0.33333334"}) {
         EXPECT_EQ(Set(o, "TextureParametersS", text), "");
         EXPECT_EQ(Get(o, "TextureParametersS"), text);
     }
