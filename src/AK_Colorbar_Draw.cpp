@@ -1,6 +1,6 @@
 // The picture of a colour bar in the overlay, and the texture with its colours.
 //
-//    peak flow depth [m] at 300        header
+//       peak flow depth [m] at 300     header, flush with the side that the bar is aligned to
 //   |=====|=====|=====|=====|=====|    bar: all steps equally wide, a line at each of their limits
 //   0                             5    labels of the ends, and of the limits between them
 //
@@ -14,11 +14,12 @@
 #include <algorithm>
 #include <cmath>
 
-static constexpr float margin = 0.03f;        // between bar and picture's edge, share of the picture
-static constexpr float gap = 0.008f;          // between bar and labels
-static constexpr int slices = 64;             // of the bar, when colours run on without steps
-static constexpr float minTickDistance = 4;   // pixels; lines that are closer would hide the colours
-static constexpr int textureWidth = 1024;     // pixels
+static constexpr float margin = 0.03f;         // between bar and picture's edge, share of the picture
+static constexpr float gap = 0.008f;           // between bar and labels
+static constexpr float descentShare = 0.25f;   // of a line's height, below the base line
+static constexpr int slices = 64;              // of the bar, when colours run on without steps
+static constexpr float minTickDistance = 4;    // pixels; lines that are closer would hide the colours
+static constexpr int textureWidth = 1024;      // pixels
 
 // ----------------------------------------------------------------------------------------------------------------
 // Places
@@ -54,7 +55,11 @@ void AK_Colorbar::PlaceLabels()
         label->Visibility(_displayLabels);
     }
     const float below = corner[1] - gap - lineHeight;
-    _header.Position(corner[0], corner[1] + _size[1] + gap);
+    const float above = corner[1] + _size[1] + gap + descentShare * lineHeight;
+    float room = _size[0] - AK_Text2d::LineWidth(font, Label());   // left over, below 0 for a title that is wider
+    if (_horizontalAlignment == "left") room = 0;
+    if (_horizontalAlignment == "center") room /= 2;
+    _header.Position(std::max(corner[0] + room, 0.0f), above);
     _minLabel.Position(corner[0], below);
     _maxLabel.Position(corner[0] + _size[0] - AK_Text2d::LineWidth(font, _maxLabel.Text()), below);
 }

@@ -176,6 +176,7 @@ public:
     /// The formula function "Update" of this class, then what the base class does.
     void Update() override
     {
+        const AK_Object::Call running(this);   // the code may delete the object
         if (this->_active) this->qvt_sci_Update(_qvt_sci_namespace);
         Base::Update();
     }

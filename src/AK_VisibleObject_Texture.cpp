@@ -47,6 +47,17 @@ void AK_VisibleObject::TextureMaxSize(int pixels)
 // Reading a picture
 // ----------------------------------------------------------------------------------------------------------------
 
+// a x + b y + d as a plane of the picture; a zero has no sign.
+static AK_Floats<4> Plane(double a, double b, double d)
+{
+    return {float(a) + 0.0f, float(b) + 0.0f, 0, float(d) + 0.0f};
+}
+
+static bool IsFinite(const AK_Floats<4>& plane)
+{
+    return std::all_of(plane.v, plane.v + 4, [](float f) { return std::isfinite(f); });
+}
+
 static AK_String SizeText(int width, int height) { return AK_String(width, "%d") + " x " + AK_String(height, "%d"); }
 
 void AK_VisibleObject::HalfSize(unsigned char* image, int* width, int* height, int depth)
@@ -153,22 +164,27 @@ void AK_VisibleObject::LoadWorldFile(const AK_String& name, int width, int heigh
     AK_WorldFile world;
     const bool complete = world.Read(name);
     const double det = Cross(world.pixelX, world.pixelY);
-    if (!complete || det == 0) {
+    const AK_Vec2 column{world.pixelY.y / det, -world.pixelY.x / det};   // how column and row grow with x and y
+    const AK_Vec2 row{-world.pixelX.y / det, world.pixelX.x / det};
+    const AK_Floats<4> s = Plane(column.x / width, column.y / width, (0.5 - Dot(column, world.first)) / width);
+    const AK_Floats<4> t = Plane(-row.x / height, -row.y / height, 1 - (0.5 - Dot(row, world.first)) / height);
+    if (!complete || !IsFinite(s) || !IsFinite(t)) {   // rows and columns of one direction have a det of 0
         AK_MSG("W: no geo-referencing could be read from " << name);
         return;
     }
-    const AK_Vec2 column{world.pixelY.y / det, -world.pixelY.x / det};   // how column and row grow with x and y
-    const AK_Vec2 row{-world.pixelX.y / det, world.pixelX.x / det};
-    const double sOfOrigin = (0.5 - Dot(column, world.first)) / width;
-    const double tOfOrigin = 1 - (0.5 - Dot(row, world.first)) / height;
-    _textureParametersS = {float(column.x / width), float(column.y / width), 0, float(sOfOrigin)};
-    _textureParametersT = {float(-row.x / height), float(-row.y / height), 0, float(tOfOrigin)};
+    _textureParametersS = s;
+    _textureParametersT = t;
     AK_MSG("INFO: geo-referencing loaded from world-file '" << name << "'");
 }
 
 void AK_VisibleObject::SaveTexPar(const AK_String& name)
 {
-    const AK_String path = AK_WithExtension(name.IsEmpty() ? _textureFileName : name, "texpar");
+    const AK_String& picture = name.IsEmpty() ? _textureFileName : name;
+    if (picture.IsEmpty()) {
+        _execStatus = "there is no picture whose parameters could be saved";
+        return;
+    }
+    const AK_String path = AK_WithExtension(picture, "texpar");
     FILE* file = std::fopen(path.c_str(), "w");
     if (!file) {
         _execStatus = AK_String("cannot open ") + path;
@@ -195,8 +211,8 @@ void AK_VisibleObject::TextureFit()
         _execStatus = "a picture cannot be fitted to a box without width or height";
         return;
     }
-    _textureParametersS = {float(1 / width), 0, 0, float(-lo[0] / width)};
-    _textureParametersT = {0, float(1 / height), 0, float(-lo[1] / height)};
+    _textureParametersS = Plane(1 / width, 0, -lo[0] / width);
+    _textureParametersT = Plane(0, 1 / height, -lo[1] / height);
 }
 
 // The plane a x + b y + c with three given values at three points p, by Cramer's rule; det is the determinant of the
@@ -210,12 +226,7 @@ static AK_Floats<4> PlaneThrough(const AK_Vec2 p[3], const double values[3], dou
     const double a = (v1 * p2.y - v2 * p1.y) / det;
     const double b = (p1.x * v2 - p2.x * v1) / det;
     const double c = values[0] - a * p[0].x - b * p[0].y;
-    return {float(a), float(b), 0, float(c)};
-}
-
-static bool IsFinite(const AK_Floats<4>& plane)
-{
-    return std::all_of(plane.v, plane.v + 4, [](float f) { return std::isfinite(f); });
+    return Plane(a, b, c);
 }
 
 void AK_VisibleObject::ApplyTextureReference()

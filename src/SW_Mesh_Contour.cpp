@@ -45,7 +45,9 @@ int SW_Mesh::IndexOfContourLineExitFace(int cell, int face, const float* f, floa
 // The point of the level between two points with values.
 static AK_Vec PointOfLevel(float level, float fa, float fb, const AK_Vec& a, const AK_Vec& b)
 {
-    const float t = std::clamp((level - fa) / (fb - fa), 0.0f, 1.0f);
+    float t = (level - fa) / (fb - fa);
+    if (t < 0) t = 0;
+    if (t > 1) t = 1;
     return a * double(1 - t) + b * double(t);
 }
 

@@ -13,12 +13,14 @@ static constexpr double noArea = 1e-30;   // m2: guards divisions
 std::span<const AK_Row> SW_Polygon::Rows()
 {
     using S = SW_Polygon;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"ProjectedArea", shown<[](const S& polygon) { return std::fabs(polygon.ProjectedAreaValue()); }>},   // m2
-        {"TrueArea", shown<&S::TrueArea>},                                                                    // m2
+        {"ProjectedArea",   shown<[](const S& polygon) { return std::fabs(polygon.ProjectedAreaValue()); }>},   // m2
+        {"TrueArea",        shown<&S::TrueArea>},                                                                    // m2
         {"MeanInclination", shown<&S::MeanInclination>},                                                      // degrees
-        {"UpdateTrueArea", command<&S::UpdateTrueArea>},
+        {"UpdateTrueArea",  command<&S::UpdateTrueArea>},
     };
+    // clang-format on
     return rows;
 }
 
@@ -94,12 +96,14 @@ void SW_Polygon::SetNameSpecificColor()
 std::span<const AK_Row> SW_MeshContourPolygon::Rows()
 {
     using S = SW_MeshContourPolygon;
+    // clang-format off
     static constexpr Row rows[] = {
         {"NWCorner", pair<&S::CornerNumber<0>, &S::SetCorner<0>>},
         {"SWCorner", pair<&S::CornerNumber<1>, &S::SetCorner<1>>},
         {"SECorner", pair<&S::CornerNumber<2>, &S::SetCorner<2>>},
         {"NECorner", pair<&S::CornerNumber<3>, &S::SetCorner<3>>},
     };
+    // clang-format on
     return rows;
 }
 

@@ -14,7 +14,8 @@ public:
 
     // ---- these only read, and any thread may call them while the polygon does not change
 
-    /// True if p lies inside, by the even-odd rule. Asked for every cell of a mesh: far points cost four comparisons.
+    /// True if p lies inside, by the even-odd rule. A point on the line itself belongs to clockwise rings only. Asked
+    /// for every cell of a mesh: far points cost four comparisons.
     bool Contains(const AK_Vec2& p) const;
     /// Area seen from above, m2: positive for a clockwise ring, 0 for less than three points.
     double ProjectedAreaValue() const;

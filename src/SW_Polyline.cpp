@@ -19,38 +19,38 @@ std::span<const AK_Row> SW_Polyline::Rows()
 {
     using S = SW_Polyline;
     using Text = const AK_String&;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"Import", command<&S::Import>},
-        {"Export", command<&S::Export>},
-        {"ProjectOnto", command<[](S& line, Text mesh) { line.ProjectOnto(mesh); }>},
-        {"BaseMeshName", pair<[](const S& line) { return line._baseMesh.Path(line); },
-                              [](S& line, Text name) { line._baseMesh.Set(name); }>},
-        {"MeshNamesList", shown<[](const S& line) { return SW_PathsOfType(line, "DHM"); }>},
-        {"PolylinesList", shown<[](const S& line) { return SW_PathsOfType(line, "Polyline"); }>},
+        {"Import",                 command<&S::Import>},
+        {"Export",                 command<&S::Export>},
+        {"ProjectOnto",            command<[](S& line, Text mesh) { line.ProjectOnto(mesh); }>},
+        {"BaseMeshName",           pair<&S::BaseMeshName, &S::SetBaseMeshName>},
+        {"MeshNamesList",          shown<[](const S& line) { return SW_PathsOfType(line, "DHM"); }>},
+        {"PolylinesList",          shown<[](const S& line) { return SW_PathsOfType(line, "Polyline"); }>},
 
-        {"ListPoints", command<&S::ListPoints>},
-        {"AppendPoint", command<&S::AppendPoint>},
-        {"SelectedVertex", pair<[](const S& line) { return line._selected + 1; }, &S::SelectedVertex>},
-        {"UnselectVertex", command<[](S& line) { line._selected = -1; }>},
+        {"ListPoints",             command<&S::ListPoints>},
+        {"AppendPoint",            command<&S::AppendPoint>},
+        {"SelectedVertex",         pair<[](const S& line) { return line._selected + 1; }, &S::SelectedVertex>},
+        {"UnselectVertex",         command<[](S& line) { line._selected = -1; }>},
         {"CoordsOfSelectedVertex", shown<&S::CoordsOfSelectedVertex>},
-        {"MoveVertex", command<&S::MoveVertex>},
-        {"InsertPoint", command<&S::InsertPoint>},
-        {"RemoveVertex", command<&S::RemoveVertex>},
-        {"Reverse", command<&S::Reverse>},
-        {"Clear", command<&S::Clear>},
-        {"CopyCoordsOf", command<&S::CopyCoordsOf>},
-        {"Annotations", pair<[](const S& line) { return line._line.annotations; },
-                             [](S& line, Text text) { line._line.annotations = text; }>},
+        {"MoveVertex",             command<&S::MoveVertex>},
+        {"InsertPoint",            command<&S::InsertPoint>},
+        {"RemoveVertex",           command<&S::RemoveVertex>},
+        {"Reverse",                command<&S::Reverse>},
+        {"Clear",                  command<&S::Clear>},
+        {"CopyCoordsOf",           command<&S::CopyCoordsOf>},
+        {"Annotations",            pair<&S::Annotations, &S::SetAnnotations>},
 
-        {"NumVertices", shown<&S::NumVertices>},
-        {"ProjectedLength", shown<&S::ProjectedLength>},   // m
-        {"ProjectedDistance", command<&S::ProjectedDistance>},
+        {"NumVertices",            shown<&S::NumVertices>},
+        {"ProjectedLength",        shown<&S::ProjectedLength>},   // m
+        {"ProjectedDistance",      command<&S::ProjectedDistance>},
 
-        {"DrawResampled", value<&S::_drawResampled>},
-        {"VertexLabels", value<&S::_vertexLabels>},
-        {"LabelFont", value<&S::_labelFont>},
-        {"FontList", shown<[](const S&) { return AK_Text2d::FontList(); }>},
+        {"DrawResampled",          value<&S::_drawResampled>},
+        {"VertexLabels",           value<&S::_vertexLabels>},
+        {"LabelFont",              value<&S::_labelFont>},
+        {"FontList",               shown<[](const S&) { return AK_Text2d::FontList(); }>},
     };
+    // clang-format on
     return rows;
 }
 

@@ -49,7 +49,9 @@ public:
     // ---- terrain
     void ProjectOnto(const AK_String& mesh);   // nothing if there is no such mesh
     void ProjectOnto(const SW_Mesh& mesh);
-    const SW_Mesh* BaseMesh() const { return _baseMesh.Find(*this); }   // null for none
+    AK_String BaseMeshName() const { return _baseMesh.Path(*this); }
+    void SetBaseMeshName(const AK_String& name) { _baseMesh.Set(name); }   // no point moves
+    const SW_Mesh* BaseMesh() const { return _baseMesh.Find(*this); }      // null for none
 
     // ---- geometry: these only read, and any thread may call them while the line does not change
 
@@ -90,6 +92,8 @@ private:
     void Reverse();
     void Clear();
     void CopyCoordsOf(const AK_String& id);
+    const AK_String& Annotations() const { return _line.annotations; }
+    void SetAnnotations(const AK_String& text) { _line.annotations = text; }
     void ListPoints();
     void ProjectedDistance(const AK_String& text);
 

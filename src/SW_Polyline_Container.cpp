@@ -26,10 +26,10 @@ void SW_LineContainer::Import(const AK_String& path)
     const SW_Mesh* mesh = _baseMesh.Find(*this);
     SW_UniqueIds ids(*this);
     const bool opened = SW_ReadLines(path, *format, [&](const SW_LineOfFile& file) {
-        SW_Polyline* line = NewLine(ids.Unique(SW_IdOfLine(path, *format, file)));
+        SW_Polyline* line = NewLine(ids.Unique(SW_IdOfLine(path, *format, file)), nullptr);
         line->SetLine(file.line);
         if (!file.colour.IsEmpty()) line->SetColor(file.colour);
-        AddComponent(line);
+        SW_UniqueIds::Adopt(*this, line);
         if (mesh) line->Set("ProjectOnto", mesh->IdAbs(line));
         FinishImport(*line, path);
     });
@@ -61,15 +61,17 @@ AK_String SW_LineContainer::MeshNamesList() const
 std::span<const AK_Row> SW_Polylines::Rows()
 {
     using S = SW_Polylines;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"Create", command<&S::Create>},
-        {"CreateSet", command<&S::CreateSet>},
-        {"Import", command<&S::Import>},
-        {"ImportSet", command<&S::ImportSet>},
-        {"ProjectOnto", command<&S::ProjectOnto>},
-        {"BaseMeshName", pair<&S::BaseMeshName, &S::SetBaseMeshName>},
+        {"Create",        command<&S::Create>},
+        {"CreateSet",     command<&S::CreateSet>},
+        {"Import",        command<&S::Import>},
+        {"ImportSet",     command<&S::ImportSet>},
+        {"ProjectOnto",   command<&S::ProjectOnto>},
+        {"BaseMeshName",  pair<&S::BaseMeshName, &S::SetBaseMeshName>},
         {"MeshNamesList", shown<&S::MeshNamesList>},
     };
+    // clang-format on
     return rows;
 }
 
@@ -81,13 +83,13 @@ SW_Polylines::SW_Polylines(const AK_String& id, AK_Object* parent) : AK_Class(id
 
 AK_Object* SW_Polylines::CreateComponent(const AK_String& id, const AK_String& type)
 {
-    if (type == "Polyline") return NewLine(id);
+    if (type == "Polyline") return NewLine(id, this);
     return type == "PolylineSet" ? new SW_PolylineSet(id, this) : nullptr;
 }
 
-SW_Polyline* SW_Polylines::NewLine(const AK_String& id) { return new SW_Polyline(id, this); }
+SW_Polyline* SW_Polylines::NewLine(const AK_String& id, AK_Object* parent) const { return new SW_Polyline(id, parent); }
 
-void SW_Polylines::Create(const AK_String& id) { AddComponent(NewLine(id)); }
+void SW_Polylines::Create(const AK_String& id) { AddComponent(NewLine(id, this)); }
 
 void SW_Polylines::CreateSet(const AK_String& id) { AddComponent(new SW_PolylineSet(id, this)); }
 
@@ -124,13 +126,15 @@ bool SW_Polylines::LoadDxfFile(const AK_String& path, AK_List<AK_Polyline>& line
 std::span<const AK_Row> SW_Polygons::Rows()
 {
     using S = SW_Polygons;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"Create", command<&S::Create>},
-        {"Import", command<&S::Import>},
-        {"ProjectOnto", command<&S::ProjectOnto>},
-        {"BaseMeshName", pair<&S::BaseMeshName, &S::SetBaseMeshName>},
+        {"Create",        command<&S::Create>},
+        {"Import",        command<&S::Import>},
+        {"ProjectOnto",   command<&S::ProjectOnto>},
+        {"BaseMeshName",  pair<&S::BaseMeshName, &S::SetBaseMeshName>},
         {"MeshNamesList", shown<&S::MeshNamesList>},
     };
+    // clang-format on
     return rows;
 }
 
@@ -142,12 +146,12 @@ SW_Polygons::SW_Polygons(const AK_String& id, AK_Object* parent) : AK_Class(id, 
 
 AK_Object* SW_Polygons::CreateComponent(const AK_String& id, const AK_String& type)
 {
-    return type == "Polygon" ? new SW_Polygon(id, this) : nullptr;
+    return type == "Polygon" ? NewLine(id, this) : nullptr;
 }
 
-SW_Polyline* SW_Polygons::NewLine(const AK_String& id) { return new SW_Polygon(id, this); }
+SW_Polyline* SW_Polygons::NewLine(const AK_String& id, AK_Object* parent) const { return new SW_Polygon(id, parent); }
 
-void SW_Polygons::Create(const AK_String& id) { AddComponent(NewLine(id)); }
+void SW_Polygons::Create(const AK_String& id) { AddComponent(NewLine(id, this)); }
 
 void SW_Polygons::FinishImport(SW_Polyline& line, const AK_String&)
 {

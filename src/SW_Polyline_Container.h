@@ -25,8 +25,8 @@ public:
 protected:
     using AK_Container::AK_Container;
 
-    /// A new line of the container's class, which is not a component yet.
-    virtual SW_Polyline* NewLine(const AK_String& id) = 0;
+    /// A new line of the container's class, which is no component yet.
+    virtual SW_Polyline* NewLine(const AK_String& id, AK_Object* parent) const = 0;
     /// Called for each line that has been imported from a file, when it stands.
     virtual void FinishImport(SW_Polyline&, const AK_String& /*path*/) {}
     /// The status for a file that cannot be opened.
@@ -54,7 +54,7 @@ public:
     static bool LoadDxfFile(const AK_String& path, AK_List<AK_Polyline>& lines);
 
 protected:
-    SW_Polyline* NewLine(const AK_String& id) override;
+    SW_Polyline* NewLine(const AK_String& id, AK_Object* parent) const override;
 };
 
 class SW_Polygons : public AK_Class<SW_Polygons, SW_LineContainer> {
@@ -67,7 +67,7 @@ public:
     virtual void Create(const AK_String& id);
 
 protected:
-    SW_Polyline* NewLine(const AK_String& id) override;
+    SW_Polyline* NewLine(const AK_String& id, AK_Object* parent) const override;
     void FinishImport(SW_Polyline& line, const AK_String& path) override;
     AK_String CannotOpen(const AK_String& path) const override;
 };

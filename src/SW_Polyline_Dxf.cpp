@@ -16,6 +16,8 @@
 #include "SW_Polyline_Text.h"
 
 #include <cstring>
+#include <string>
+#include <unordered_map>
 
 static constexpr int maxLine = 512;             // characters of a line where polylines are read
 static constexpr int maxDictionaryLine = 256;   // and where dictionaries are
@@ -81,19 +83,21 @@ private:
 
 }   // namespace
 
+// clang-format off
 constexpr PolylineReader::Rule PolylineReader::rules[] = {
-    {lightHeader, "  8", lightLayer, Value::none, nullptr},
-    {lightHeader, " 90", lightNumber, Value::none, nullptr},
-    {lightVertices, " 10", lightVertices, Value::x, &PolylineReader::AppendLightVertex},
-    {lightVertices, " 20", lightVertices, Value::y, nullptr},
-    {lightVertices, " 38", lightVertices, Value::elevation, nullptr},
-    {oldHeader, "  8", oldLayer, Value::none, nullptr},
-    {oldHeader, "VERTEX", oldVertices, Value::none, &PolylineReader::AppendOldVertex},
-    {oldVertices, "VERTEX", oldVertices, Value::none, &PolylineReader::AppendOldVertex},
-    {oldVertices, " 10", oldVertices, Value::x, nullptr},
-    {oldVertices, " 20", oldVertices, Value::y, nullptr},
-    {oldVertices, " 30", oldVertices, Value::z, nullptr},
+    {lightHeader,   "  8",    lightLayer,    Value::none,      nullptr},
+    {lightHeader,   " 90",    lightNumber,   Value::none,      nullptr},
+    {lightVertices, " 10",    lightVertices, Value::x,         &PolylineReader::AppendLightVertex},
+    {lightVertices, " 20",    lightVertices, Value::y,         nullptr},
+    {lightVertices, " 38",    lightVertices, Value::elevation, nullptr},
+    {oldHeader,     "  8",    oldLayer,      Value::none,      nullptr},
+    {oldHeader,     "VERTEX", oldVertices,   Value::none,      &PolylineReader::AppendOldVertex},
+    {oldVertices,   "VERTEX", oldVertices,   Value::none,      &PolylineReader::AppendOldVertex},
+    {oldVertices,   " 10",    oldVertices,   Value::x,         nullptr},
+    {oldVertices,   " 20",    oldVertices,   Value::y,         nullptr},
+    {oldVertices,   " 30",    oldVertices,   Value::z,         nullptr},
 };
+// clang-format on
 
 void PolylineReader::WarnOfFaults() const
 {
@@ -250,7 +254,7 @@ private:
     Block Find(const char* kind, const AK_String& handle) const;
 
     AK_List<AK_String> _lines{1};
-    AK_Dict<AK_String, Block> _blocks;   // by kind and handle
+    std::unordered_map<std::string, Block> _blocks;   // by kind and handle
 };
 
 }   // namespace
@@ -284,8 +288,8 @@ DxfObjects::DxfObjects(const AK_String& path)
             continue;
         }
         if (_lines.Size() - begin >= linesBeforeContent) {
-            Block& block = _blocks[AK_String(kind) + _lines[begin + linesBeforeContent - 1]];
-            if (block.end == 0) block = {begin + linesBeforeContent, _lines.Size()};
+            const AK_String& handle = _lines[begin + linesBeforeContent - 1];
+            _blocks.emplace(std::string(kind) + handle.c_str(), Block{begin + linesBeforeContent, _lines.Size()});
         }
         kind = nullptr;
     }
@@ -293,8 +297,8 @@ DxfObjects::DxfObjects(const AK_String& path)
 
 DxfObjects::Block DxfObjects::Find(const char* kind, const AK_String& handle) const
 {
-    const Block* block = _blocks.Find(AK_String(kind) + handle);
-    return block ? *block : Block();
+    const auto found = _blocks.find(std::string(kind) + handle.c_str());
+    return found == _blocks.end() ? Block() : found->second;
 }
 
 AK_String DxfObjects::AttributesOf(const AK_String& dictionary) const

@@ -40,11 +40,16 @@ static bool ReadAno(AK_TextReader& reader, SW_LineOfFile& next)
     return next.line.ReadFromAno(reader, next.name, next.colour) == 0;
 }
 
+// clang-format off
 static constexpr SW_LineFormat formats[] = {
-    {"xy", ReadWholeFile<2>, nullptr, false, "p_"}, {"xyz", ReadWholeFile<3>, nullptr, false, "p_"},
-    {"nxyz", ReadNxyz, "_%04d", false, "p_"},       {"dxf", ReadDxf, "_%04d", true, "pl_"},
-    {"DXF", ReadDxf, "_%04d", true, "pl_"},         {"ano", ReadAno, "_%d", false, "pl_"},
+    {"xy",   ReadWholeFile<2>, nullptr, false, "p_"},
+    {"xyz",  ReadWholeFile<3>, nullptr, false, "p_"},
+    {"nxyz", ReadNxyz,         "_%04d", false, "p_"},
+    {"dxf",  ReadDxf,          "_%04d", true,  "pl_"},
+    {"DXF",  ReadDxf,          "_%04d", true,  "pl_"},
+    {"ano",  ReadAno,          "_%d",   false, "pl_"},
 };
+// clang-format on
 
 const SW_LineFormat* SW_FormatOfExtension(const AK_String& extension)
 {
@@ -100,7 +105,7 @@ AK_String SW_IdOfLine(const AK_String& path, const SW_LineFormat& format, const 
 
 SW_UniqueIds::SW_UniqueIds(const AK_Object& parent)
 {
-    for (int i = 0; i < parent.NumComponents(); ++i) _taken[parent.ComponentAt(i)->Id()] = 1;
+    for (int i = 0; i < parent.NumComponents(); ++i) _taken.insert(parent.ComponentAt(i)->Id().c_str());
 }
 
 // "A" -> "A_0001", "B_7" -> "B_0008".
@@ -108,17 +113,23 @@ AK_String SW_UniqueIds::Unique(const AK_String& wanted)
 {
     AK_String id = wanted;
     id.ReplaceNonAlNum('_');
-    if (!id.IsEmpty() && _taken.Find(id)) {
+    if (!id.IsEmpty() && _taken.contains(id.c_str())) {
         AK_String stem = id;
         int number = 0;
         if (char* underscore = std::strrchr(&stem[0], '_'); underscore && ScanInt(underscore + 1, number))
             stem = AK_String(stem.c_str(), underscore);
-        int& next = _nextNumber[stem];
+        int& next = _nextNumber[stem.c_str()];
         next = std::max(next, std::max(number, 0) % INT_MAX + 1);
-        while (_taken.Find(id)) id = stem + AK_String(next++, "_%04d");
+        while (_taken.contains(id.c_str())) id = stem + AK_String(next++, "_%04d");
     }
-    _taken[id] = 1;
+    _taken.insert(id.c_str());
     return id;
+}
+
+void SW_UniqueIds::Adopt(AK_Object& parent, AK_Object* line)
+{
+    parent.AddComponent(line);
+    if (!parent.ProjectDir().IsEmpty()) line->ProjectDir(parent.ProjectDir() + "/" + line->Id());
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -182,15 +193,20 @@ void SW_Polyline::Export(const AK_String& path)
 
 void SW_Polyline::SetColor(const AK_String& colour)
 {
+    // clang-format off
     static constexpr struct {
         const char* word;
         AK_Color color;
     } words[] = {
-        {"lblue", {0.5f, 0.5f, 1}},   // light blue
-        {"blue", {0, 0, 1}},        {"red", {1, 0, 0}},
-        {"green", {0, 1, 0}},       {"yello", {1, 1, 0}},   // so the files spell it
-        {"cyan", {0, 1, 1}},        {"magenta", {1, 0, 1}},
+        {"lblue",   {0.5f, 0.5f, 1}},   // light blue
+        {"blue",    {0, 0, 1}},
+        {"red",     {1, 0, 0}},
+        {"green",   {0, 1, 0}},
+        {"yello",   {1, 1, 0}},         // so the files spell it
+        {"cyan",    {0, 1, 1}},
+        {"magenta", {1, 0, 1}},
     };
+    // clang-format on
     _autoColored = 1;
     for (const auto& word : words) {
         if (!(colour == word.word)) continue;

@@ -13,28 +13,28 @@
 std::span<const AK_Row> SW_PolylineSet::Rows()
 {
     using S = SW_PolylineSet;
-    using Text = const AK_String&;
+    // clang-format off
     static constexpr Row rows[] = {
-        {"Import", command<&S::Import>},
-        {"Export", command<&S::Export>},
-        {"ProjectOnto", command<&S::ProjectOnto>},
-        {"BaseMeshName", pair<[](const S& set) { return set._baseMesh.Path(set); },
-                              [](S& set, Text name) { set._baseMesh.Set(name); }>},
-        {"MeshNamesList", shown<[](const S& set) { return SW_PathsOfType(set, "DHM"); }>},
-        {"PolylinesList", shown<[](const S& set) { return SW_PathsOfType(set, "Polyline"); }>},
+        {"Import",          command<&S::Import>},
+        {"Export",          command<&S::Export>},
+        {"ProjectOnto",     command<&S::ProjectOnto>},
+        {"BaseMeshName",    pair<&S::BaseMeshName, &S::SetBaseMeshName>},
+        {"MeshNamesList",   shown<[](const S& set) { return SW_PathsOfType(set, "DHM"); }>},
+        {"PolylinesList",   shown<[](const S& set) { return SW_PathsOfType(set, "Polyline"); }>},
 
-        {"Select", command<&S::Select>},
-        {"DeSelect", command<&S::DeSelect>},
-        {"SelMemberList", shown<[](const S& set) { return set.NamesOf(1); }>},
+        {"Select",          command<&S::Select>},
+        {"DeSelect",        command<&S::DeSelect>},
+        {"SelMemberList",   shown<[](const S& set) { return set.NamesOf(1); }>},
         {"DeSelMemberList", shown<[](const S& set) { return set.NamesOf(0); }>},
-        {"DeleteSelected", command<&S::DeleteSelected>},
+        {"DeleteSelected",  command<&S::DeleteSelected>},
         {"ExtractSelected", command<&S::ExtractSelected>},
-        {"Add", command<&S::Add>},
+        {"Add",             command<&S::Add>},
 
-        {"DisplayLabels", value<&S::_displayLabels>},
-        {"LabelFont", value<&S::_labelFont>},
-        {"FontList", shown<[](const S&) { return AK_Text2d::FontList(); }>},
+        {"DisplayLabels",   value<&S::_displayLabels>},
+        {"LabelFont",       value<&S::_labelFont>},
+        {"FontList",        shown<[](const S&) { return AK_Text2d::FontList(); }>},
     };
+    // clang-format on
     return rows;
 }
 
@@ -74,13 +74,13 @@ void SW_PolylineSet::Import(const AK_String& path)
 {
     if (!AK_System::FileExists(path)) return SW_TellMissingFile(path);
     const SW_LineFormat* format = SW_FormatOfFile(path);
-    AK_Dict<AK_String, int> taken;
-    for (const AK_String& name : _names) taken[name] = 1;
+    std::unordered_set<std::string> taken;
+    for (const AK_String& name : _names) taken.insert(name.c_str());
     const auto take = [&](const SW_LineOfFile& file) {
         AK_String name = file.name;
         if (name.IsEmpty()) name = format->nameInSet + AK_String(Size() + 1, "%d");
-        if (taken.Find(name)) name = name + AK_String(Size(), "_%d");
-        taken[name] = 1;
+        if (taken.contains(name.c_str())) name = name + AK_String(Size(), "_%d");
+        taken.insert(name.c_str());
         Append(file.line, name);
     };
     if (!format || !SW_ReadLines(path, *format, take)) {
@@ -166,9 +166,9 @@ void SW_PolylineSet::ExtractSelected()
     SW_UniqueIds ids(*container);
     for (int i = Size() - 1; i >= 0; --i) {
         if (!_selected[i]) continue;
-        auto* line = new SW_Polyline(ids.Unique(_names[i]), container);
+        auto* line = new SW_Polyline(ids.Unique(_names[i]), nullptr);
         line->SetLine(_polylines[i]);
-        container->AddComponent(line);
+        SW_UniqueIds::Adopt(*container, line);
     }
 }
 

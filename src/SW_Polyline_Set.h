@@ -29,6 +29,8 @@ public:
     /// Writes all lines: dxf, with the names as layers, or nxyz, with the names as annotations.
     void Export(const AK_String& path);
     void ProjectOnto(const AK_String& mesh);   // nothing if there is no such mesh
+    AK_String BaseMeshName() const { return _baseMesh.Path(*this); }
+    void SetBaseMeshName(const AK_String& name) { _baseMesh.Set(name); }   // no point moves
 
     /// Selects or deselects the first line of that name; "all" means every line.
     void Select(const AK_String& name) { SetFlag(name, 1); }

@@ -7,6 +7,9 @@
 #include "SW_Polyline_Points.h"
 
 #include <functional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
 
 class AK_Object;
 class SW_Mesh;
@@ -51,9 +54,14 @@ public:
     explicit SW_UniqueIds(const AK_Object& parent);
     AK_String Unique(const AK_String& id);
 
+    /// Makes a line that was constructed without a parent, under such an id, a component. The usual way would compare
+    /// its id with those of all components once more, which takes minutes for a drawing of 100000 lines.
+    static void Adopt(AK_Object& parent, AK_Object* line);
+
 private:
-    AK_Dict<AK_String, int> _taken;
-    AK_Dict<AK_String, int> _nextNumber;   // by the part of the id before it
+    // Not AK_Dict: its hash sees the first letters only, and the ids of an import begin alike.
+    std::unordered_set<std::string> _taken;
+    std::unordered_map<std::string, int> _nextNumber;   // by the part of the id before it
 };
 
 // ---- records, projection, drawing (SW_Polyline.cpp, SW_Polyline_Draw.cpp)

@@ -56,7 +56,6 @@ private:
     double ValueInCell(int cell, const AK_Vec2& p) const;
     void Smooth(int rounds);
     void CreateGradientField();
-    AK_String AttributeShort() const;
     void TakeRasterExtentOfMesh();
     void WriteRaster(std::FILE* file) const;
     void DrawCells() const;

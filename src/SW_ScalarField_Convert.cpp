@@ -84,16 +84,9 @@ void SW_ScalarField::UpdateContourLines()
     for (int i = 0; i < _contourLines->Size(); ++i) {
         AK_String& annotations = (*_contourLines)[i]._line.annotations;
         annotations.SetKeyValue("unit", bar->Unit(), '=', ';');
-        annotations.SetKeyValue("res", AttributeShort(), '=', ';');
+        annotations.SetKeyValue("res", bar->AttributeShort(), '=', ';');
     }
     _contourChecksum = checksum;
-}
-
-// The short name of what the field shows, which formula code of the colour bar may give; "" without one.
-AK_String SW_ScalarField::AttributeShort() const
-{
-    const AK_String name = Colorbar()->Get("AttributeShort");
-    return name == ak_null ? AK_String() : name;
 }
 
 // ----------------------------------------------------------------------------------------------------------------

@@ -108,8 +108,7 @@ void SW_ScalarField::ExportContourLines(const AK_String& path)
     if (path.Extension() == "nxyz") {
         if (_contourLines) _contourLines->WriteToNxyz(stream);
     } else {
-        const AK_String name = AttributeShort();
-        const AK_String layer = LayerName(name.IsEmpty() ? Colorbar()->Attribute() : name, Colorbar()->Unit());
+        const AK_String layer = LayerName(Colorbar()->AttributeShort(), Colorbar()->Unit());
         if (_contourLines)
             _contourLines->WriteToDxf(stream, layer);
         else
@@ -126,7 +125,7 @@ void SW_ScalarField::ExportContourLines(const AK_String& path)
 AK_String SW_ScalarField::ShortExportFilename() const
 {
     AK_String name = Label();
-    const AK_String attributeShort = AttributeShort();
+    const AK_String attributeShort = Colorbar()->AttributeShort();
     if (!attributeShort.IsEmpty()) name.Replace(Colorbar()->Attribute().c_str(), attributeShort.c_str());
     name.Replace(" at ", "");
     name.ReplaceNonAlNum('_');

@@ -1,17 +1,31 @@
 #include "SW_Workspace.h"
 
+#include "AK_Colorbar.h"
 #include "AK_Group.h"
+#include "SW_Mesh_Container.h"
+#include "SW_Polyline_Container.h"
+#include "SW_Polyline_Labels.h"
 
-// In the order of the tree. They are added without a parent in their constructors, which therefore cannot use it.
-static constexpr const char* containers[] = {
-    "DHMs",      "ReleaseDHMs", "Polygons",    "Polylines", "ReleaseAreas", "EntrainmentAreas", "ResistanceAreas",
-    "WallLines", "SourceLines", "Simulations", "Labels",
-};
+// The lowest values of a field fade into the background of the view, as this share of the colour bar's range.
+static constexpr float fadingRange = 0.05f;
+
+// They are added without a parent in their constructors, which therefore cannot use it.
+template <class Container>
+void SW_Workspace::AddContainers(std::initializer_list<const char*> ids)
+{
+    for (const char* id : ids) AddComponent(new Container(id, nullptr));
+}
 
 SW_Workspace::SW_Workspace(const AK_String& id, AK_Object* parent) : AK_Class(id, parent)
 {
     ReadClassFiles();
-    for (const char* container : containers) AddComponent(new AK_Container(container, nullptr));
+    AddContainers<SW_Meshes>({"DHMs", "ReleaseDHMs"});
+    AddContainers<SW_Polygons>({"Polygons"});
+    AddContainers<SW_Polylines>({"Polylines"});
+    AddContainers<AK_Container>({"ReleaseAreas", "EntrainmentAreas", "ResistanceAreas", "WallLines", "SourceLines"});
+    AddContainers<AK_Container>({"Simulations"});
+    AddContainers<SW_Labels>({"Labels"});
+    AK_Colorbar::_minColorToBackgroundFadingRange = fadingRange;
     RunInitializationCommands();
 }
 

@@ -6,6 +6,8 @@
 #include "AK_Object.h"
 #include "AK_Object_Class.h"
 
+#include <initializer_list>
+
 class SW_Workspace : public AK_Class<SW_Workspace, AK_Object> {
 public:
     static constexpr const char* className = "SW_Workspace";
@@ -21,4 +23,8 @@ public:
     void CreateUserObject(const AK_String& id);
     /// Always fails with a status: the program has no component of that type.
     void CreateSoftSphereSim2D();
+
+private:
+    template <class Container>
+    void AddContainers(std::initializer_list<const char*> ids);
 };

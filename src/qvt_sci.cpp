@@ -144,6 +144,11 @@ static char* ReadAll(FILE* file, size_t* length)
 static void RememberNamespace()
 {
     Namespace* ns = gActiveNamespace;
+    if (ns->borrowsCode) {   // left by an earlier error, and not to be added to
+        ns->initCode = nullptr;
+        ns->exitCode = nullptr;
+        ns->borrowsCode = 0;
+    }
     before = {ns, ns->initCode, ns->exitCode, SymtabLastSymbol(ns->symtab)};
 }
 

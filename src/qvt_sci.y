@@ -5,8 +5,8 @@
    declarations stand before the first statement; blocks open no scope. Types are known as soon as an expression is
    reduced, so that conversions are put in while the tree grows.
 
-   Errors leave yyparse by longjmp (yyerror): the parser's own stack is a block of the parse's garbage list, and what the
-   actions have built so far is freed by the caller. */
+   Errors leave yyparse by longjmp (yyerror): the parser's own stack is a block of the parse's garbage list, and what
+   the actions have built so far is freed by the caller. */
 
 %code {
 #include "qvt_sci_Internal.h"
@@ -313,7 +313,8 @@ expression:
     | SSCANF '(' expression_list ')'                { $$ = ListOperator(SSCANF); }
 
     | RESIZE '(' expression ',' expression ')'      { $$ = OprNew(RESIZE, 2, $3, $5); }
-    | EXEC '(' expression ')'                       { $$ = OprNew(EXEC, 2, $3, InternalPointerNodeNew(gActiveNamespace)); }
+    | EXEC '(' expression ')'                       { $$ = OprNew(EXEC, 2, $3,
+                                                                  InternalPointerNodeNew(gActiveNamespace)); }
     | FUNCADDR '(' expression ')'                   { $$ = OprNew(FUNCADDR, 2, $3,
                                                                   InternalPointerNodeNew(gActiveNamespace)); }
     | FUNCCALL '(' expression_list ')'              { $$ = ListOperator(FUNCCALL); }

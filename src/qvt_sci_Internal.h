@@ -1,7 +1,9 @@
 // The inside of the formula language, for qvt_sci* files only.
+//
 // The road of a text: preprocess -> tokens -> grammar actions -> symbols and trees of nodes -> evaluation. There is no
 // code besides the tree: a node carries pointers to the functions that evaluate it, chosen once when it is built by
 // operator, data type, shape and kind of operands. Nothing asks for a type or an operator at run time.
+//
 //   qvt_sci.cpp                  a parse from text to result, and what a failed one takes back
 //   qvt_sci_Preprocess.cpp       masking, #include, #define
 //   qvt_sci_Scan.cpp             tokens, yyerror
@@ -20,6 +22,7 @@
 //   qvt_sci_aux_Intrinsics.cpp   declaration text and binding of the predefined names; natives in
 //                                qvt_sci_aux_Builtin*.cpp; qvt_sci_aux_Manual.cpp the manual
 //   qvt_sci_aux_PrintScan.cpp    print and the printf and scanf families
+//
 // Errors found while parsing leave by longjmp from yyerror to qvt_sci_ParseAny: whatever can call yyerror keeps plain
 // structures only. Control flow of running code does not jump: statements answer how to go on (Flow).
 
@@ -130,6 +133,11 @@ union Evaluate {
 
 enum { DIVISOR_UNCHECKED, DIVISOR_FIRST, DIVISOR_KEPT };   // KEPT: by its chain, in the node's own slot
 
+struct LeafPart {
+    void* self;       // CONST, function name: &value
+    Symbol* symbol;   // VARIABLE, ARRAY: whose name it is. A function's name is a value, which code can overwrite
+};
+
 struct OperatorPart {
     int32_t opr;   // operator code: token, character, or CAST, NONZERO
     int32_t nOps;
@@ -172,14 +180,14 @@ struct Node {
     Evaluate get;         // the value itself; unset for void
     Flow (*run)(Node*);   // the node as a statement; expressions drop their value and answer FLOW_NEXT
 
-    /// Set if the value can be read in place, *(T*)*place, without a call: &symbol->addr of a scalar variable, &self of
-    /// a constant or function name. Null for all else. The symbol's address is read anew each time: it changes with
-    /// calls and bindings.
+    /// Set if the value can be read in place, *(T*)*place, without a call: &symbol->addr of a scalar variable,
+    /// &leaf.self of a constant or function name. Null for all else. The symbol's address is read anew each time: it
+    /// changes with calls and bindings.
     void** place;
     Value value;
 
     union {
-        void* self;   // CONST, function name: &value
+        LeafPart leaf;
         OperatorPart o;
         SubarrayPart sub;
         CallPart call;
@@ -193,10 +201,10 @@ inline constexpr int CHAIN_STEP = 32;   // small: right operands nest too, each 
 /// no more than one step. Made by NodeSelFuncPtr, freed by NodeDelete; evaluation and meaning:
 /// qvt_sci_execute_Chain.cpp.
 struct Chain {
-    Node* lowest;         // first rung of the chain
-    Node* above;          // next rung up, null on the topmost
-    int32_t hasDivisors;  // 1: divisions of the chain from here down keep their divisors
-    void* (*ex)(Node*);   // the evaluators that the node would have otherwise
+    Node* lowest;          // first rung of the chain
+    Node* above;           // next rung up, null on the topmost
+    int32_t hasDivisors;   // 1: divisions of the chain from here down keep their divisors
+    void* (*ex)(Node*);    // the evaluators that the node would have otherwise
     Evaluate get;
 };
 
@@ -333,7 +341,7 @@ Node* NonZeroNew(Node* node);
 Node* NonZero(Node* node);
 
 // qvt_sci_Node.cpp. Constructors end in NodeSelFuncPtr.
-Node* NodeNew(NodeKind kind, int dataType);   // zeroed, without evaluators
+Node* NodeNew(NodeKind kind, int dataType, const char* noMemory = "out of memory");   // zeroed, without evaluators
 Node* ConNew(int dataType, Value value);
 Node* VarNew(const char* name);
 Node* SubarrNew(Node* base, Node* index);

@@ -114,19 +114,14 @@ void NodeDeleteExcept(Node* node, Node* stop)
 // ---------------------------------------------------------------------------------------------------------------------
 // Leaves
 
-static Node* NewOr(const char* message, NodeKind kind, int dataType)
+Node* NodeNew(NodeKind kind, int dataType, const char* noMemory)
 {
     Node* node = static_cast<Node*>(std::calloc(1, sizeof(Node)));
-    if (!node) yyerror(message);
+    if (!node) yyerror(noMemory);
     node->type = int16_t(kind);
     node->dataType = int16_t(dataType);
     UnownedAdd(node);
     return node;
-}
-
-Node* NodeNew(NodeKind kind, int dataType)
-{
-    return NewOr("out of memory", kind, dataType);
 }
 
 Node* ConNew(int dataType, Value value)
@@ -146,6 +141,7 @@ Node* VarNew(const char* name)
     Node* node =
         NodeNew(symbol->symbolType == ARRAY_SYMBOL ? ARRAY : VARIABLE, isFunction ? int(PTR_TYPE) : symbol->dataType);
     node->value.symbol = symbol;
+    node->leaf.symbol = symbol;
     NodeSelFuncPtr(node);
     return node;
 }
@@ -336,7 +332,7 @@ Node* FuncCallNew(const char* name, int nArgs, Node* const* args)
     }
     symbol->referenced = 1;
 
-    Node* node = NewOr("FuncCallNew: out of memory", FUNCTION_CALL, isFunction ? symbol->dataType : int(DOUBLE_TYPE));
+    Node* node = NodeNew(FUNCTION_CALL, isFunction ? symbol->dataType : int(DOUBLE_TYPE), "FuncCallNew: out of memory");
     node->call.symbol = symbol;
     node->call.args = static_cast<Node**>(std::calloc(size_t(nArgs) + 1, sizeof(Node*)));
     node->call.addresses = static_cast<void**>(std::calloc(size_t(nArgs) + 1, sizeof(void*)));

@@ -37,8 +37,8 @@ void NodePrint(const Node* node)
     qvt_sci_msg("node %p: type %s, data type %s, ex %p\n", static_cast<const void*>(node), NodeTypeName(node),
                 dataTypeName[node->dataType], reinterpret_cast<void*>(node->ex));
     if (node->type == ARRAY || node->type == VARIABLE) {
-        qvt_sci_msg("%s '%s', sym %p\n", NodeTypeName(node), node->value.symbol->name,
-                    static_cast<void*>(node->value.symbol));
+        qvt_sci_msg("%s '%s', sym %p\n", NodeTypeName(node), node->leaf.symbol->name,
+                    static_cast<void*>(node->leaf.symbol));
     } else if (node->type == INTERNAL_POINTER) {
         qvt_sci_msg("internal pointer: %p\n", static_cast<void*>(node->value.ns));
     }
@@ -72,9 +72,9 @@ static void PrintTreeLine(const Node* node)
 {
     switch (node->type) {
     case CONST: PrintConstantLine(node); break;
-    case VARIABLE: qvt_sci_msg("VAR '%s'\n", node->value.symbol->name); break;
+    case VARIABLE: qvt_sci_msg("VAR '%s'\n", node->leaf.symbol->name); break;
     case ARRAY: {
-        const Symbol* symbol = node->value.symbol;
+        const Symbol* symbol = node->leaf.symbol;
         if (IsTextConstant(symbol)) {
             qvt_sci_msg("CONST STRING '%s'\n", static_cast<const char*>(symbol->addr));
         } else {
@@ -165,9 +165,9 @@ static void PrintText(const char* text)
 static void PrintLeaf(const Node* node)
 {
     if (node->type == VARIABLE) {
-        qvt_sci_msg("%s", node->value.symbol->name);
+        qvt_sci_msg("%s", node->leaf.symbol->name);
     } else if (node->type == ARRAY) {
-        const Symbol* symbol = node->value.symbol;
+        const Symbol* symbol = node->leaf.symbol;
         if (IsTextConstant(symbol)) {
             PrintText(static_cast<const char*>(symbol->addr));
         } else {

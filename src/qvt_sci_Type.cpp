@@ -132,9 +132,9 @@ int LowHalfOf(Node* node)
     return low;
 }
 
-static Node* ConversionNew(int opr, int dataType, Node* operand)
+static Node* ConversionNew(int opr, int dataType, Node* operand, const char* noMemory)
 {
-    Node* node = NodeNew(OPERATOR, dataType);
+    Node* node = NodeNew(OPERATOR, dataType, noMemory);
     node->o.opr = opr;
     node->o.nOps = 1;
     node->o.ops = node->o.op;
@@ -165,7 +165,7 @@ Node* CastNew(int dataType, Node* node)
                     dataTypeName[dataType]);
         yyerror("cannot cast array to another type");
     } else {
-        return ConversionNew(CAST, dataType, node);
+        return ConversionNew(CAST, dataType, node, "CastNew: out of memory");
     }
     return node;
 }
@@ -182,7 +182,7 @@ Node* NonZeroNew(Node* node)
         yyerror("cannot compare void to zero");
         return node;
     }
-    return ConversionNew(NONZERO, INT_TYPE, node);
+    return ConversionNew(NONZERO, INT_TYPE, node, "NonZeroNew: out of memory");
 }
 
 Node* NonZero(Node* node)

@@ -8,7 +8,7 @@
 
 #pragma once
 
-#include "qvt_sci_Internal.h"
+#include "qvt_sci_execute_Internal.h"
 
 #include <cstdint>
 #include <cstring>
@@ -87,10 +87,3 @@ class TextArgument : public CText
 public:
     TextArgument(const char* text, int index) : CText(text, RoomOfArgument(index)) {}
 };
-
-/// Conversion of a number to int where the language has no cast of its own: what does not fit, NaN too, is INT_MIN, as
-/// the processor's conversion gives it.
-inline int TruncateToInt(double x)
-{
-    return x > -2147483649.0 && x < 2147483648.0 ? int(x) : INT32_MIN;
-}

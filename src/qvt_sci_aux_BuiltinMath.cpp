@@ -65,7 +65,7 @@ static double qvt_sci_max(const double* x, const double* y)
 
 static double qvt_sci_fix(const double* x)
 {
-    return TruncateToInt(*x);
+    return Convert<int>(*x);
 }
 
 static void qvt_sci_srand(const int* seed)

@@ -102,7 +102,7 @@ static long AsLong(int dataType, const Value& value)
 static int AsInt(int dataType, const Value& value)
 {
     const bool isFloating = dataType == FLOAT_TYPE || dataType == DOUBLE_TYPE;
-    return isFloating ? TruncateToInt(AsDouble(dataType, value)) : int(AsLong(dataType, value));
+    return isFloating ? Convert<int>(AsDouble(dataType, value)) : int(AsLong(dataType, value));
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -18,8 +18,7 @@ int stackDep = 0;
 Node* currentNode = nullptr;
 
 #ifdef KORVO_FUZZ
-long qvt_sci_stepsLeft = 0;
-void (*qvt_sci_stepsAreOut)() = nullptr;
+FuzzSwitches qvt_sci_fuzz = {};
 #endif
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -84,7 +83,7 @@ void EnterJump()
 {
     if (jumpDep >= MAX_JUMP_DEP - 1) RunFail("MAX_JUMP_DEP exceeded");
     ++jumpDep;
-    COUNT_STEP();
+    CountSteps(1);
 }
 
 // A return runs the exit code of the function's namespace. A body that ends in any other jump ran into a break or a
@@ -100,7 +99,7 @@ static void RunBody(const Symbol* function)
             if (exitCode) exitCode->run(exitCode);
             return;
         }
-        COUNT_STEP();
+        CountSteps(1);
     }
 }
 

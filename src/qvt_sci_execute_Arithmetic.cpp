@@ -115,57 +115,44 @@ struct Power {
     }
 };
 
-template <class T, class Operand>
 struct Negative {
-    static T Get(Node* node)
+    template <class T>
+    static T Of(T a)
     {
-        const T value = Operand::template Read<T>(Operand::template Evaluate<T>(node, 0));
         if constexpr (isWhole<T>)
-            return T(0u - unsigned(value));
+            return T(0u - unsigned(a));
         else
-            return -value;
+            return -a;
     }
 };
 
-template <class T>
-static void SelectNegative(Node* node)
+template <class Formula, class T, class Operand>
+struct Sign {
+    static T Get(Node* node)
+    {
+        return Formula::template Of<T>(Operand::template Read<T>(Operand::template Evaluate<T>(node, 0)));
+    }
+};
+
+template <class Formula, class T>
+static void SelectSign(Node* node)
 {
-    ChooseFastFetch<T>(node, 0, nullptr, [node](auto operand) { Attach<Negative<T, decltype(operand)>>(node); });
+    ChooseFastFetch<T>(node, 0, nullptr, [node](auto operand) { Attach<Sign<Formula, T, decltype(operand)>>(node); });
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
-
-#define NUMBERS(Select, Formula)                                                                                       \
-    {                                                                                                                  \
-        nullptr, Select<Formula, signed char>, Select<Formula, int>, Select<Formula, float>, Select<Formula, double>,  \
-            nullptr                                                                                                    \
-    }
-
-#define SIGNS                                                                                                          \
-    {                                                                                                                  \
-        nullptr, SelectNegative<signed char>, SelectNegative<int>, SelectNegative<float>, SelectNegative<double>,      \
-            nullptr                                                                                                    \
-    }
-#define INT_ONLY(...)                                                                                                  \
-    {                                                                                                                  \
-        nullptr, nullptr, __VA_ARGS__                                                                                  \
-    }
-#define DOUBLE_ONLY(...)                                                                                               \
-    {                                                                                                                  \
-        nullptr, nullptr, nullptr, nullptr, __VA_ARGS__                                                                \
-    }
 
 std::span<const FamilyRow> ArithmeticFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
-        {'+',                      NUMBERS(SelectLeftFirst, Plus)},
-        {'-',                        NUMBERS(SelectLeftFirst,                                             Minus)},
-        {'*',                  NUMBERS(SelectLeftFirst,Times)},
-        {'/',NUMBERS(SelectDivision,     Over)},
-        {'%',                      INT_ONLY(SelectDivision<Modulo,                                        int>)},
-        {POWER,                        DOUBLE_ONLY(SelectLeftFirst<Power,                                             double>)},
-        {UMINUS,                   SIGNS  },
+        {'+',    NUMBERS(SelectLeftFirst,     Plus)    },
+        {'-',    NUMBERS(SelectLeftFirst,     Minus)   },
+        {'*',    NUMBERS(SelectLeftFirst,     Times)   },
+        {'/',    NUMBERS(SelectDivision,      Over)    },
+        {'%',    INT_ONLY(SelectDivision,     Modulo)  },
+        {POWER,  DOUBLE_ONLY(SelectLeftFirst, Power)   },
+        {UMINUS, NUMBERS(SelectSign,          Negative)},
     };
     return rows;
 }

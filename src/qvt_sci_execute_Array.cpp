@@ -50,7 +50,9 @@ static T* ElementOf(Node* node)
     const int index = Index::Get(node);
     void* const base = Base::Get(node);
     if constexpr (CheckIndex) CheckBounds(node, index, base);
-    return static_cast<T*>(Displaced(base, node->value.stride * index, sizeof(T)));
+    T* const address = static_cast<T*>(Displaced(base, node->value.stride * index, sizeof(T)));
+    CheckRoom(node, address, node->value.stride);
+    return address;
 }
 
 template <class T, bool CheckIndex, class Index, class Base>
@@ -135,18 +137,19 @@ static void SetLength(Symbol* array, int length, int64_t kept)
     length = std::max(length, 0);
     const int64_t size = SizeWithLength(array->arr, length);
     const int64_t nBytes = NumBytes(array, size);
+    const int64_t keptBytes = NumBytes(array, kept);
     void* memory = nullptr;
+    CountSteps(long(size));
     if (nBytes > 0) {
-        memory = nBytes <= INT_MAX ? std::realloc(array->memory, size_t(nBytes)) : nullptr;
+        if (nBytes <= INT_MAX) memory = MovedMemory(array->memory, size_t(keptBytes), size_t(nBytes));
         if (!memory) {
             char message[256];
             std::snprintf(message, sizeof message, "cannot allocate %d bytes for array %s", int(nBytes), array->name);
             RunFail(message);
         }
-        const int64_t keptBytes = NumBytes(array, kept);
         if (nBytes > keptBytes) std::memset(static_cast<char*>(memory) + keptBytes, 0, size_t(nBytes - keptBytes));
     } else {
-        std::free(array->memory);
+        FreeMoved(array->memory);
     }
     array->memory = memory;
     array->addr = memory;
@@ -169,7 +172,7 @@ void SelectAlloc(Node* node)
 static Flow RunFree(Node* node)
 {
     Symbol* array = node->value.symbol;
-    std::free(array->memory);
+    FreeMoved(array->memory);
     array->memory = nullptr;
     array->addr = nullptr;
     return FLOW_NEXT;

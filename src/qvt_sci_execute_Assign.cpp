@@ -47,14 +47,6 @@ static void ChooseTarget(Node* node, Use use)
 // ---------------------------------------------------------------------------------------------------------------------
 // Assignments
 
-struct Store {
-    template <class T>
-    static T Of(T, T b)
-    {
-        return b;
-    }
-};
-
 template <class Formula, class T, bool CheckDivisor, class Target, class Source>
 struct Assignment {
     static T Get(Node* node)
@@ -95,7 +87,7 @@ static void SelectAssignment(Node* node)
 // ---------------------------------------------------------------------------------------------------------------------
 // ++ and --
 
-template <class Formula, class T, bool ValueIsNew, class Target>
+template <class Formula, class T, class Target, bool ValueIsNew>
 struct Step {
     static T Get(Node* node)
     {
@@ -106,44 +98,33 @@ struct Step {
     }
 };
 
-template <class Formula, class T, bool ValueIsNew>
-static void SelectStep(Node* node)
+template <class Formula, class T>
+static void SelectStepBefore(Node* node)
 {
-    ChooseTarget<T>(node,
-                    [node](auto target) { AttachStatement<Step<Formula, T, ValueIsNew, decltype(target)>>(node); });
+    ChooseTarget<T>(node, [node](auto target) { AttachStatement<Step<Formula, T, decltype(target), true>>(node); });
+}
+
+template <class Formula, class T>
+static void SelectStepBehind(Node* node)
+{
+    ChooseTarget<T>(node, [node](auto target) { AttachStatement<Step<Formula, T, decltype(target), false>>(node); });
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
-
-#define ASSIGNMENT(Formula)                                                                                            \
-    {                                                                                                                  \
-        nullptr, SelectAssignment<Formula, signed char>, SelectAssignment<Formula, int>,                               \
-            SelectAssignment<Formula, float>, SelectAssignment<Formula, double>, nullptr                               \
-    }
-#define STORE                                                                                                          \
-    {                                                                                                                  \
-        nullptr, SelectAssignment<Store, signed char>, SelectAssignment<Store, int>, SelectAssignment<Store, float>,   \
-            SelectAssignment<Store, double>, SelectAssignment<Store, void*>                                            \
-    }
-#define STEP(Formula, valueIsNew)                                                                                      \
-    {                                                                                                                  \
-        nullptr, SelectStep<Formula, signed char, valueIsNew>, SelectStep<Formula, int, valueIsNew>,                   \
-            SelectStep<Formula, float, valueIsNew>, SelectStep<Formula, double, valueIsNew>, nullptr                   \
-    }
 
 std::span<const FamilyRow> AssignmentFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
-        {'=',               STORE                     },
-        {                                                      ADD, ASSIGNMENT(Plus)                          },
-        {                                                    SUB,                 ASSIGNMENT(Minus)                                       },
-        {                       MULT,               ASSIGNMENT(Times)                 },
-        {                                                 DIV,        ASSIGNMENT(Over)                      },
-        {                                                        INC_PRE,       STEP(Plus,                     true)},
-        {                                                     DEC_PRE,        STEP(Minus,                      true)},
-        {                                                                           INC,       STEP(Plus, false)},
-        { DEC,                           STEP(Minus,                                                      false)},
+        {'=',     ALL_TYPES(SelectAssignment, Store)},
+        {ADD,     NUMBERS(SelectAssignment,   Plus) },
+        {SUB,     NUMBERS(SelectAssignment,   Minus)},
+        {MULT,    NUMBERS(SelectAssignment,   Times)},
+        {DIV,     NUMBERS(SelectAssignment,   Over) },
+        {INC_PRE, NUMBERS(SelectStepBefore,   Plus) },
+        {DEC_PRE, NUMBERS(SelectStepBefore,   Minus)},
+        {INC,     NUMBERS(SelectStepBehind,   Plus) },
+        {DEC,     NUMBERS(SelectStepBehind,   Minus)},
     };
     return rows;
 }

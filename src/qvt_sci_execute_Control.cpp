@@ -123,7 +123,7 @@ static void SelectIf(Node* node)
 // Runs the body once; false if the loop is over, and then *flow says how.
 static inline bool RunLoopBody(Node* body, Flow* flow)
 {
-    COUNT_STEP();
+    CountSteps(1);
     *flow = body->run(body);
     if (*flow == FLOW_BREAK) {
         *flow = FLOW_NEXT;

@@ -58,7 +58,7 @@ static void CloseExec()
 {
     const ExecFrame frame = execFrames[--nExecFrames];
     qvt_sci_NamespaceSwitchTo(frame.caller);
-    qvt_sci_NamespaceDestroy(frame.own);
+    DestroyNamespace(frame.own);
 }
 
 void AbandonExec()
@@ -89,8 +89,9 @@ struct Exec {
         if (errors) {
             qvt_sci_reset_parser_after_syntax_error();
         } else {
+            CheckBound(own);
             Symbol* main = SymtabFind(own->symtab, "main");
-            if (main && main->symbolType == FUNCTION_SYMBOL) funcCall(main);
+            if (main && main->symbolType == FUNCTION_SYMBOL && main->func.nArgs == 0) funcCall(main);
         }
         CloseExec();
         return errors;

@@ -16,7 +16,7 @@
 
 #pragma once
 
-#include "qvt_sci_Internal.h"
+#include "qvt_sci_execute_Switches.h"
 
 #include <span>
 #include <type_traits>
@@ -98,6 +98,14 @@ struct Over {
             if (b == -1) return T(0u - unsigned(a));
         }
         return T(a / b);
+    }
+};
+
+struct Store {
+    template <class T>
+    static T Of(T, T b)
+    {
+        return b;
     }
 };
 
@@ -198,7 +206,9 @@ struct Element {
         const int index = *static_cast<int*>(*element->sub.indexAt);
         void* const base = *element->sub.baseAt;
         CheckBounds(element, index, base);
-        return static_cast<T*>(Displaced(base, index, sizeof(T)));
+        T* const address = static_cast<T*>(Displaced(base, index, sizeof(T)));
+        CheckRoom(element, address, 1);
+        return address;
     }
     template <class T>
     static T Read(T* address)
@@ -331,6 +341,26 @@ struct FamilyRow {
     Selector member[DATA_TYPES];
 };
 
+// Members of a row that a template over a formula and a type selects.
+#define NUMBERS(Select, Formula)                                                                                       \
+    {                                                                                                                  \
+        nullptr, Select<Formula, signed char>, Select<Formula, int>, Select<Formula, float>, Select<Formula, double>,  \
+            nullptr                                                                                                    \
+    }
+#define ALL_TYPES(Select, Formula)                                                                                     \
+    {                                                                                                                  \
+        nullptr, Select<Formula, signed char>, Select<Formula, int>, Select<Formula, float>, Select<Formula, double>,  \
+            Select<Formula, void*>                                                                                     \
+    }
+#define INT_ONLY(Select, Formula)                                                                                      \
+    {                                                                                                                  \
+        nullptr, nullptr, Select<Formula, int>                                                                         \
+    }
+#define DOUBLE_ONLY(Select, Formula)                                                                                   \
+    {                                                                                                                  \
+        nullptr, nullptr, nullptr, nullptr, Select<Formula, double>                                                    \
+    }
+
 /// An operator that looks at its operands itself, or has but one evaluator.
 struct PlainRow {
     int opr;
@@ -366,16 +396,3 @@ void EnterJump();
 extern Node* nativeCall;      // call of the native function that is running (qvt_sci_execute_Native.cpp)
 void AbandonExec();           // leaves the namespaces of exec (qvt_sci_execute_Exec.cpp)
 [[noreturn]] void EndRun();   // flushes the messages and ends the process with status 1
-
-// Turned on for fuzzing alone (KORVO_FUZZ), where a program that does not come to an end by itself must: every call and
-// every turn of a loop counts, and at 0 the function that the fuzz target supplies leaves the run.
-#ifdef KORVO_FUZZ
-extern long qvt_sci_stepsLeft;
-extern void (*qvt_sci_stepsAreOut)();
-#define COUNT_STEP()                                                                                                   \
-    do {                                                                                                               \
-        if (--qvt_sci_stepsLeft < 0) qvt_sci_stepsAreOut();                                                            \
-    } while (0)
-#else
-#define COUNT_STEP() static_cast<void>(0)
-#endif

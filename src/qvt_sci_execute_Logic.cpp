@@ -20,57 +20,65 @@ static void SelectComparison(Node* node)
 // && and || evaluate the right operand only if the left leaves the answer open. Both are ints: a double was cut to one,
 // so that 0.5 counts as false here (and as true in !, ?: and conditions). That is the language's rule.
 
-template <class Left, class Right>
 struct And {
-    static int Get(Node* node)
-    {
-        if (Left::template Read<int>(Left::template Evaluate<int>(node, 0)) == 0) return 0;
-        return Right::template Read<int>(Right::template Evaluate<int>(node, 1)) != 0;
-    }
+    static constexpr int decided = 0;
 };
 
-template <class Left, class Right>
 struct Or {
+    static constexpr int decided = 1;
+};
+
+template <class Formula, class Left, class Right>
+struct Connective {
     static int Get(Node* node)
     {
-        if (Left::template Read<int>(Left::template Evaluate<int>(node, 0)) != 0) return 1;
+        const int left = Left::template Read<int>(Left::template Evaluate<int>(node, 0)) != 0;
+        if (left == Formula::decided) return left;
         return Right::template Read<int>(Right::template Evaluate<int>(node, 1)) != 0;
     }
 };
 
-template <template <class, class> class Operation>
+template <class Formula, class T>
 static void SelectConnective(Node* node)
 {
-    ChooseFetch<int>(node, 0, nullptr, [node](auto left) {
-        ChooseFetch<int>(node, 1, nullptr,
-                         [node](auto right) { Attach<Operation<decltype(left), decltype(right)>>(node); });
+    ChooseFetch<T>(node, 0, nullptr, [node](auto left) {
+        ChooseFetch<T>(node, 1, nullptr,
+                       [node](auto right) { Attach<Connective<Formula, decltype(left), decltype(right)>>(node); });
     });
 }
 
-template <class Operand>
 struct Not {
-    static int Get(Node* node) { return Operand::template Read<int>(Operand::template Evaluate<int>(node, 0)) == 0; }
+    static int Of(int a) { return a == 0; }
 };
 
-static void SelectNot(Node* node)
-{
-    ChooseFetch<int>(node, 0, nullptr, [node](auto operand) { Attach<Not<decltype(operand)>>(node); });
-}
-
-// Only the branch that is taken is evaluated.
-template <class T>
-struct Choice {
-    static T Get(Node* node)
+template <class Formula, class Operand>
+struct Opposite {
+    static int Get(Node* node)
     {
-        Node* const* ops = node->o.op;
-        return GetValue<T>(GetValue<int>(ops[0]) ? ops[1] : ops[2]);
+        return Formula::Of(Operand::template Read<int>(Operand::template Evaluate<int>(node, 0)));
     }
 };
 
-template <class T>
-static void SelectChoice(Node* node)
+template <class Formula, class T>
+static void SelectOpposite(Node* node)
 {
-    Attach<Choice<T>>(node);
+    ChooseFetch<T>(node, 0, nullptr, [node](auto operand) { Attach<Opposite<Formula, decltype(operand)>>(node); });
+}
+
+// Only the branch that is taken is evaluated.
+struct Choice {
+    static Node* Of(Node* const* ops) { return GetValue<int>(ops[0]) ? ops[1] : ops[2]; }
+};
+
+template <class Formula, class T>
+struct Branch {
+    static T Get(Node* node) { return GetValue<T>(Formula::Of(node->o.op)); }
+};
+
+template <class Formula, class T>
+static void SelectBranch(Node* node)
+{
+    Attach<Branch<Formula, T>>(node);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -154,35 +162,20 @@ static void SelectCast(Node* node)
 
 // ---------------------------------------------------------------------------------------------------------------------
 
-#define INT_ONLY(...)                                                                                                  \
-    {                                                                                                                  \
-        nullptr, nullptr, __VA_ARGS__                                                                                  \
-    }
-#define CHOOSE                                                                                                         \
-    {                                                                                                                  \
-        nullptr, SelectChoice<signed char>, SelectChoice<int>, SelectChoice<float>, SelectChoice<double>,              \
-            SelectChoice<void*>                                                                                        \
-    }
-#define COMPARE(Formula)                                                                                               \
-    {                                                                                                                  \
-        nullptr, SelectComparison<Formula, signed char>, SelectComparison<Formula, int>,                               \
-            SelectComparison<Formula, float>, SelectComparison<Formula, double>, SelectComparison<Formula, void*>      \
-    }
-
 std::span<const FamilyRow> ComparisonFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
-        {'!', INT_ONLY(SelectNot)            },
-        {'<', COMPARE(Less)                  },
-        {'>', COMPARE(Greater)               },
-        {'?', CHOOSE                         },
-        {OR,  INT_ONLY(SelectConnective<Or>) },
-        {AND, INT_ONLY(SelectConnective<And>)},
-        {GE,  COMPARE(GreaterOrEqual)        },
-        {LE,  COMPARE(LessOrEqual)           },
-        {EQ,  COMPARE(Equal)                 },
-        {NE,  COMPARE(Unequal)               },
+        {'!', INT_ONLY(SelectOpposite,    Not)           },
+        {'<', ALL_TYPES(SelectComparison, Less)          },
+        {'>', ALL_TYPES(SelectComparison, Greater)       },
+        {'?', ALL_TYPES(SelectBranch,     Choice)        },
+        {OR,  INT_ONLY(SelectConnective,  Or)            },
+        {AND, INT_ONLY(SelectConnective,  And)           },
+        {GE,  ALL_TYPES(SelectComparison, GreaterOrEqual)},
+        {LE,  ALL_TYPES(SelectComparison, LessOrEqual)   },
+        {EQ,  ALL_TYPES(SelectComparison, Equal)         },
+        {NE,  ALL_TYPES(SelectComparison, Unequal)       },
     };
     return rows;
 }

@@ -96,6 +96,7 @@ static int64_t NumElements(const Symbol* array)
 
 int64_t NodeRoom(const Node* node, const void* address)
 {
+    if (!address) return 0;   // an extern array that nobody bound
     const Node* root = node;
     while (root->type == SUBARRAY) root = root->sub.base;
     if (root->type != ARRAY) return NodeVecSize(root);

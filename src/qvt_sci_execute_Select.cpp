@@ -67,8 +67,8 @@ static void SelectLeaf(Node* node, void** place)
 
 static void SelectConstant(Node* node)   // exConc and its like, exFUNCP_
 {
-    node->self = &node->value;
-    SelectLeaf(node, &node->self);
+    node->leaf.self = &node->value;
+    SelectLeaf(node, &node->leaf.self);
 }
 
 static void SelectVariable(Node* node)   // exVar

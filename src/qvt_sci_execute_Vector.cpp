@@ -1,9 +1,9 @@
 // Evaluators of whole arrays, rows of arrays and what is computed from them.
 //
-// A vector is an address and a length. Operands are evaluated left, then right, each once; then the lengths are read, so
-// that a dynamic array counts with its present one. The shorter operand is used from its start again, a single number is
-// a vector of length 1. Assignments write into the left operand's own memory and never change its length; the other
-// operations own a buffer in their node, which is kept from one evaluation to the next.
+// A vector is an address and a length. Operands are evaluated left, then right, each once; then the lengths are read,
+// so that a dynamic array counts with its present one. The shorter operand is used from its start again, a single
+// number is a vector of length 1. Assignments write into the left operand's own memory and never change its length; the
+// other operations own a buffer in their node, which is kept from one evaluation to the next.
 //
 // Operands are read through their addresses element by element, while results are written: `a *= a[0]` multiplies the
 // elements behind the first by the new a[0]. A vector without elements has nothing to give: an assignment from it
@@ -26,13 +26,16 @@ struct Vector {
     int length;
 };
 
-// An operand after all have been evaluated. An array's memory may have moved meanwhile, by resize in a function that the
-// other operand called.
+// An operand after all have been evaluated. An array's memory may have moved meanwhile, by resize in a function that
+// the other operand called.
 template <class T>
 static Vector<T> VectorOf(const Node* operand, void* evaluated)
 {
     if (operand->type == ARRAY) evaluated = operand->value.symbol->addr;
-    return {static_cast<T*>(evaluated), evaluated ? std::max(NodeVecSize(operand), 0) : 0};
+    const int length = evaluated ? std::max(NodeVecSize(operand), 0) : 0;
+    CountSteps(length);
+    if (NodeIsVector(operand)) CheckRoom(operand, evaluated, length);
+    return {static_cast<T*>(evaluated), length};
 }
 
 template <class T>
@@ -77,14 +80,6 @@ static void AttachVector(Node* node, void* (*ex)(Node*))
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Assignments: exVEC_ASS_, exVEC_ADD_ and so on
-
-struct Store {
-    template <class T>
-    static T Of(T, T b)
-    {
-        return b;
-    }
-};
 
 template <class Formula, class T, bool CheckDivisor>
 static void* AssignVector(Node* node)
@@ -209,7 +204,7 @@ static void SelectCombineVectors(Node* node)
 
 // Of two vectors of length 3 the cross product. Of length 2: its component out of the plane in element 1, and the
 // negative of that in element 0.
-template <class T>
+template <class Product, class T>
 static void* CrossProduct(Node* node)
 {
     const Operands<T> operands(node);
@@ -217,23 +212,23 @@ static void* CrossProduct(Node* node)
     const int n = operands.LongerLength();
     T* const result = ResultBuffer<T>(node, n);
     for (int64_t i = 0; i < n; ++i) {
-        const T forward = Times::Of<T>(a.values[(i + 1) % a.length], b.values[(i + 2) % b.length]);
-        const T backward = Times::Of<T>(a.values[(i + 2) % a.length], b.values[(i + 1) % b.length]);
+        const T forward = Product::template Of<T>(a.values[(i + 1) % a.length], b.values[(i + 2) % b.length]);
+        const T backward = Product::template Of<T>(a.values[(i + 2) % a.length], b.values[(i + 1) % b.length]);
         result[i] = Minus::Of<T>(forward, backward);
     }
     return result;
 }
 
-template <class T>
+template <class Product, class T>
 static void SelectCrossProduct(Node* node)
 {
-    AttachVector<T>(node, CrossProduct<T>);
+    AttachVector<T>(node, CrossProduct<Product, T>);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Products and magnitudes, a double each. Every product is made in the elements' type first.
 
-template <class T>
+template <class Product, class T>
 struct DotProduct {
     static double Get(Node* node)
     {
@@ -242,19 +237,19 @@ struct DotProduct {
         const int n = operands.LongerLength();
         double sum = 0;
         for (int i = 0, ia = 0, ib = 0; i < n; ++i, ia = Behind(ia, a.length), ib = Behind(ib, b.length)) {
-            sum += double(Times::Of<T>(a.values[ia], b.values[ib]));
+            sum += double(Product::template Of<T>(a.values[ia], b.values[ib]));
         }
         return sum;
     }
 };
 
-template <class T>
+template <class Product, class T>
 static void SelectDotProduct(Node* node)
 {
-    Attach<DotProduct<T>>(node);
+    Attach<DotProduct<Product, T>>(node);
 }
 
-template <class T>
+template <class Product, class T>
 struct Magnitude {
     static double Get(Node* node)
     {
@@ -263,45 +258,35 @@ struct Magnitude {
         currentNode = node;
         const Vector<T> a = VectorOf<T>(operand, evaluated);
         double sum = 0;
-        for (int i = 0; i < a.length; ++i) sum += double(Times::Of<T>(a.values[i], a.values[i]));
+        for (int i = 0; i < a.length; ++i) sum += double(Product::template Of<T>(a.values[i], a.values[i]));
         return std::sqrt(sum);
     }
 };
 
-template <class T>
+template <class Product, class T>
 static void SelectMagnitude(Node* node)
 {
-    Attach<Magnitude<T>>(node);
+    Attach<Magnitude<Product, T>>(node);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
-
-#define NUMBERS(Select)                                                                                                \
-    {                                                                                                                  \
-        nullptr, Select<signed char>, Select<int>, Select<float>, Select<double>, nullptr                              \
-    }
-#define NUMBERS_BY(Select, Formula)                                                                                    \
-    {                                                                                                                  \
-        nullptr, Select<Formula, signed char>, Select<Formula, int>, Select<Formula, float>, Select<Formula, double>,  \
-            nullptr                                                                                                    \
-    }
 
 std::span<const FamilyRow> VectorFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
-        {'*', NUMBERS_BY(SelectCombineVectors, Times)},
-        {'+', NUMBERS_BY(SelectCombineVectors, Plus)},
-        {'-', NUMBERS_BY(SelectCombineVectors, Minus)},
-        {'.', NUMBERS(SelectDotProduct)},
-        {'/', NUMBERS_BY(SelectCombineVectors, Over)},
-        {'=', NUMBERS_BY(SelectAssignVector, Store)},
-        {'^', NUMBERS(SelectCrossProduct)},
-        {'|', NUMBERS(SelectMagnitude)},
-        {ADD, NUMBERS_BY(SelectAssignVector, Plus)},
-        {SUB, NUMBERS_BY(SelectAssignVector, Minus)},
-        {MULT, NUMBERS_BY(SelectAssignVector, Times)},
-        {DIV, NUMBERS_BY(SelectAssignVector, Over)},
+        {'*',  NUMBERS(SelectCombineVectors, Times)},
+        {'+',  NUMBERS(SelectCombineVectors, Plus) },
+        {'-',  NUMBERS(SelectCombineVectors, Minus)},
+        {'.',  NUMBERS(SelectDotProduct,     Times)},
+        {'/',  NUMBERS(SelectCombineVectors, Over) },
+        {'=',  NUMBERS(SelectAssignVector,   Store)},
+        {'^',  NUMBERS(SelectCrossProduct,   Times)},
+        {'|',  NUMBERS(SelectMagnitude,      Times)},
+        {ADD,  NUMBERS(SelectAssignVector,   Plus) },
+        {SUB,  NUMBERS(SelectAssignVector,   Minus)},
+        {MULT, NUMBERS(SelectAssignVector,   Times)},
+        {DIV,  NUMBERS(SelectAssignVector,   Over) },
     };
     return rows;
 }

@@ -40,8 +40,8 @@ protected:
     /// Plays a macro and ends. What was said after the start.
     Conversation Play(const std::string& macro) const
     {
-        WriteFile(directory / "work/play.macro", macro);
-        Conversation conversation = Program({"-files", files, "-offscreen", "play.macro"}, "");
+        WriteFile(directory / "work/example.macro", macro);
+        Conversation conversation = Program({"-files", files, "-offscreen", "example.macro"}, "");
         EXPECT_EQ(conversation.signal, 0);
         EXPECT_EQ(conversation.status, 0);
         const size_t banner = conversation.output.rfind(rule + "\n");

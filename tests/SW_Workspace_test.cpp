@@ -6,10 +6,14 @@
 
 #include <algorithm>
 
+#include <sys/stat.h>
+
 namespace {
 
 class Start : public ProgramTest {};
 class Macros : public ProgramTest {};
+class Launcher : public ProgramTest {};
+class Projects : public ProgramTest {};
 class HostileInput : public ProgramTest {};
 
 // '@' stands for a NUL byte.
@@ -17,6 +21,14 @@ std::string WithNuls(std::string text)
 {
     std::replace(text.begin(), text.end(), '@', '\0');
     return text;
+}
+
+// As one text, without the places in the source.
+std::string Spoken(const Conversation& conversation)
+{
+    std::string spoken;
+    for (const std::string& line : SpokenLines(conversation.output)) spoken += line + "\n";
+    return spoken;
 }
 
 }   // namespace
@@ -180,9 +192,7 @@ TEST_F(Macros, FailWithTheStatedWordsAndEndTheProgramInPeace)
          "'set(\"Project\", \"CreateSoftSphereSim2D\", \"s\")'!\n"},
     };
     for (const auto& c : cases) {
-        std::string spoken;
-        for (const std::string& line : SpokenLines(Play(c.macro).output)) spoken += line + "\n";
-        EXPECT_EQ(spoken, c.spoken) << c.why;
+        EXPECT_EQ(Spoken(Play(c.macro)), c.spoken) << c.why;
     }
     const Conversation missing = Program({"-files", files, "-offscreen", "nosuch.macro"}, "");
     EXPECT_EQ(missing.status, 0) << "silent, as far as the program itself goes";
@@ -195,11 +205,29 @@ TEST_F(Macros, ExplainThemselvesInTheLanguageOfTheUser)
         SCOPED_TRACE(language);
         const std::string expected =
             FileBytes(std::string(KORVO_SOURCE_DIR "/tests/data/SW_Workspace_explained.").append(language).c_str());
-        std::string spoken;
         const std::string choice = std::string("set(\"\", \"SetLanguage\", \"") + language + "\")\n";
-        for (const std::string& line : SpokenLines(Play(choice + macro).output)) spoken += line + "\n";
-        EXPECT_EQ(spoken, expected);
+        EXPECT_EQ(Spoken(Play(choice + macro)), expected);
     }
+}
+
+TEST_F(Macros, OfTheManualSayWhatItShows)
+{
+    const std::string manual = FileBytes(KORVO_SOURCE_DIR "/docs/macros.md");
+    const auto block = [&](const char* kind, size_t& at) -> std::string {
+        const std::string opening = std::string("```") + kind + "\n";
+        at = manual.find(opening, at);
+        if (at == std::string::npos) return "";
+        const size_t begin = at + opening.size();
+        at = manual.find("```\n", begin);
+        return manual.substr(begin, at - begin);
+    };
+    int examples = 0;
+    for (size_t at = 0;; ++examples) {
+        const std::string macro = block("macro", at);
+        if (macro.empty()) break;
+        EXPECT_EQ(Spoken(Play(macro)), block("output", at)) << macro;
+    }
+    EXPECT_GE(examples, 5);
 }
 
 TEST_F(Macros, RecordedAtTheMenusBringTheSameStateBack)
@@ -212,7 +240,7 @@ TEST_F(Macros, RecordedAtTheMenusBringTheSameStateBack)
         session.Do(
             "e obj.Controller obj.Object opr.Macros filename.MacroFileName session.macro q q q bool.Recording q");
         session.Do("Project e opr.Create text.CreateGroup two text.CreateUserObject Mine q");
-        session.Do("obj.Object bool.Active q q DHMs e obj.Object opr.Macros int.MacroRepetitions 3");
+        session.Do("obj.Object bool.Active q q ReleaseAreas e obj.Object opr.Macros int.MacroRepetitions 3");
         session.Do("filename.MacroFileName 50%\"quoted\"$x|y q opr.Project bool.SuppressCreatingComponents q q q q");
         session.Do("two e bool.SingleType q q Mine e obj.Object opr.Macros int.MacroRepetitions many q q q q q");
         session.Do("e bool.Recording q " + saved + "first.macro" + home);
@@ -225,6 +253,64 @@ TEST_F(Macros, RecordedAtTheMenusBringTheSameStateBack)
     const std::string first = FileBytes(Work("first.macro"));
     EXPECT_NE(first.find("50%%%q"), std::string::npos) << first;
     EXPECT_EQ(first, FileBytes(Work("second.macro"))) << FileBytes(Work("session.macro"));
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Launcher
+// ----------------------------------------------------------------------------------------------------------------
+
+TEST_F(Launcher, FindsTheInstalledProgramAndItsFilesAlsoForTheBackground)
+{
+    for (const char* name : {"bin", "libexec", "share", "share/korvo"}) AK_System::CreateDir(directory / name);
+    ASSERT_EQ(symlink(KORVO_SOURCE_DIR "/files", (directory / "share/korvo/files").c_str()), 0);
+    ASSERT_EQ(symlink(KORVO_PROGRAM, (directory / "libexec/korvo").c_str()), 0);
+    const AK_String launcher = directory / "bin/korvo";
+    ASSERT_EQ(AK_System::CpyFile(KORVO_SOURCE_DIR "/scripts/korvo", launcher), 0);
+    ASSERT_EQ(chmod(launcher.c_str(), 0755), 0);
+    ASSERT_EQ(symlink(launcher.c_str(), (directory / "work/k").c_str()), 0);
+    WriteFile(Work("one.macro"), "set(\"\", \"StartInBackground\", \"-offscreen two.macro\")\n");
+    WriteFile(Work("two.macro"), "set(\"Project\", \"SaveAttributes\", \"written\")\n");
+
+    const Conversation conversation = Converse("", [&] {
+        if (chdir(Work("").c_str()) != 0) return 1;
+        execl("./k", "k", "-offscreen", "one.macro", nullptr);
+        return 1;
+    });   // which listens until the program in the background has ended too
+    EXPECT_EQ(conversation.status, 0) << conversation.output;
+    EXPECT_NE(
+        conversation.output.find("starting " + std::string(launcher.c_str()) + " -offscreen two.macro in background"),
+        std::string::npos)
+        << conversation.output;
+    EXPECT_NE(FileBytes(Work("written")).find("\"Active\""), std::string::npos) << conversation.output;
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Projects
+// ----------------------------------------------------------------------------------------------------------------
+
+TEST_F(Projects, ComeBackInANewProcessByteForByte)
+{
+    const char* build = "set(\"Project\", \"CreateUserObject\", \"calculator\")\n"
+                        "set(\"Project/calculator\", \"AttributesName\", "
+                        "\"obj.Calculator%%n%%ttext.$note:$note%%n%%t%%tset:$note%%n\")\n"
+                        "set(\"Project/calculator\", \"$note\", \"a %%qnote%%q%%nin two lines\")\n"
+                        "set(\"Project\", \"CreateGroup\", \"selection\")\n"
+                        "set(\"Project/selection\", \"AppendObject\", \"Project/calculator\")\n"
+                        "set(\"Project/selection\", \"AppendObject\", \"Project/DHMs\")\n"
+                        "set(\"Project/Labels\", \"Active\", \"0\")\n"
+                        "set(\"Project\", \"$unsaved\", \"x\")\n";
+    const std::string saved = Play(std::string(build) + "set(\"Project\", \"SaveProjectAs\", \"first\")\n").output;
+    EXPECT_EQ(saved.find("error"), std::string::npos) << saved;
+    const std::string loaded = Play("set(\"Project\", \"LoadProject\", \"first\")\n"
+                                    "get(\"Project/selection\", \"ContainedObjectsList\", $members)\n"
+                                    "set(\"\", \"SetVariableValue\", $members)\n")
+                                   .output;
+    EXPECT_NE(loaded.find("'../calculator%AK_SEP%../DHMs%AK_SEP%'"), std::string::npos) << loaded;
+    Play("set(\"Project\", \"LoadProject\", \"first\")\nset(\"Project\", \"SaveProjectAs\", \"second\")\n");
+    const std::string compare = std::string("diff -r ") + Work("first").c_str() + " " + Work("second").c_str();
+    EXPECT_EQ(std::system(compare.c_str()), 0);
+    EXPECT_NE(FileBytes(Work("second/calculator/Calculator.atr")).find("a %%qnote%%q%%nin two lines"),
+              std::string::npos);
 }
 
 // ----------------------------------------------------------------------------------------------------------------

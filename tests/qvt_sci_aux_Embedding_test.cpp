@@ -415,7 +415,8 @@ static void ExpectNoGrowth(int rounds, Round round)
     for (int i = 0; i < 20; ++i) round();
     const size_t before = BytesInUse();
     for (int i = 0; i < rounds; ++i) round();
-    EXPECT_LE(BytesInUse(), before + 1000);
+    // A block leaked in each round is 24 bytes or more; what the allocator keeps at hand for later counts as used too.
+    EXPECT_LT(BytesInUse(), before + 12 * size_t(rounds));
 }
 
 // One turn of a host's life with a formula: a good one bound, called and read, a bad one, a run that it leaves.

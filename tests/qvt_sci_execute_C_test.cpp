@@ -45,7 +45,7 @@ private:
             case 1: return Number(2000000000);
             case 2: return "(c0 + 0)";
             case 3: return "k[" + Index() + "]";
-            default: return OneOf({"i0", "i1", "p", "n0", "'x'"});
+            default: return OneOf({"i0", "i1", "p", "n0", "('x' + 0)"});
             }
         }
         switch (Pick(11)) {
