@@ -81,12 +81,20 @@ static void AttachVector(Node* node, void* (*ex)(Node*))
 // ---------------------------------------------------------------------------------------------------------------------
 // Assignments: exVEC_ASS_, exVEC_ADD_ and so on
 
+// The value of an assignment is its target, whatever the length of the other operand.
+template <class T>
+static void PresentTarget(Node* node, const Vector<T>& target)
+{
+    node->value.p = target.values;
+    node->o.vecSize = target.length;
+}
+
 template <class Formula, class T, bool CheckDivisor>
 static void* AssignVector(Node* node)
 {
     const Operands<T> operands(node);
     const auto [a, b] = operands;
-    node->value.p = a.values;
+    PresentTarget(node, a);
     if (b.length == 0) return a.values;
     for (int i = 0, k = 0; i < a.length; ++i, k = Behind(k, b.length)) {
         if constexpr (CheckDivisor) {
@@ -122,7 +130,7 @@ static void* AssignList(Node* node)
         a = VectorOf<T>(target, evaluated);
         if (i < a.length) a.values[i] = value;
     }
-    node->value.p = a.values;
+    PresentTarget(node, a);
     return a.values;
 }
 
