@@ -266,12 +266,14 @@ protected:
     CaughtMessages messages;
 
 private:
-    // Descriptions stay alive with the process, so those of former tests are kept reachable for the leak check.
+    // Descriptions and formula code stay alive with the process, so those of former tests are kept reachable for the
+    // leak check.
     template <class C>
     static void Forget()
     {
-        static auto& former = *new std::vector<const AK_Attribute*>;
-        if (C::_attributes) former.push_back(C::_attributes);
+        static auto& former = *new std::vector<const void*>;
+        former.push_back(C::_attributes);
+        former.push_back(C::_qvt_sci_namespace);
         C::_attributes = nullptr;
         C::_qvt_sci_namespace = nullptr;
         C::_classVariables.Clear();
