@@ -132,6 +132,7 @@ public:
     void AppendExtension(const AK_String& extension);   // "." and the extension
     void RemoveExtension();                             // cuts at the last ".", wherever it stands
     AK_String Extension() const;                        // behind the last "." of the last path segment, or ""
+    AK_String BaseName() const;                         // the last path segment without its extension
     void RemoveDotsep(char sep);                        // each "./" at the start or behind a separator
     /// Makes the path absolute and plain: "/" for "\", no doubled "/", no "./", no "..", no "/" at the end. A relative
     /// path starts at the working directory; if there is none it stays relative. The root stays "/".

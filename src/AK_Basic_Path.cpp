@@ -19,6 +19,14 @@ void AK_String::AppendExtension(const AK_String& extension)
     Swap(path);
 }
 
+AK_String AK_String::BaseName() const
+{
+    const char* separator = std::strrchr(_s, '/');
+    AK_String name = separator ? AK_String(separator + 1) : *this;
+    name.RemoveExtension();
+    return name;
+}
+
 void AK_String::RemoveExtension()
 {
     if (char* dot = std::strrchr(_s, '.')) *this = AK_String(_s, dot);

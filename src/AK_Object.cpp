@@ -54,9 +54,7 @@ static AK_List<AK_Object*> deleted(1);           // out of the tree, to be freed
 static AK_String UserApplicationDirectory()
 {
     if (AK_Object::_argc == 0) return "";
-    AK_String program = AK_Object::_argv[0];
-    if (const char* slash = std::strrchr(program.c_str(), '/')) program = AK_String(slash + 1);
-    program.RemoveExtension();
+    const AK_String program = AK_String(AK_Object::_argv[0]).BaseName();
     AK_String dir = AK_System::HomeDirectory();
     if (!dir.EndsWith("/")) dir.Append("/");
     dir = dir + "." + program + "/";

@@ -82,8 +82,8 @@ public:
     int NumAttributes() const;
 };
 
-/// A description that stays as it is while somebody has this. Groups renew theirs and user objects exchange it, at times
-/// by the very commands that a walk of the description gives: who calls Get or Set on the way walks by this.
+/// A description that stays as it is while somebody has this. Groups renew theirs and user objects exchange it, at
+/// times by the very commands that a walk of the description gives: who calls Get or Set on the way walks by this.
 using AK_Description = std::shared_ptr<const AK_Attribute>;
 
 /// Reads a description. `name` is a class name, whose file is looked up, or the text itself when it begins with "obj.".
@@ -306,6 +306,18 @@ public:
     void qvt_sci_Update(Namespace* space);
     void List_QVT_SCI_predefined(const AK_String& file);
     void StartInBackground(const AK_String& args);
+
+    // ---- reference manual (AK_Object_Reference.cpp)
+    /// HTML page of this object's class and its bases, in the current language. A file that cannot be opened is told in
+    /// `_execStatus`.
+    void WriteHtmlReferenceRecursive(const AK_String& file);
+    /// The same for all classes that have a description file in the program's attribute directory.
+    void WriteEntireHtmlReference(const AK_String& file);
+    /// A text's formulas, which stand between "@@" and "/@", as HTML; and the text with these marks removed.
+    static AK_String ExpandFormulaHtml(const AK_String& text);
+    static AK_String ExpandFormulaFox(const AK_String& text);
+    /// Tells the manual what the base of a class is. Always true.
+    static bool RegisterClass(const char* className, const char* baseClassName);
 
     // ---- process-wide state
     static int _lang;   // 1 while the language is "german"

@@ -5,6 +5,7 @@
 
 #include "AK_Object.h"
 #include "AK_Object_Class.h"
+#include "AK_Object_Internal.h"
 
 #include <cerrno>
 #include <climits>
@@ -148,6 +149,8 @@ std::span<const AK_Row> AK_Object::Rows()
         {"VariableValues",             R::pair<[](const O& o) { return o.VariableValues(); },
                                                [](O& o, Text list) { o.VariableValues(list); }>},
         {"List_QVT_SCI_predefined",    R::command<&O::List_QVT_SCI_predefined>},
+        {"WriteHtmlReferenceRecursive", R::command<&O::WriteHtmlReferenceRecursive>},
+        {"WriteEntireHtmlReference",   R::command<&O::WriteEntireHtmlReference>},
 
         {"ParameterSet",               R::pair<[](const O& o) { return o.ParameterSet(); },
                                                [](O& o, Text name) { o.ParameterSet(name); }>},
@@ -346,11 +349,6 @@ AK_String AK_Object::AttributeNamesList(char kind, bool visibleOnly, bool labels
     const AK_Description description = Description();
     listing.Add(description.get());
     return listing.list;
-}
-
-static const char* InLanguage(const char* english, const char* german)
-{
-    return AK_Object::_lang == 1 ? german : english;
 }
 
 // What the description says of an attribute beyond its own text.

@@ -155,6 +155,7 @@ public:
     inline static AK_List<AK_String> _classVariables{1};           // "status=...", then name=value
     inline static AK_List<AK_String> _initializationCommands{1};   // a marker, then commands
     inline static int _parameterSetsAppended = 0;
+    inline static const bool _isRegistered = AK_Object::RegisterClass(T::className, Base::className);
 
     const AK_Attribute* Attributes() const override { return _attributes; }
 
@@ -192,7 +193,7 @@ public:
     }
 
 protected:
-    AK_Class(const AK_String& id, AK_Object* parent) : Base(id, parent) {}
+    AK_Class(const AK_String& id, AK_Object* parent) : Base(id, parent) { static_cast<void>(_isRegistered); }
 
     /// Reads the class's files when this is its first object. No description is fatal.
     void ReadClassFiles()
