@@ -98,18 +98,9 @@ static void ForEachNode(Node* tree, const Node* stop, void (*visit)(Node*))
     pile.Free();
 }
 
-void NodesKeep(Node* tree)
-{
-    ForEachNode(tree, nullptr, UnownedRemove);
-}
-void NodeDelete(Node* node)
-{
-    ForEachNode(node, nullptr, NodeFree);
-}
-void NodeDeleteExcept(Node* node, Node* stop)
-{
-    ForEachNode(node, stop, NodeFree);
-}
+void NodesKeep(Node* tree) { ForEachNode(tree, nullptr, UnownedRemove); }
+void NodeDelete(Node* node) { ForEachNode(node, nullptr, NodeFree); }
+void NodeDeleteExcept(Node* node, Node* stop) { ForEachNode(node, stop, NodeFree); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Leaves

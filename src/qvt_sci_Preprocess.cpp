@@ -47,10 +47,7 @@ static void Append(Pile<char>& text, const char* bytes, size_t length)
     text.count += length;
 }
 
-static void Append(Pile<char>& text, const char* bytes)
-{
-    Append(text, bytes, std::strlen(bytes));
-}
+static void Append(Pile<char>& text, const char* bytes) { Append(text, bytes, std::strlen(bytes)); }
 
 // *text becomes what the pile holds.
 static void Exchange(char** text, Pile<char>& pile)
@@ -100,9 +97,11 @@ static const struct {
     const char* plain;
     const char* masked;
 } masks[] = {
+    // clang-format off
     {"\\", "%%b"},
     {"\n", "%%n"},
     {"\"", "%%q"},
+    // clang-format on
 };
 
 char* qvt_sci_MaskedCode(const char* text)
@@ -138,15 +137,9 @@ static char* FindDirective(char* from, const char* keyword)
     return nullptr;
 }
 
-static const char* LineEnd(const char* line)
-{
-    return line + std::strcspn(line, "\n");
-}
+static const char* LineEnd(const char* line) { return line + std::strcspn(line, "\n"); }
 
-static void PrintLine(const char* line)
-{
-    qvt_sci_msg("line: %.*s\n", int(LineEnd(line) - line), line);
-}
+static void PrintLine(const char* line) { qvt_sci_msg("line: %.*s\n", int(LineEnd(line) - line), line); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // #include
@@ -280,10 +273,7 @@ static int ExpandIncludes(char** text)
 // ---------------------------------------------------------------------------------------------------------------------
 // #define
 
-static bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
+static bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 static bool IsWordCharacter(char c)
 {
@@ -352,8 +342,10 @@ static bool Define(char** text, char* line)
     const char* value = keyEnd;
     while (IsBlank(*value)) ++value;
     const Definition definition = {
+        // clang-format off
         {key,   size_t(keyEnd - key)},
         {value, size_t(end - value) }
+        // clang-format on
     };
     if (definition.key.empty() || !*end) {
         PrintLine(line);
@@ -382,7 +374,4 @@ static int ExpandDefines(char** text)
     return 0;
 }
 
-int qvt_sci_Preprocess(char** text)
-{
-    return ExpandIncludes(text) || ExpandDefines(text) ? 1 : 0;
-}
+int qvt_sci_Preprocess(char** text) { return ExpandIncludes(text) || ExpandDefines(text) ? 1 : 0; }

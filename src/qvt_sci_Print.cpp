@@ -14,20 +14,11 @@ static void Put(const char* text, int length)
     if (length > 0) qvt_sci_msg("%.*s", length, text);
 }
 
-static void Put(const char* text)
-{
-    Put(text, int(std::strlen(text)));
-}
+static void Put(const char* text) { Put(text, int(std::strlen(text))); }
 
-static bool IsSequence(const Node* node)
-{
-    return node->type == OPERATOR && node->o.opr == ';';
-}
+static bool IsSequence(const Node* node) { return node->type == OPERATOR && node->o.opr == ';'; }
 
-static bool IsTextConstant(const Symbol* symbol)
-{
-    return std::strstr(symbol->name, "const_char_") != nullptr;
-}
+static bool IsTextConstant(const Symbol* symbol) { return std::strstr(symbol->name, "const_char_") != nullptr; }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // One node

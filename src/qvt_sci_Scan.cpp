@@ -56,26 +56,14 @@ void ScannerEnd()
     DropLiteral();
 }
 
-void ScannerTextTaken()
-{
-    literal = nullptr;
-}
+void ScannerTextTaken() { literal = nullptr; }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Characters. The byte behind the end reads as 0, which no token contains; a 0 within a file's text is no token either.
 
-static bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-static bool IsLetter(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-static bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
+static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+static bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+static bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 static const char* SkipDigits(const char* p)
 {
@@ -112,6 +100,7 @@ static int Name(const char* end)
         int code;
         int dataType;
     } keywords[] = {
+        // clang-format off
         {"extern",    EXTERN,    0          },
         {"static",    STATIC,    0          },
         {"NULL",      NULL_T,    0          },
@@ -142,6 +131,7 @@ static int Name(const char* end)
         {"int",       DATA_TYPE, INT_TYPE   },
         {"float",     DATA_TYPE, FLOAT_TYPE },
         {"double",    DATA_TYPE, DOUBLE_TYPE},
+        // clang-format on
     };
     const size_t length = size_t(end - token);
     for (const auto& keyword : keywords) {
@@ -324,6 +314,7 @@ static int OperatorToken()
         char text[3];
         int code;
     } pairs[] = {
+        // clang-format off
         {"+=", ADD  },
         {"-=", SUB  },
         {"*=", MULT },
@@ -337,6 +328,7 @@ static int OperatorToken()
         {"**", POWER},
         {"++", INC  },
         {"--", DEC  },
+        // clang-format on
     };
     for (const auto& pair : pairs) {
         if (token[0] == pair.text[0] && token[1] == pair.text[1]) {

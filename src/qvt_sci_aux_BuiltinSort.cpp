@@ -110,6 +110,7 @@ static void qvt_sci_oqsort(const int* n, int* order, Symbol* const* compare)
 std::span<const Builtin> SortBuiltins()
 {
     static const Builtin rows[] = {
+        // clang-format off
         {"// SORTING FUNCTIONS",                                                  nullptr,                                         nullptr                     },
         {"",                                                                      nullptr,                                         nullptr                     },
         {"void int_sort(int arraySize, int array[]);",                            "smallest first",                                Native(qvt_sci_sort<int>)   },
@@ -125,6 +126,7 @@ std::span<const Builtin> SortBuiltins()
         {"//    int comp(int i, int j)",                                          "below 0: i comes first, 0: equal, above 0: j",  nullptr                     },
         {"// These two must not be called by a function that one of them calls.", nullptr,                                         nullptr                     },
         {"",                                                                      nullptr,                                         nullptr                     },
+        // clang-format on
     };
     return rows;
 }

@@ -16,10 +16,7 @@
 
 int qvtsci_allow_symbol_redefinition = 0;
 
-void qvt_sci_allow_symbol_redefinition(int flag)
-{
-    qvtsci_allow_symbol_redefinition = flag;
-}
+void qvt_sci_allow_symbol_redefinition(int flag) { qvtsci_allow_symbol_redefinition = flag; }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Variables
@@ -61,10 +58,7 @@ Symbol* DeclareVar(int qualifier, int dataType, const char* name)
 // ---------------------------------------------------------------------------------------------------------------------
 // Arrays
 
-static bool HostOrCallerOwns(int qualifier)
-{
-    return qualifier == EXTERN_QUALIFIER || qualifier == FORMAL_QUALIFIER;
-}
+static bool HostOrCallerOwns(int qualifier) { return qualifier == EXTERN_QUALIFIER || qualifier == FORMAL_QUALIFIER; }
 
 static void CheckDimensions(int qualifier, int nDims, const int* dims)
 {
@@ -215,10 +209,7 @@ void DefineFunc(Symbol* function, Node* body)
     QVT_SCI_CHECK(defined.Push(function));
 }
 
-void ForgetDefinitions()
-{
-    defined.count = 0;
-}
+void ForgetDefinitions() { defined.count = 0; }
 
 void TakeBackDefinitions()
 {

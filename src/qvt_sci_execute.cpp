@@ -66,10 +66,7 @@ static void ReportUnbound(const char* name)
 // ---------------------------------------------------------------------------------------------------------------------
 // Where the run is
 
-int qvt_sci_StackDepth()
-{
-    return stackDep;
-}
+int qvt_sci_StackDepth() { return stackDep; }
 
 const char* qvt_sci_StackFuncName(int index)
 {
@@ -151,10 +148,7 @@ static void CallExtern(Node* node)
 }
 
 // A function that was declared only when the call was compiled may have been defined since.
-static void Call(Node* node)
-{
-    node->call.symbol->func.exFun ? CallExtern(node) : CallDefined(node);
-}
+static void Call(Node* node) { node->call.symbol->func.exFun ? CallExtern(node) : CallDefined(node); }
 
 static void* CallForAddress(Node* node)
 {

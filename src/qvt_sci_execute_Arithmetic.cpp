@@ -146,6 +146,7 @@ std::span<const FamilyRow> ArithmeticFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
+        // clang-format off
         {'+',    NUMBERS(SelectLeftFirst,     Plus)    },
         {'-',    NUMBERS(SelectLeftFirst,     Minus)   },
         {'*',    NUMBERS(SelectLeftFirst,     Times)   },
@@ -153,6 +154,7 @@ std::span<const FamilyRow> ArithmeticFamilies()
         {'%',    INT_ONLY(SelectDivision,     Modulo)  },
         {POWER,  DOUBLE_ONLY(SelectLeftFirst, Power)   },
         {UMINUS, NUMBERS(SelectSign,          Negative)},
+        // clang-format on
     };
     return rows;
 }

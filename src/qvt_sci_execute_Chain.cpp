@@ -55,15 +55,9 @@ static T FinishedValue(Node* rung)
     return Slot<T>(rung);
 }
 
-static void* FinishedAddress(Node* rung)
-{
-    return &rung->value;
-}
+static void* FinishedAddress(Node* rung) { return &rung->value; }
 
-static void* FinishedVector(Node* rung)
-{
-    return rung->value.p;
-}
+static void* FinishedVector(Node* rung) { return rung->value.p; }
 
 template <class T>
 static T FirstOfFinishedVector(Node* rung)
@@ -106,10 +100,7 @@ static bool IsLink(const Node* node)
 
 // Operators with one operand nest no deeper than the parser's stack allows. A cast may also be put on top of a tree for
 // a single call through a pointer, and must leave no trace there.
-static bool CanBeRung(const Node* node)
-{
-    return node->o.nOps > 1;
-}
+static bool CanBeRung(const Node* node) { return node->o.nOps > 1; }
 
 // The node's own evaluators go into the chain, the climbing ones into the node.
 template <class T>

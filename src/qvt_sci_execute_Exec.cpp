@@ -167,6 +167,7 @@ std::span<const PlainRow> ExecOperators()
 {
     // ORDER OPERATORS
     static constexpr PlainRow rows[] = {
+        // clang-format off
         {RESIZE,   SelectResize                          },
         {EXEC,     AttachStatement<Exec>                 },
         {FUNCADDR, Attach<FunctionAddress>               },
@@ -179,6 +180,7 @@ std::span<const PlainRow> ExecOperators()
         {SCANF,    AttachStatement<Library<RunPrintScan>>},
         {FSCANF,   AttachStatement<Library<RunPrintScan>>},
         {SSCANF,   AttachStatement<Library<RunPrintScan>>},
+        // clang-format on
     };
     return rows;
 }

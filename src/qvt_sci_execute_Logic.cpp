@@ -166,6 +166,7 @@ std::span<const FamilyRow> ComparisonFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
+        // clang-format off
         {'!', INT_ONLY(SelectOpposite,    Not)           },
         {'<', ALL_TYPES(SelectComparison, Less)          },
         {'>', ALL_TYPES(SelectComparison, Greater)       },
@@ -176,6 +177,7 @@ std::span<const FamilyRow> ComparisonFamilies()
         {LE,  ALL_TYPES(SelectComparison, LessOrEqual)   },
         {EQ,  ALL_TYPES(SelectComparison, Equal)         },
         {NE,  ALL_TYPES(SelectComparison, Unequal)       },
+        // clang-format on
     };
     return rows;
 }
@@ -183,8 +185,10 @@ std::span<const FamilyRow> ComparisonFamilies()
 std::span<const PlainRow> ConversionOperators()
 {
     static constexpr PlainRow rows[] = {
+        // clang-format off
         {CAST,    SelectCast },
         {NONZERO, SelectTruth}
+        // clang-format on
     };
     return rows;
 }

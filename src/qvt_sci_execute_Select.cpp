@@ -13,15 +13,9 @@ int qvt_sci_on_div_by_zero = 1;
 // ---------------------------------------------------------------------------------------------------------------------
 // Leaves
 
-static void* NoAddress(Node*)
-{
-    return nullptr;
-}
+static void* NoAddress(Node*) { return nullptr; }
 
-static Flow DoNothing(Node*)
-{
-    return FLOW_NEXT;
-}
+static Flow DoNothing(Node*) { return FLOW_NEXT; }
 
 // exDUMMY_
 Node dummyNode = {DUMMY, VOID_TYPE, -1, NoAddress, {}, DoNothing, nullptr, {}, {}};
@@ -39,10 +33,7 @@ void AttachRun(Node* node, Flow (*run)(Node*))
 }
 
 // A leaf is read through its place.
-static void* AddressInPlace(Node* node)
-{
-    return *node->place;
-}
+static void* AddressInPlace(Node* node) { return *node->place; }
 
 template <class T>
 static T ReadInPlace(Node* node)
@@ -78,10 +69,7 @@ static void SelectVariable(Node* node)   // exVar
     SelectLeaf(node, &symbol->addr);
 }
 
-static void* ArrayAddress(Node* node)
-{
-    return node->value.symbol->addr;
-}
+static void* ArrayAddress(Node* node) { return node->value.symbol->addr; }
 
 // As a number an array is its first element, and 0 as long as it has none.
 template <class T>

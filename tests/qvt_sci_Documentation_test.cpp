@@ -8,8 +8,7 @@
 #include <filesystem>
 #include <map>
 
-namespace
-{
+namespace {
 struct Block {
     int line;
     std::string kind;   // what stands behind the opening marks; "#" for a heading between blocks
@@ -62,8 +61,7 @@ void GetAttribute(const char*, const char* name, char* value)
     std::snprintf(value, room, "%s", text.c_str());
 }
 
-class qvt_sci_Documentation : public testing::Test
-{
+class qvt_sci_Documentation : public testing::Test {
 protected:
     void SetUp() override
     {

@@ -8,8 +8,7 @@
 
 #include <string>
 
-class qvt_sci_Fixture : public testing::Test
-{
+class qvt_sci_Fixture : public testing::Test {
 protected:
     void SetUp() override
     {

@@ -150,10 +150,7 @@ TEST_F(qvt_sci_ParseAny_, ReadsNothingWithoutASource)
 // ---------------------------------------------------------------------------------------------------------------------
 // Growth
 
-static size_t BytesInUse()
-{
-    return mallinfo2().uordblks;
-}   // 0 under a sanitizer, which finds leaks by itself
+static size_t BytesInUse() { return mallinfo2().uordblks; }   // 0 under a sanitizer, which finds leaks by itself
 
 TEST_F(qvt_sci_Namespace_, OpensIsFilledAndGoesWithoutGrowth)
 {

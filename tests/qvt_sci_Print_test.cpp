@@ -2,8 +2,7 @@
 
 using qvt_sci_Print_ = qvt_sci_Fixture;
 
-namespace
-{
+namespace {
 // Names that the bodies below may use.
 const char* const names =
     "int i, j, n; char c; double x, y, a[3], b[3], m[2][3]; FILE* f; double g(double p, double q) { return p; }"
@@ -15,6 +14,7 @@ TEST_F(qvt_sci_Print_, CodeReadsLikeTheSource)
     const struct {
         const char *source, *code;
     } cases[] = {
+        // clang-format off
         {"x = 1 + 2 * x - y / 3;",        "x = ((1 + 2 * x) - y / 3)"         },
         {"x = -x ** 2 ** 3;",             "x = ((-x ** 2) ** 3)"              },
         {"i = !i || i % 2 && i >= 1;",    "i = !i || i % 2 && i >= 1"         },
@@ -44,6 +44,7 @@ TEST_F(qvt_sci_Print_, CodeReadsLikeTheSource)
         {"i ? x : y;",                    "?(i, x, y)"                        }, // conditional expressions have no template,
         {"static int k = 3; ;",           "?(k = 3);\n;\n"                    }, // nor have initialisers that run once
         {"double t[n]; t[0] = 1;",        "t[0] = 1;\n"                       }, // allocation has no source
+        // clang-format on
     };
     for (const auto& c : cases) {
         ASSERT_EQ(Parse(names + std::string("void main() {") + c.source + "}"), 0) << Messages();
@@ -90,6 +91,7 @@ TEST_F(qvt_sci_Print_, ExpressionsHaveTheTypeAndShapeOfTheirOperands)
         const char* expression;
         int dataType, isVector, size;
     } cases[] = {
+        // clang-format off
         {"'a' + 'b'",                CHAR_TYPE,   0, 1},
         {"'a' + 1",                  INT_TYPE,    0, 1},
         {"1 + 2.0",                  DOUBLE_TYPE, 0, 1},
@@ -113,6 +115,7 @@ TEST_F(qvt_sci_Print_, ExpressionsHaveTheTypeAndShapeOfTheirOperands)
         {"g(1, 2)",                  DOUBLE_TYPE, 0, 1},
         {"func_addr(\"g\")",         PTR_TYPE,    0, 1},
         {"(int) f",                  PTR_TYPE,    0, 1},
+        // clang-format on
     };
     for (const auto& c : cases) {
         ASSERT_EQ(Parse(names + std::string("void main() {") + c.expression + ";}"), 0) << c.expression << Messages();

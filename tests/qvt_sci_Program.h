@@ -85,8 +85,7 @@ struct ProgramRecord {
 
 inline ProgramRecord* programRecord;
 
-namespace program_hooks
-{
+namespace program_hooks {
 inline int Append(std::string& text, int copy, const char* format, va_list arguments)
 {
     va_list again;

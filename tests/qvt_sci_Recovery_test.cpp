@@ -9,8 +9,7 @@
 #include <filesystem>
 #include <malloc.h>
 
-namespace
-{
+namespace {
 /// Source cut into tokens, roughly: what stands between two cuts belongs together.
 std::vector<std::string> Tokens(const std::string& text)
 {
@@ -68,18 +67,11 @@ std::vector<std::string> Programs()
     return programs;
 }
 
-int Silent(const char*, ...)
-{
-    return 0;
-}
-FILE* NoFile(const char*, const char*)
-{
-    return nullptr;
-}
+int Silent(const char*, ...) { return 0; }
+FILE* NoFile(const char*, const char*) { return nullptr; }
 }   // namespace
 
-class qvt_sci_Recovery : public qvt_sci_Fixture
-{
+class qvt_sci_Recovery : public qvt_sci_Fixture {
 protected:
     void SetUp() override
     {
@@ -129,8 +121,7 @@ TEST_F(qvt_sci_Recovery, TheNextParseWorksAfterAnErrorAtAnyTokenAndNothingLeaks)
 // ---------------------------------------------------------------------------------------------------------------------
 // Size
 
-namespace
-{
+namespace {
 std::string Repeated(const std::string& piece, int count)
 {
     std::string text;
@@ -147,6 +138,7 @@ TEST_F(qvt_sci_Recovery, LongChainsDoNotExhaustTheStack)
         const char *why, *begin, *link, *end;
         double value;
     } cases[] = {
+        // clang-format off
         {"statements",          "double f() { double x; x = 0; ",                        "x = x + 1;", " return x; }",     MANY    },
         {"sums",                "double f() { return 0.0",                               "+1",         "; }",              MANY    },
         {"differences of ints", "double f() { return 0",                                 "-1",         "; }",              -MANY   },
@@ -154,6 +146,7 @@ TEST_F(qvt_sci_Recovery, LongChainsDoNotExhaustTheStack)
         {"choices",             "double f() { return 1",                                 "?1:0",       "; }",              1       },
         {"vectors",             "double a[2] = {1, 2}; double f() { double b[2]; b = a", "+a",         "; return b[0]; }", MANY + 1},
         {"empty statements",    "double f() { ",                                         ";",          " return 2; }",     2       },
+        // clang-format on
     };
     for (const auto& c : cases) {
         ASSERT_EQ(Parse(c.begin + Repeated(c.link, MANY) + c.end), 0) << c.why << Messages();

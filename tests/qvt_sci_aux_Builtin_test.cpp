@@ -124,28 +124,15 @@ static FILE* RecordFile(const char* name, FILE* stream)
 }
 
 // g++ makes no function pointer of a lambda with "...".
-static int RecordScanf(const char*, ...)
-{
-    return Record("scanf", 0);
-}
+static int RecordScanf(const char*, ...) { return Record("scanf", 0); }
 
-static int RecordPrintf(const char* format, ...)
-{
-    return Record(format, 0);
-}
+static int RecordPrintf(const char* format, ...) { return Record(format, 0); }
 
-static int RecordFprintf(FILE* stream, const char*, ...)
-{
-    return RecordFile("fprintf", stream) ? 0 : -1;
-}
+static int RecordFprintf(FILE* stream, const char*, ...) { return RecordFile("fprintf", stream) ? 0 : -1; }
 
-static int RecordFscanf(FILE* stream, const char*, ...)
-{
-    return RecordFile("fscanf", stream) ? 1 : -1;
-}
+static int RecordFscanf(FILE* stream, const char*, ...) { return RecordFile("fscanf", stream) ? 1 : -1; }
 
-namespace
-{
+namespace {
 // The hooks that answer by themselves, as long as this lives.
 struct RecordingHooks {
     RecordingHooks()

@@ -34,6 +34,7 @@ TEST_F(qvt_sci_Formula, WithoutItsTagsIsRefused)
         const char* text;
         std::string message;
     } cases[] = {
+        // clang-format off
         {nullptr,            "empty formula string!\n"                                                              },
         {"",                 "empty formula string!\n"                                                              },
         {"return 1;",        "formula string does not contain init tag '$$init':\n'return 1;'\n" + declarations     },
@@ -41,6 +42,7 @@ TEST_F(qvt_sci_Formula, WithoutItsTagsIsRefused)
         {"$$init x",         "formula string does not contain formula tag '$$formula':\n'$$init x'\n" + declarations},
         {"$$formula $$init",
          "formula string does not contain formula tag '$$formula':\n'$$formula $$init'\n" + declarations            },
+        // clang-format on
     };
     for (const auto& c : cases) {
         EXPECT_EQ(qvt_sci_ParseFormulaString("void init()", "double f()", c.text), 1);
@@ -59,11 +61,13 @@ TEST_F(qvt_sci_Formula, TakesAPrefixForItsNames)
     const struct {
         const char *prefix, *name;
     } cases[] = {
+        // clang-format off
         {"my rule", "my_ruleinit"},
         {"a/b-c.d", "a_b_c_dinit"},
         {"1st",     "_stinit"    },
         {"_x",      "_xinit"     },
         {"",        "init"       },
+        // clang-format on
     };
     for (const auto& c : cases) {
         Symbol* init = nullptr;
@@ -250,10 +254,7 @@ TEST_F(qvt_sci_Call_, RunsAFrictionFormulaFromTextToValue)
     EXPECT_EQ(qvt_sci_AsDouble(qvt_sci_Call(shear, &p, &v, &h, &d)), 0.155 * 4000 + 0.005 * 300 * 400);
 }
 
-static int StackCount(const int* a, const double* b, const char* text)
-{
-    return *a + int(*b) + int(std::strlen(text));
-}
+static int StackCount(const int* a, const double* b, const char* text) { return *a + int(*b) + int(std::strlen(text)); }
 
 TEST_F(qvt_sci_Call_, ReachesNativesFromTheNamespacesBelow)
 {
@@ -327,10 +328,7 @@ static int Tell(const char* format, ...)
     return 0;
 }
 
-static void EndTelling()
-{
-    toldWhole += "<flush>";
-}
+static void EndTelling() { toldWhole += "<flush>"; }
 
 TEST_F(qvt_sci_Messages_, GoToTheHostsFunctionsOrToAStream)
 {
@@ -357,10 +355,7 @@ TEST_F(qvt_sci_Messages_, GoToTheHostsFunctionsOrToAStream)
 
 static jmp_buf left;
 
-static int Leave(int)
-{
-    std::longjmp(left, 1);
-}
+static int Leave(int) { std::longjmp(left, 1); }
 
 // Whether the function ran to its end. A frame of its own for the jump.
 static bool RunsThrough(Symbol* function)

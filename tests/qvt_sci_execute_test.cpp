@@ -9,8 +9,7 @@
 #include <csignal>
 #include <utility>
 
-namespace
-{
+namespace {
 std::string Repeated(const std::string& text, int count)
 {
     std::string all;
@@ -28,8 +27,7 @@ std::string OutputOf(const std::string& program, const std::string& messages = "
 }
 
 // A namespace with a parsed text that is active for a test.
-class qvt_sci_execute : public testing::Test
-{
+class qvt_sci_execute : public testing::Test {
 protected:
     void SetUp() override
     {
@@ -86,8 +84,7 @@ TEST_F(qvt_sci_execute, AFunctionWithoutBodyIsReportedToItsHost)
 // ---------------------------------------------------------------------------------------------------------------------
 // Natives
 
-namespace
-{
+namespace {
 template <size_t>
 using IntPointer = int*;
 
