@@ -262,7 +262,7 @@ enum OperandRule {
     ROW('*', TIMES, "*", "$ * $", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                          \
     ROW('+', PLUS, "+", "($ + $)", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                         \
     ROW('-', MINUS, "-", "($ - $)", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                        \
-    ROW('.', DOT_PROD, ".", "$ . $", SHAPE_VECTOR, RESULT_DOUBLE_SCALAR, OPERANDS_CAST)                                \
+    ROW('.', DOT_PROD, ".", "($ . $)", SHAPE_VECTOR, RESULT_DOUBLE_SCALAR, OPERANDS_CAST)                              \
     ROW('/', OVER, "/", "$ / $", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                           \
     ROW(';', COLON, ";", "$;\n$;\n", SHAPE_WHOLE, RESULT_INT, OPERANDS_AS_ARE)                                         \
     ROW('<', LT, "<", "$ < $", SHAPE_SCALAR, RESULT_INT_SCALAR, OPERANDS_CAST)                                         \

@@ -19,7 +19,7 @@ TEST_F(qvt_sci_Print_, CodeReadsLikeTheSource)
         {"x = -x ** 2 ** 3;",             "x = ((-x ** 2) ** 3)"              },
         {"i = !i || i % 2 && i >= 1;",    "i = !i || i % 2 && i >= 1"         },
         {"i = x > y; i = x == y;",        "i = x > y;\ni = x == y;\n"         },
-        {"a = a ^ b; x = a . b;",         "a = (a ^ b);\nx = a . b;\n"        },
+        {"a = a ^ b; x = a . b;",         "a = (a ^ b);\nx = (a . b);\n"      },
         {"x = |a|;",                      "x = |a|"                           },
         {"x += 1; x -= 1;",               "x += 1;\nx -= 1;\n"                },
         {"x *= 2; x /= 2;",               "x *= 2;\nx /= 2;\n"                },
