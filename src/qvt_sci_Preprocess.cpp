@@ -1,9 +1,10 @@
 // The preprocessor: #include and #define on the text level, before anything is scanned; and the masked form of source.
 //
-// Includes come first and search the whole text anew after each, so that an included file's own includes are found;
-// a file comes in once. Defines are then taken from the top, each replacing its key from its own line down to where the
-// key is defined again. A directive that is done becomes a comment of the same length, so that line numbers count in
-// the expanded text. Replacement knows nothing of strings and comments: a word in them is replaced too.
+// Includes come first, and the search goes on at the begin of what was put in place, so that an included file's own
+// includes are found; a file comes in once. Defines are then taken from the top, each replacing its key from its own
+// line down to where the key is defined again. A directive that is done becomes a comment of the same length, so that
+// line numbers count in the expanded text. Replacement knows nothing of strings and comments: a word in them is
+// replaced too.
 //
 // Each #define can double the text, so that its size has a limit.
 
@@ -15,7 +16,7 @@
 
 char* qvt_sci_includePathes = nullptr;
 
-static constexpr size_t MAX_TEXT = 64 << 20;   // bytes of expanded source; real ones have a few thousand
+static constexpr size_t MAX_TEXT = 8 << 20;   // bytes of expanded source; real ones have a few thousand
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Include paths
@@ -259,8 +260,9 @@ static int ExpandIncludes(char** text)
 {
     Pile<char> included = {};   // names, each with a newline behind it
     int failed = 0;
-    while (char* line = failed ? nullptr : FindDirective(*text, "#include")) {
-        const size_t offset = size_t(line - *text);
+    size_t offset = 0;   // all lines before are done; a file that is put in place begins at this line itself
+    while (char* line = failed ? nullptr : FindDirective(*text + offset, "#include")) {
+        offset = size_t(line - *text);
         if (Include(text, line, included)) continue;
         PrintLine(*text + offset);
         qvt_sci_msg("invalid #include!\n");
