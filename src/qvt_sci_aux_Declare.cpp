@@ -111,7 +111,10 @@ static int64_t NumElements(int nDims, const int* dims)
 Symbol* DeclareArr(int qualifier, int dataType, const char* name, int nDims, const int* dims, Node* dynNode)
 {
     CheckDimensions(qualifier, nDims, dims);
-    if (Symbol* earlier = FindArray(qualifier, dataType, name, nDims, dims)) return earlier;
+    if (Symbol* earlier = FindArray(qualifier, dataType, name, nDims, dims)) {
+        NodeDelete(dynNode);   // it keeps its own dimensions
+        return earlier;
+    }
 
     // Sizes count in 32 bits: an array of more, its owner whoever it may be, is as good as one without memory.
     const int64_t size = NumElements(nDims, dims);

@@ -231,6 +231,10 @@ TEST_F(qvt_sci_Symbols_, CanBeRedefinedIfTheHostAllowsIt)
     double x = 4;
     EXPECT_EQ(qvt_sci_AsDouble(qvt_sci_Call(f, &x)), 8);
     EXPECT_EQ(qvt_sci_Symbol("v")->arr.dims[0], 2) << "an array keeps its old dimensions";
+    ASSERT_EQ(Parse("int n = 3, w[n]; int v[n]; int w[n + 1]; int w[2];"), 0);
+    qvt_sci_InitAll();
+    EXPECT_EQ(qvt_sci_Symbol("v")->arr.dims[0], 2) << "even against one that is computed";
+    EXPECT_EQ(qvt_sci_Symbol("w")->arr.dims[0], 3);
     EXPECT_EQ(Parse("double a;"), 1);
     EXPECT_NE(Messages().find("symbol 'a' already used with differing declaration"), std::string::npos);
     EXPECT_EQ(Parse("int v[2][2];"), 1);
