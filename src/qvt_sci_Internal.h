@@ -576,6 +576,10 @@ double funcPtrCall(const char* pointerName, Symbol* function, int nArgs, Node** 
 /// Flushes the messages, then qvt_sci_raise(signal).
 void RaiseSignal(int signal);
 
+// qvt_sci_execute_Exec.cpp
+/// Sorts indices by a function of the language: int compare(int i, int j). False, with nothing done, if this is none.
+bool SortByFunction(int* order, int n, Symbol* compare);
+
 // qvt_sci_execute_Native.cpp
 void (*SymbolGetExFun(int dataType))(Node*);   // yyerror "unknown function data type" if there is none
 /// Elements from address, the value of array or sub-array node `array`, to the end of the array; -1 unknown, 1 for a

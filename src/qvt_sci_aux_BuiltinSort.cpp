@@ -56,7 +56,6 @@ static int qvt_sci_search(const int* arraySize, const T* key, const T* array)
 }
 
 static const double* sortedValues = nullptr;   // of the dqsort under way
-static Symbol* comparisonFunction = nullptr;   // of the oqsort under way
 
 static int CompareByValue(const void* i, const void* j)
 {
@@ -77,34 +76,12 @@ static void qvt_sci_dqsort(const int* n, double* array, int* order)
     std::qsort(order, size_t(count), sizeof(int), CompareByValue);
 }
 
-static int CompareByFunction(const void* i, const void* j)
-{
-    Symbol* const* formals = comparisonFunction->func.args;
-    formals[0]->addr = const_cast<void*>(i);
-    formals[1]->addr = const_cast<void*>(j);
-    funcCall(comparisonFunction);
-    return returnValue.i;
-}
-
-// A function of the language with two int parameters and an int result: all else cannot compare.
-static bool CanCompare(const Symbol* function)
-{
-    if (!function || function->symbolType != FUNCTION_SYMBOL || function->dataType != INT_TYPE) return false;
-    if (!function->func.body || function->func.nArgs != 2) return false;
-    for (int i = 0; i < 2; ++i) {
-        if (function->func.args[i]->dataType != INT_TYPE) return false;
-    }
-    return true;
-}
-
 // The order stays the identity if there is no function that could compare.
 static void qvt_sci_oqsort(const int* n, int* order, Symbol* const* compare)
 {
     const int count = CountWithin(*n, {1});
     SetIdentity(order, count);
-    if (count < 2 || !CanCompare(*compare)) return;
-    comparisonFunction = *compare;
-    std::qsort(order, size_t(count), sizeof(int), CompareByFunction);
+    SortByFunction(order, count, *compare);
 }
 
 std::span<const Builtin> SortBuiltins()

@@ -68,35 +68,7 @@ static T FirstOfFinishedVector(Node* rung)
 // ---------------------------------------------------------------------------------------------------------------------
 // Building
 
-// Operators whose first operand is evaluated before they do anything else, and before all other operands but a divisor.
-static bool IsLink(const Node* node)
-{
-    if (node->type != OPERATOR) return false;
-    switch (node->o.opr) {
-    case '+':
-    case '-':
-    case '*':
-    case '/':
-    case '%':
-    case '.':
-    case '^':
-    case '<':
-    case '>':
-    case '?':
-    case '!':
-    case LE:
-    case GE:
-    case EQ:
-    case NE:
-    case AND:
-    case OR:
-    case POWER:
-    case UMINUS:
-    case CAST:
-    case NONZERO: return true;
-    default: return false;
-    }
-}
+static bool IsLink(const Node* node) { return node->type == OPERATOR && OnlyReads(node->o.opr); }
 
 // Operators with one operand nest no deeper than the parser's stack allows. A cast may also be put on top of a tree for
 // a single call through a pointer, and must leave no trace there.

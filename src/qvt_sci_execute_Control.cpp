@@ -65,12 +65,12 @@ static bool ChooseComparison(Node* condition, Use use)
                 found = false;
             } else {
                 switch (condition->o.opr) {
-                case '<': return use(Comparison<Less, T, Left, Right>());
-                case '>': return use(Comparison<Greater, T, Left, Right>());
-                case LE: return use(Comparison<LessOrEqual, T, Left, Right>());
-                case GE: return use(Comparison<GreaterOrEqual, T, Left, Right>());
-                case EQ: return use(Comparison<Equal, T, Left, Right>());
-                case NE: return use(Comparison<Unequal, T, Left, Right>());
+                case '<': return use(LeftFirst<Less, T, Left, Right>());
+                case '>': return use(LeftFirst<Greater, T, Left, Right>());
+                case LE: return use(LeftFirst<LessOrEqual, T, Left, Right>());
+                case GE: return use(LeftFirst<GreaterOrEqual, T, Left, Right>());
+                case EQ: return use(LeftFirst<Equal, T, Left, Right>());
+                case NE: return use(LeftFirst<Unequal, T, Left, Right>());
                 default: found = false;
                 }
             }

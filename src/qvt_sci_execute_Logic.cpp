@@ -12,7 +12,7 @@ static void SelectComparison(Node* node)
 {
     ChooseFetch<T>(node, 0, node->o.ops[1], [node](auto left) {
         ChooseFetch<T>(node, 1, nullptr,
-                       [node](auto right) { Attach<Comparison<Formula, T, decltype(left), decltype(right)>>(node); });
+                       [node](auto right) { Attach<LeftFirst<Formula, T, decltype(left), decltype(right)>>(node); });
     });
 }
 
