@@ -93,46 +93,47 @@ static void Take(const char* end)
 // ---------------------------------------------------------------------------------------------------------------------
 // Names and numbers
 
+static const struct {
+    const char* text;
+    int code;
+    int dataType;
+} keywords[] = {
+    // clang-format off
+    {"extern",    EXTERN,    0          },
+    {"static",    STATIC,    0          },
+    {"NULL",      NULL_T,    0          },
+    {"EOF",       EOF_T,     0          },
+    {"FILE",      PTR_T,     0          },
+    {"FUNC",      PTR_T,     0          },
+    {"resize",    RESIZE,    0          },
+    {"exec",      EXEC,      0          },
+    {"func_addr", FUNCADDR,  0          },
+    {"func_call", FUNCCALL,  0          },
+    {"iqsort",    IQSORT,    0          },
+    {"break",     BREAK,     0          },
+    {"continue",  CONTINUE,  0          },
+    {"return",    RETURN,    0          },
+    {"for",       FOR,       0          },
+    {"while",     WHILE,     0          },
+    {"if",        IF,        0          },
+    {"else",      ELSE,      0          },
+    {"print",     PRINT,     0          },
+    {"printf",    PRINTF,    0          },
+    {"fprintf",   FPRINTF,   0          },
+    {"sprintf",   SPRINTF,   0          },
+    {"scanf",     SCANF,     0          },
+    {"fscanf",    FSCANF,    0          },
+    {"sscanf",    SSCANF,    0          },
+    {"void",      DATA_TYPE, VOID_TYPE  },
+    {"char",      DATA_TYPE, CHAR_TYPE  },
+    {"int",       DATA_TYPE, INT_TYPE   },
+    {"float",     DATA_TYPE, FLOAT_TYPE },
+    {"double",    DATA_TYPE, DOUBLE_TYPE},
+    // clang-format on
+};
+
 static int Name(const char* end)
 {
-    static const struct {
-        const char* text;
-        int code;
-        int dataType;
-    } keywords[] = {
-        // clang-format off
-        {"extern",    EXTERN,    0          },
-        {"static",    STATIC,    0          },
-        {"NULL",      NULL_T,    0          },
-        {"EOF",       EOF_T,     0          },
-        {"FILE",      PTR_T,     0          },
-        {"FUNC",      PTR_T,     0          },
-        {"resize",    RESIZE,    0          },
-        {"exec",      EXEC,      0          },
-        {"func_addr", FUNCADDR,  0          },
-        {"func_call", FUNCCALL,  0          },
-        {"iqsort",    IQSORT,    0          },
-        {"break",     BREAK,     0          },
-        {"continue",  CONTINUE,  0          },
-        {"return",    RETURN,    0          },
-        {"for",       FOR,       0          },
-        {"while",     WHILE,     0          },
-        {"if",        IF,        0          },
-        {"else",      ELSE,      0          },
-        {"print",     PRINT,     0          },
-        {"printf",    PRINTF,    0          },
-        {"fprintf",   FPRINTF,   0          },
-        {"sprintf",   SPRINTF,   0          },
-        {"scanf",     SCANF,     0          },
-        {"fscanf",    FSCANF,    0          },
-        {"sscanf",    SSCANF,    0          },
-        {"void",      DATA_TYPE, VOID_TYPE  },
-        {"char",      DATA_TYPE, CHAR_TYPE  },
-        {"int",       DATA_TYPE, INT_TYPE   },
-        {"float",     DATA_TYPE, FLOAT_TYPE },
-        {"double",    DATA_TYPE, DOUBLE_TYPE},
-        // clang-format on
-    };
     const size_t length = size_t(end - token);
     for (const auto& keyword : keywords) {
         if (std::strncmp(keyword.text, token, length) != 0 || keyword.text[length] != 0) continue;

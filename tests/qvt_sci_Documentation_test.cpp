@@ -115,3 +115,22 @@ TEST_F(qvt_sci_Documentation, ExamplesPrintWhatItSays)
     }
     EXPECT_GT(compared, 12);
 }
+
+TEST_F(qvt_sci_Documentation, NamesAllThatIsPredefined)
+{
+    std::ostringstream text;
+    text << std::ifstream(KORVO_SOURCE_DIR "/docs/formula-language.md").rdbuf();
+    Namespace* const own = qvt_sci_NamespaceGetCurrent();
+    Namespace* root = own;
+    while (qvt_sci_NamespaceParent(root)) root = qvt_sci_NamespaceParent(root);
+    qvt_sci_NamespaceSwitchTo(root);
+    int names = 0;
+    for (; const Symbol* symbol = qvt_sci_NextSymbol(); ++names) {
+        const std::string name = std::string("`") + qvt_sci_SymbolName(symbol);
+        EXPECT_TRUE(text.str().find(name + "`") != std::string::npos ||
+                    text.str().find(name + "(") != std::string::npos)
+            << name;
+    }
+    EXPECT_GT(names, 60);
+    qvt_sci_NamespaceSwitchTo(own);
+}

@@ -185,3 +185,10 @@ TEST_F(qvt_sci_Preprocess_, IsNotDoneForOpenFiles)
     EXPECT_EQ(Messages(), "line 3: in 'int b[A]'\nline 3, before ']': symbol 'A' not declared\n1 errors\n");
     std::fclose(file);
 }
+
+TEST_F(qvt_sci_Preprocess_, ReportsDoNotShowProtectedSource)
+{
+    EXPECT_EQ(Parse("int a;\n//ENC-START\nint secret;\n//ENC-END\nint b = c;\n"), 1);
+    EXPECT_EQ(Messages(), "       1:  int a;\n       2...hiding encrypted code...\nX     5:  int b = c;\n\n"
+                          "line 5: in 'int b = c;'\nline 5, before ';': symbol 'c' not declared\n1 errors\n");
+}

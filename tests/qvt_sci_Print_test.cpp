@@ -140,3 +140,11 @@ TEST_F(qvt_sci_Print_, TheCodeOfTheRunIsCutToTheBuffer)
     qvt_sci_GetCurrentCode(buffer, sizeof buffer);
     EXPECT_STREQ(buffer, "") << "code that is gone";
 }
+
+TEST_F(qvt_sci_Print_, LongChainsNeedNoDeepStack)
+{
+    constexpr int MANY = 300000;   // one frame of 32 bytes for each would be more than the stack holds
+    ASSERT_EQ(Parse("double f() { return 0.0" + Repeated("+1", MANY) + ";" + Repeated("1;", MANY) + " }"), 0);
+    qvt_sci_PrintFunctionCode(qvt_sci_FuncPtr("f"));
+    EXPECT_EQ(Messages().find("return((((("), 0u);
+}
