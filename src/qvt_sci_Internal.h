@@ -72,6 +72,12 @@ struct Pile {
     }
 };
 
+inline bool BeginsWith(const char* text, const char* begin)
+{
+    return std::strncmp(text, begin, std::strlen(begin)) == 0;
+}
+inline bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
 // ---------------------------------------------------------------------------------------------------------------------
 // Types
 
@@ -134,8 +140,10 @@ union Evaluate {
 enum { DIVISOR_UNCHECKED, DIVISOR_FIRST, DIVISOR_KEPT };   // KEPT: by its chain, in the node's own slot
 
 struct LeafPart {
-    void* self;       // CONST, function name: &value
-    Symbol* symbol;   // VARIABLE, ARRAY: whose name it is. A function's name is a value, which code can overwrite
+    void* self;          // CONST, function name: &value
+    Symbol* symbol;      // VARIABLE, ARRAY: whose name it is. A function's name is a value, which code can overwrite
+    Value converted;     // CONST below a cast: the value in the cast's type
+    void* convertedAt;   // and its address
 };
 
 struct OperatorPart {
@@ -181,8 +189,8 @@ struct Node {
     Flow (*run)(Node*);   // the node as a statement; expressions drop their value and answer FLOW_NEXT
 
     /// Set if the value can be read in place, *(T*)*place, without a call: &symbol->addr of a scalar variable,
-    /// &leaf.self of a constant or function name. Null for all else. The symbol's address is read anew each time: it
-    /// changes with calls and bindings.
+    /// &leaf.self of a constant or function name, &leaf.convertedAt of the constant for its cast. Null for all else.
+    /// The symbol's address is read anew each time: it changes with calls and bindings.
     void** place;
     Value value;
 
@@ -395,6 +403,9 @@ struct ArrayPart {
     int64_t length;                       // formal: elements of the array last passed in, -1 unknown
     int64_t hostLength;   // formal: elements of what the host passes (qvt_sci_BindArgLength), -1 unknown
 };
+
+/// A string literal is an array whose name begins like this: no source can spell it.
+inline constexpr char TEXT_CONSTANT[] = "0const_char_";
 
 struct Symbol {
     char* name;           // owned

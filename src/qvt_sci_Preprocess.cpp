@@ -122,11 +122,6 @@ char* qvt_sci_UnmaskedCode(const char* text)
 // ---------------------------------------------------------------------------------------------------------------------
 // Lines
 
-static bool BeginsWith(const char* text, const char* begin)
-{
-    return std::strncmp(text, begin, std::strlen(begin)) == 0;
-}
-
 // The first line from `from`, which is itself a line's begin, that begins with the keyword; null if there is none.
 static char* FindDirective(char* from, const char* keyword)
 {
@@ -274,8 +269,6 @@ static int ExpandIncludes(char** text)
 
 // ---------------------------------------------------------------------------------------------------------------------
 // #define
-
-static bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 static bool IsWordCharacter(char c)
 {

@@ -63,8 +63,6 @@ void ScannerTextTaken() { literal = nullptr; }
 
 static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 static bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
-static bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-
 static const char* SkipDigits(const char* p)
 {
     while (IsDigit(*p)) ++p;
@@ -379,11 +377,6 @@ int yylex()
 // Protected sources stand between these two lines; a listing does not show them.
 static constexpr char HIDDEN_START[] = "//ENC-START\n";
 static constexpr char HIDDEN_END[] = "//ENC-END\n";
-
-static bool BeginsWith(const char* text, const char* begin)
-{
-    return std::strncmp(text, begin, std::strlen(begin)) == 0;
-}
 
 // Prints the lines around curLineNumber with a mark on it.
 static void ListSource()

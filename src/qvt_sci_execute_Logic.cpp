@@ -131,10 +131,23 @@ struct CastOf {
     }
 };
 
+// `2 * x`: a constant is converted once and read in place from then on. Its address, for a function that it is passed
+// to, stays the cast's own slot, which is set anew each time.
+template <class To, class From>
+static void KeepConverted(Node* cast)
+{
+    Node* const constant = cast->o.op[0];
+    LeafPart& leaf = constant->leaf;
+    TypeOf<To>::In(leaf.converted) = Convert<To>(Slot<From>(constant));
+    leaf.convertedAt = &leaf.converted;
+    cast->place = &leaf.convertedAt;
+}
+
 template <class To, class From>
 static void SelectConversion(Node* node)
 {
     ChooseFetch<From>(node, 0, nullptr, [node](auto operand) { Attach<CastOf<To, From, decltype(operand)>>(node); });
+    if (node->o.op[0]->type == CONST) KeepConverted<To, From>(node);
 }
 
 template <class To>

@@ -190,11 +190,11 @@ TEST_F(qvt_sci_Preprocess_, ReportsListTheLinesAroundTheErrorButNoProtectedSourc
 {
     EXPECT_EQ(Parse(Repeated("//\n", 40) + "$\n" + Repeated("//\n", 40)), 1);
     const std::string report = Messages();
-    EXPECT_EQ(report.find("      12:  //\n      13:  //\n"), 0u) << "from 29 lines before";
+    EXPECT_EQ(report.find("     12:  //\n     13:  //\n"), 0u) << "from 29 lines before";
     EXPECT_NE(report.find("X    41:  $\n"), std::string::npos);
-    EXPECT_NE(report.find("      46:  //\n\nline 41, after '': invalid character\n"), std::string::npos) << "5 behind";
+    EXPECT_NE(report.find("     46:  //\n\nline 41, after '': invalid character\n"), std::string::npos) << "5 behind";
 
     EXPECT_EQ(Parse("int a;\n//ENC-START\nint secret;\n//ENC-END\nint b = c;\n"), 1);
-    EXPECT_EQ(Messages(), "       1:  int a;\n       2...hiding encrypted code...\nX     5:  int b = c;\n\n"
+    EXPECT_EQ(Messages(), "      1:  int a;\n      2...hiding encrypted code...\nX     5:  int b = c;\n\n"
                           "line 5: in 'int b = c;'\nline 5, before ';': symbol 'c' not declared\n1 errors\n");
 }

@@ -141,6 +141,17 @@ TEST_F(qvt_sci_Print_, TheCodeOfTheRunIsCutToTheBuffer)
     EXPECT_STREQ(buffer, "") << "code that is gone";
 }
 
+TEST_F(qvt_sci_Print_, TextsEndWithTheirArrays)
+{
+    ASSERT_EQ(Parse("void f() { char my0const_char_[0] = \"a\"; resize(\"abc\", 2); resize(\"abc\", 0); }"), 0);
+    Symbol* f = qvt_sci_FuncPtr("f");
+    qvt_sci_Execute(f);
+    qvt_sci_PrintFunctionCode(f);
+    EXPECT_EQ(Messages(), "my0const_char_ = \"a\";\nresize(\"ab\", 2);\nresize(\"\", 0);\n");
+    qvt_sci_PrintFunctionTree(f);
+    EXPECT_NE(Messages().find("CONST STRING 'ab'"), std::string::npos);
+}
+
 TEST_F(qvt_sci_Print_, LongChainsNeedNoDeepStack)
 {
     constexpr int MANY = 300000;   // one frame of 32 bytes for each would be more than the stack holds
