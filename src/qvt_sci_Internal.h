@@ -16,8 +16,10 @@
 //   qvt_sci_aux_Namespace.cpp    the tree of namespaces
 //   qvt_sci_aux_Bind.cpp         symbols as the host sees them
 //   qvt_sci_aux_Messages.cpp     message sinks, hooks
-//   qvt_sci_execute*.cpp         evaluators: qvt_sci_execute.cpp has the state of a run, calls and control flow,
-//                                _Select the choice of evaluators, _Arithmetic, _Vector, _Array, _Native, _Exec
+//   qvt_sci_execute*.cpp         evaluators: qvt_sci_execute.cpp has the state of a run and calls, _Select chooses,
+//                                _Arithmetic, _Logic and _Assign have single numbers, _Vector and _Array arrays,
+//                                _Control statements, _Chain long expressions, _Native the host's functions, _Exec what
+//                                reaches for the language as a whole
 //   qvt_sci_aux_Embedding.cpp    formulas with tags, calls from the host
 //   qvt_sci_aux_Intrinsics.cpp   declaration text and binding of the predefined names; natives in
 //                                qvt_sci_aux_Builtin*.cpp; qvt_sci_aux_Manual.cpp the manual
