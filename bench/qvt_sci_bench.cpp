@@ -357,7 +357,33 @@ static void GeometricMean(benchmark::State& state)
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
-// The call of a friction formula
+// The call of a friction formula, which must not allocate: the C library's functions are counted on their way.
+
+static long allocations = 0;
+
+extern "C" {
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+void* __libc_realloc(void* old, size_t size);
+
+void* malloc(size_t size)
+{
+    ++allocations;
+    return __libc_malloc(size);
+}
+
+void* calloc(size_t count, size_t size)
+{
+    ++allocations;
+    return __libc_calloc(count, size);
+}
+
+void* realloc(void* old, size_t size)
+{
+    ++allocations;
+    return __libc_realloc(old, size);
+}
+}
 
 static void CallFormula(benchmark::State& state)
 {
@@ -368,11 +394,13 @@ static void CallFormula(benchmark::State& state)
     }
     Symbol* shear = qvt_sci_FuncPtr("shear");
     double p = 2000, v = 10, h = 1, d = 300, sum = 0;
+    const long before = allocations;
     for (auto _ : state) {
         p += 1;
         sum += qvt_sci_AsDouble(qvt_sci_Call(shear, &p, &v, &h, &d));
     }
     benchmark::DoNotOptimize(sum);
+    if (allocations != before) Fail("a call allocates");
     qvt_sci_NamespaceClose();
 }
 BENCHMARK(CallFormula);

@@ -42,8 +42,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     qvt_sci_allow_symbol_redefinition(data[0] & 1);
     ParseInto(ns, data[0] & 2);
     if (data[0] & 4) ParseInto(ns, false);   // once more into what the first has left
-    if (Symbol* function = qvt_sci_NextSymbol()) qvt_sci_PrintFunctionCode(function);
-    while (qvt_sci_NextSymbol()) {}
+    while (const Symbol* symbol = qvt_sci_NextSymbol()) {
+        qvt_sci_PrintFunctionCode(symbol);
+        qvt_sci_PrintFunctionTree(symbol);
+    }
     qvt_sci_NumUnboundExternSymbols();
     qvt_sci_allow_symbol_redefinition(0);
     if (qvt_sci_NamespaceOpen() && qvt_sci_ParseString("double sound(double q) { return q + 1; }") != 0) std::abort();

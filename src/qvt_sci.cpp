@@ -28,15 +28,9 @@ void NamespaceAddInitCode(Node* code)
     initCode = initCode == before.initCode ? SequenceNew(initCode, code) : SequenceAppend(initCode, code);
 }
 
-void NamespaceAddExitCode(Node* code)
-{
-    gActiveNamespace->exitCode = SequenceNew(code, gActiveNamespace->exitCode);
-}
+void NamespaceAddExitCode(Node* code) { gActiveNamespace->exitCode = SequenceNew(code, gActiveNamespace->exitCode); }
 
-static bool IsSequence(const Node* node)
-{
-    return node && node->type == OPERATOR && node->o.opr == ';';
-}
+static bool IsSequence(const Node* node) { return node && node->type == OPERATOR && node->o.opr == ';'; }
 
 // ((old...); new...) becomes (old...; new...): repeated parses into a namespace do not nest its init code.
 static void JoinInitCode()
@@ -203,12 +197,6 @@ int qvt_sci_ParseAny(FILE* file, const char* text)
     return errors;
 }
 
-int qvt_sci_Parse(FILE* file)
-{
-    return qvt_sci_ParseAny(file, nullptr);
-}
+int qvt_sci_Parse(FILE* file) { return qvt_sci_ParseAny(file, nullptr); }
 
-int qvt_sci_ParseString(const char* text)
-{
-    return qvt_sci_ParseAny(nullptr, text);
-}
+int qvt_sci_ParseString(const char* text) { return qvt_sci_ParseAny(nullptr, text); }

@@ -450,12 +450,13 @@ static void ForgetDynamicDimension()
     arrDims[0] = -1;
 }
 
-// Of two dynamic arrays the first is allocated first and freed last.
+// Of two dynamic arrays the first is allocated first and freed last. One that is declared anew stays what it was.
 static void DeclareArray(const char* name)
 {
     if (curQual == EXTERN_QUALIFIER) ForgetDynamicDimension();
+    const Symbol* earlier = SymtabFind(gActiveNamespace->symtab, name);
     Symbol* symbol = DeclareArr(curQual, curDataType, name, nArrDim, arrDims, dynArrDim);
-    if (dynArrDim) {
+    if (dynArrDim && symbol != earlier) {
         initNode = SequenceAppend(initNode, AllocNew(symbol));
         exitNode = SequenceNew(FreeNew(symbol), exitNode);
     }

@@ -16,8 +16,10 @@
 //   qvt_sci_aux_Namespace.cpp    the tree of namespaces
 //   qvt_sci_aux_Bind.cpp         symbols as the host sees them
 //   qvt_sci_aux_Messages.cpp     message sinks, hooks
-//   qvt_sci_execute*.cpp         evaluators: qvt_sci_execute.cpp has the state of a run, calls and control flow,
-//                                _Select the choice of evaluators, _Arithmetic, _Vector, _Array, _Native, _Exec
+//   qvt_sci_execute*.cpp         evaluators: qvt_sci_execute.cpp has the state of a run and calls, _Select chooses,
+//                                _Arithmetic, _Logic and _Assign have single numbers, _Vector and _Array arrays,
+//                                _Control statements, _Chain long expressions, _Native the host's functions, _Exec what
+//                                reaches for the language as a whole
 //   qvt_sci_aux_Embedding.cpp    formulas with tags, calls from the host
 //   qvt_sci_aux_Intrinsics.cpp   declaration text and binding of the predefined names; natives in
 //                                qvt_sci_aux_Builtin*.cpp; qvt_sci_aux_Manual.cpp the manual
@@ -71,6 +73,12 @@ struct Pile {
         *this = {};
     }
 };
+
+inline bool BeginsWith(const char* text, const char* begin)
+{
+    return std::strncmp(text, begin, std::strlen(begin)) == 0;
+}
+inline bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Types
@@ -134,8 +142,10 @@ union Evaluate {
 enum { DIVISOR_UNCHECKED, DIVISOR_FIRST, DIVISOR_KEPT };   // KEPT: by its chain, in the node's own slot
 
 struct LeafPart {
-    void* self;       // CONST, function name: &value
-    Symbol* symbol;   // VARIABLE, ARRAY: whose name it is. A function's name is a value, which code can overwrite
+    void* self;          // CONST, function name: &value
+    Symbol* symbol;      // VARIABLE, ARRAY: whose name it is. A function's name is a value, which code can overwrite
+    Value converted;     // CONST below a cast: the value in the cast's type
+    void* convertedAt;   // and its address
 };
 
 struct OperatorPart {
@@ -181,8 +191,8 @@ struct Node {
     Flow (*run)(Node*);   // the node as a statement; expressions drop their value and answer FLOW_NEXT
 
     /// Set if the value can be read in place, *(T*)*place, without a call: &symbol->addr of a scalar variable,
-    /// &leaf.self of a constant or function name. Null for all else. The symbol's address is read anew each time: it
-    /// changes with calls and bindings.
+    /// &leaf.self of a constant or function name, &leaf.convertedAt of the constant for its cast. Null for all else.
+    /// The symbol's address is read anew each time: it changes with calls and bindings.
     void** place;
     Value value;
 
@@ -262,7 +272,7 @@ enum OperandRule {
     ROW('*', TIMES, "*", "$ * $", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                          \
     ROW('+', PLUS, "+", "($ + $)", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                         \
     ROW('-', MINUS, "-", "($ - $)", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                        \
-    ROW('.', DOT_PROD, ".", "$ . $", SHAPE_VECTOR, RESULT_DOUBLE_SCALAR, OPERANDS_CAST)                                \
+    ROW('.', DOT_PROD, ".", "($ . $)", SHAPE_VECTOR, RESULT_DOUBLE_SCALAR, OPERANDS_CAST)                              \
     ROW('/', OVER, "/", "$ / $", SHAPE_VECTOR, RESULT_LARGER, OPERANDS_CAST)                                           \
     ROW(';', COLON, ";", "$;\n$;\n", SHAPE_WHOLE, RESULT_INT, OPERANDS_AS_ARE)                                         \
     ROW('<', LT, "<", "$ < $", SHAPE_SCALAR, RESULT_INT_SCALAR, OPERANDS_CAST)                                         \
@@ -395,6 +405,9 @@ struct ArrayPart {
     int64_t length;                       // formal: elements of the array last passed in, -1 unknown
     int64_t hostLength;   // formal: elements of what the host passes (qvt_sci_BindArgLength), -1 unknown
 };
+
+/// A string literal is an array whose name begins like this: no source can spell it.
+inline constexpr char TEXT_CONSTANT[] = "0const_char_";
 
 struct Symbol {
     char* name;           // owned
@@ -575,6 +588,10 @@ double funcPtrCall(const char* pointerName, Symbol* function, int nArgs, Node** 
 [[noreturn]] void RunFail(const char* message);
 /// Flushes the messages, then qvt_sci_raise(signal).
 void RaiseSignal(int signal);
+
+// qvt_sci_execute_Exec.cpp
+/// Sorts indices by a function of the language: int compare(int i, int j). False, with nothing done, if this is none.
+bool SortByFunction(int* order, int n, Symbol* compare);
 
 // qvt_sci_execute_Native.cpp
 void (*SymbolGetExFun(int dataType))(Node*);   // yyerror "unknown function data type" if there is none

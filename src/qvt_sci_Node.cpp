@@ -98,18 +98,9 @@ static void ForEachNode(Node* tree, const Node* stop, void (*visit)(Node*))
     pile.Free();
 }
 
-void NodesKeep(Node* tree)
-{
-    ForEachNode(tree, nullptr, UnownedRemove);
-}
-void NodeDelete(Node* node)
-{
-    ForEachNode(node, nullptr, NodeFree);
-}
-void NodeDeleteExcept(Node* node, Node* stop)
-{
-    ForEachNode(node, stop, NodeFree);
-}
+void NodesKeep(Node* tree) { ForEachNode(tree, nullptr, UnownedRemove); }
+void NodeDelete(Node* node) { ForEachNode(node, nullptr, NodeFree); }
+void NodeDeleteExcept(Node* node, Node* stop) { ForEachNode(node, stop, NodeFree); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Leaves
@@ -146,12 +137,11 @@ Node* VarNew(const char* name)
     return node;
 }
 
-// A string literal is an array whose name no source can spell.
 Node* TextNew(char* text)
 {
     static int counter = 0;
     char name[32];
-    std::snprintf(name, sizeof name, "0const_char_%06d", counter++);
+    std::snprintf(name, sizeof name, "%s%06d", TEXT_CONSTANT, counter++);
     const int size = int(std::strlen(text)) + 1;
     Symbol* symbol = DeclareArr(EXTERN_QUALIFIER, CHAR_TYPE, name, 1, &size, nullptr);
     symbol->qualifier = NO_QUALIFIER;

@@ -1,9 +1,10 @@
 // The preprocessor: #include and #define on the text level, before anything is scanned; and the masked form of source.
 //
-// Includes come first and search the whole text anew after each, so that an included file's own includes are found;
-// a file comes in once. Defines are then taken from the top, each replacing its key from its own line down to where the
-// key is defined again. A directive that is done becomes a comment of the same length, so that line numbers count in
-// the expanded text. Replacement knows nothing of strings and comments: a word in them is replaced too.
+// Includes come first, and the search goes on at the begin of what was put in place, so that an included file's own
+// includes are found; a file comes in once. Defines are then taken from the top, each replacing its key from its own
+// line down to where the key is defined again. A directive that is done becomes a comment of the same length, so that
+// line numbers count in the expanded text. Replacement knows nothing of strings and comments: a word in them is
+// replaced too.
 //
 // Each #define can double the text, so that its size has a limit.
 
@@ -15,7 +16,7 @@
 
 char* qvt_sci_includePathes = nullptr;
 
-static constexpr size_t MAX_TEXT = 64 << 20;   // bytes of expanded source; real ones have a few thousand
+static constexpr size_t MAX_TEXT = 8 << 20;   // bytes of expanded source; real ones have a few thousand
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Include paths
@@ -47,10 +48,7 @@ static void Append(Pile<char>& text, const char* bytes, size_t length)
     text.count += length;
 }
 
-static void Append(Pile<char>& text, const char* bytes)
-{
-    Append(text, bytes, std::strlen(bytes));
-}
+static void Append(Pile<char>& text, const char* bytes) { Append(text, bytes, std::strlen(bytes)); }
 
 // *text becomes what the pile holds.
 static void Exchange(char** text, Pile<char>& pile)
@@ -100,9 +98,11 @@ static const struct {
     const char* plain;
     const char* masked;
 } masks[] = {
+    // clang-format off
     {"\\", "%%b"},
     {"\n", "%%n"},
     {"\"", "%%q"},
+    // clang-format on
 };
 
 char* qvt_sci_MaskedCode(const char* text)
@@ -122,11 +122,6 @@ char* qvt_sci_UnmaskedCode(const char* text)
 // ---------------------------------------------------------------------------------------------------------------------
 // Lines
 
-static bool BeginsWith(const char* text, const char* begin)
-{
-    return std::strncmp(text, begin, std::strlen(begin)) == 0;
-}
-
 // The first line from `from`, which is itself a line's begin, that begins with the keyword; null if there is none.
 static char* FindDirective(char* from, const char* keyword)
 {
@@ -138,15 +133,9 @@ static char* FindDirective(char* from, const char* keyword)
     return nullptr;
 }
 
-static const char* LineEnd(const char* line)
-{
-    return line + std::strcspn(line, "\n");
-}
+static const char* LineEnd(const char* line) { return line + std::strcspn(line, "\n"); }
 
-static void PrintLine(const char* line)
-{
-    qvt_sci_msg("line: %.*s\n", int(LineEnd(line) - line), line);
-}
+static void PrintLine(const char* line) { qvt_sci_msg("line: %.*s\n", int(LineEnd(line) - line), line); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // #include
@@ -266,8 +255,9 @@ static int ExpandIncludes(char** text)
 {
     Pile<char> included = {};   // names, each with a newline behind it
     int failed = 0;
-    while (char* line = failed ? nullptr : FindDirective(*text, "#include")) {
-        const size_t offset = size_t(line - *text);
+    size_t offset = 0;   // all lines before are done; a file that is put in place begins at this line itself
+    while (char* line = failed ? nullptr : FindDirective(*text + offset, "#include")) {
+        offset = size_t(line - *text);
         if (Include(text, line, included)) continue;
         PrintLine(*text + offset);
         qvt_sci_msg("invalid #include!\n");
@@ -279,11 +269,6 @@ static int ExpandIncludes(char** text)
 
 // ---------------------------------------------------------------------------------------------------------------------
 // #define
-
-static bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
 
 static bool IsWordCharacter(char c)
 {
@@ -352,8 +337,10 @@ static bool Define(char** text, char* line)
     const char* value = keyEnd;
     while (IsBlank(*value)) ++value;
     const Definition definition = {
+        // clang-format off
         {key,   size_t(keyEnd - key)},
         {value, size_t(end - value) }
+        // clang-format on
     };
     if (definition.key.empty() || !*end) {
         PrintLine(line);
@@ -382,7 +369,4 @@ static int ExpandDefines(char** text)
     return 0;
 }
 
-int qvt_sci_Preprocess(char** text)
-{
-    return ExpandIncludes(text) || ExpandDefines(text) ? 1 : 0;
-}
+int qvt_sci_Preprocess(char** text) { return ExpandIncludes(text) || ExpandDefines(text) ? 1 : 0; }

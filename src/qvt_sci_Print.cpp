@@ -8,25 +8,26 @@
 
 #include "qvt_sci.tab.h"
 
+#include <string_view>
+
 // Prints a piece of text. Never an empty one: an empty message would silence a message buffer.
 static void Put(const char* text, int length)
 {
     if (length > 0) qvt_sci_msg("%.*s", length, text);
 }
 
-static void Put(const char* text)
-{
-    Put(text, int(std::strlen(text)));
-}
+static void Put(const char* text) { Put(text, int(std::strlen(text))); }
 
-static bool IsSequence(const Node* node)
-{
-    return node->type == OPERATOR && node->o.opr == ';';
-}
+static bool IsSequence(const Node* node) { return node->type == OPERATOR && node->o.opr == ';'; }
 
-static bool IsTextConstant(const Symbol* symbol)
+// No name of a source begins with a digit.
+static bool IsTextConstant(const Symbol* symbol) { return BeginsWith(symbol->name, TEXT_CONSTANT); }
+
+// What stands in a string constant. Code can have changed it, by resize too: it ends with its array at the latest.
+static std::string_view TextOf(const Symbol* constant)
 {
-    return std::strstr(symbol->name, "const_char_") != nullptr;
+    const char* text = static_cast<const char*>(constant->addr);
+    return text ? std::string_view(text, strnlen(text, size_t(constant->arr.size))) : "";
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -76,7 +77,8 @@ static void PrintTreeLine(const Node* node)
     case ARRAY: {
         const Symbol* symbol = node->leaf.symbol;
         if (IsTextConstant(symbol)) {
-            qvt_sci_msg("CONST STRING '%s'\n", static_cast<const char*>(symbol->addr));
+            const std::string_view text = TextOf(symbol);
+            qvt_sci_msg("CONST STRING '%.*s'\n", int(text.size()), text.data());
         } else {
             qvt_sci_msg("ARRAY '%s'\n", symbol->name);
         }
@@ -147,16 +149,16 @@ struct CodeItem {
 };
 
 // The literal again: quotes around it, line ends and tabs as they are written.
-static void PrintText(const char* text)
+static void PrintText(std::string_view text)
 {
     Put("\"");
-    for (const char* c = text; *c; ++c) {
-        if (*c == '\n') {
+    for (const char& c : text) {
+        if (c == '\n') {
             Put("\\n");
-        } else if (*c == '\t') {
+        } else if (c == '\t') {
             Put("\\t");
         } else {
-            Put(c, 1);
+            Put(&c, 1);
         }
     }
     Put("\"");
@@ -169,7 +171,7 @@ static void PrintLeaf(const Node* node)
     } else if (node->type == ARRAY) {
         const Symbol* symbol = node->leaf.symbol;
         if (IsTextConstant(symbol)) {
-            PrintText(static_cast<const char*>(symbol->addr));
+            PrintText(TextOf(symbol));
         } else {
             Put(symbol->name);
         }

@@ -56,27 +56,13 @@ void ScannerEnd()
     DropLiteral();
 }
 
-void ScannerTextTaken()
-{
-    literal = nullptr;
-}
+void ScannerTextTaken() { literal = nullptr; }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Characters. The byte behind the end reads as 0, which no token contains; a 0 within a file's text is no token either.
 
-static bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-static bool IsLetter(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-static bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
-
+static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+static bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 static const char* SkipDigits(const char* p)
 {
     while (IsDigit(*p)) ++p;
@@ -105,44 +91,47 @@ static void Take(const char* end)
 // ---------------------------------------------------------------------------------------------------------------------
 // Names and numbers
 
+static const struct {
+    const char* text;
+    int code;
+    int dataType;
+} keywords[] = {
+    // clang-format off
+    {"extern",    EXTERN,    0          },
+    {"static",    STATIC,    0          },
+    {"NULL",      NULL_T,    0          },
+    {"EOF",       EOF_T,     0          },
+    {"FILE",      PTR_T,     0          },
+    {"FUNC",      PTR_T,     0          },
+    {"resize",    RESIZE,    0          },
+    {"exec",      EXEC,      0          },
+    {"func_addr", FUNCADDR,  0          },
+    {"func_call", FUNCCALL,  0          },
+    {"iqsort",    IQSORT,    0          },
+    {"break",     BREAK,     0          },
+    {"continue",  CONTINUE,  0          },
+    {"return",    RETURN,    0          },
+    {"for",       FOR,       0          },
+    {"while",     WHILE,     0          },
+    {"if",        IF,        0          },
+    {"else",      ELSE,      0          },
+    {"print",     PRINT,     0          },
+    {"printf",    PRINTF,    0          },
+    {"fprintf",   FPRINTF,   0          },
+    {"sprintf",   SPRINTF,   0          },
+    {"scanf",     SCANF,     0          },
+    {"fscanf",    FSCANF,    0          },
+    {"sscanf",    SSCANF,    0          },
+    {"void",      DATA_TYPE, VOID_TYPE  },
+    {"char",      DATA_TYPE, CHAR_TYPE  },
+    {"int",       DATA_TYPE, INT_TYPE   },
+    {"float",     DATA_TYPE, FLOAT_TYPE },
+    {"double",    DATA_TYPE, DOUBLE_TYPE},
+    // clang-format on
+};
+
 static int Name(const char* end)
 {
-    static const struct {
-        const char* text;
-        int code;
-        int dataType;
-    } keywords[] = {
-        {"extern",    EXTERN,    0          },
-        {"static",    STATIC,    0          },
-        {"NULL",      NULL_T,    0          },
-        {"EOF",       EOF_T,     0          },
-        {"FILE",      PTR_T,     0          },
-        {"FUNC",      PTR_T,     0          },
-        {"resize",    RESIZE,    0          },
-        {"exec",      EXEC,      0          },
-        {"func_addr", FUNCADDR,  0          },
-        {"func_call", FUNCCALL,  0          },
-        {"iqsort",    IQSORT,    0          },
-        {"break",     BREAK,     0          },
-        {"continue",  CONTINUE,  0          },
-        {"return",    RETURN,    0          },
-        {"for",       FOR,       0          },
-        {"while",     WHILE,     0          },
-        {"if",        IF,        0          },
-        {"else",      ELSE,      0          },
-        {"print",     PRINT,     0          },
-        {"printf",    PRINTF,    0          },
-        {"fprintf",   FPRINTF,   0          },
-        {"sprintf",   SPRINTF,   0          },
-        {"scanf",     SCANF,     0          },
-        {"fscanf",    FSCANF,    0          },
-        {"sscanf",    SSCANF,    0          },
-        {"void",      DATA_TYPE, VOID_TYPE  },
-        {"char",      DATA_TYPE, CHAR_TYPE  },
-        {"int",       DATA_TYPE, INT_TYPE   },
-        {"float",     DATA_TYPE, FLOAT_TYPE },
-        {"double",    DATA_TYPE, DOUBLE_TYPE},
-    };
     const size_t length = size_t(end - token);
     for (const auto& keyword : keywords) {
         if (std::strncmp(keyword.text, token, length) != 0 || keyword.text[length] != 0) continue;
@@ -324,6 +313,7 @@ static int OperatorToken()
         char text[3];
         int code;
     } pairs[] = {
+        // clang-format off
         {"+=", ADD  },
         {"-=", SUB  },
         {"*=", MULT },
@@ -337,6 +327,7 @@ static int OperatorToken()
         {"**", POWER},
         {"++", INC  },
         {"--", DEC  },
+        // clang-format on
     };
     for (const auto& pair : pairs) {
         if (token[0] == pair.text[0] && token[1] == pair.text[1]) {
@@ -386,11 +377,6 @@ int yylex()
 // Protected sources stand between these two lines; a listing does not show them.
 static constexpr char HIDDEN_START[] = "//ENC-START\n";
 static constexpr char HIDDEN_END[] = "//ENC-END\n";
-
-static bool BeginsWith(const char* text, const char* begin)
-{
-    return std::strncmp(text, begin, std::strlen(begin)) == 0;
-}
 
 // Prints the lines around curLineNumber with a mark on it.
 static void ListSource()

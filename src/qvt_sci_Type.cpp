@@ -121,10 +121,7 @@ int OprDataType(const Node* node)
 // ---------------------------------------------------------------------------------------------------------------------
 // Conversions
 
-void* PointerOf(Node* node)
-{
-    return *static_cast<void**>(node->ex(node));
-}
+void* PointerOf(Node* node) { return *static_cast<void**>(node->ex(node)); }
 int LowHalfOf(Node* node)
 {
     int low;
@@ -170,10 +167,7 @@ Node* CastNew(int dataType, Node* node)
     return node;
 }
 
-Node* CastTo(int dataType, Node* node)
-{
-    return CastNew(dataType, node);
-}
+Node* CastTo(int dataType, Node* node) { return CastNew(dataType, node); }
 
 Node* NonZeroNew(Node* node)
 {
@@ -185,10 +179,7 @@ Node* NonZeroNew(Node* node)
     return ConversionNew(NONZERO, INT_TYPE, node, "NonZeroNew: out of memory");
 }
 
-Node* NonZero(Node* node)
-{
-    return NonZeroNew(node);
-}
+Node* NonZero(Node* node) { return NonZeroNew(node); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Operands
@@ -233,10 +224,7 @@ static void CheckIqsort(const OperatorPart& o)
     CheckArray(o.ops[2], CHAR_TYPE, "arg 2 is not an array", "arg 2 is not a character array");
 }
 
-static bool Scans(int opr)
-{
-    return opr == SCANF || opr == FSCANF || opr == SSCANF;
-}
+static bool Scans(int opr) { return opr == SCANF || opr == FSCANF || opr == SSCANF; }
 
 static void CheckFprintf(const OperatorPart& o)
 {

@@ -58,10 +58,7 @@ int qvt_sci_SymbolRemove(const char* name)
     return removed;
 }
 
-const char* qvt_sci_SymbolName(const Symbol* symbol)
-{
-    return symbol ? symbol->name : nullptr;
-}
+const char* qvt_sci_SymbolName(const Symbol* symbol) { return symbol ? symbol->name : nullptr; }
 
 const char* qvt_sci_SymbolType(const Symbol* symbol)
 {
@@ -77,10 +74,7 @@ const char* qvt_sci_SymbolDataType(const Symbol* symbol)
     return symbol ? names[symbol->dataType] : nullptr;
 }
 
-int qvt_sci_SymbolIsReferenced(const Symbol* symbol)
-{
-    return symbol ? symbol->referenced : 0;
-}
+int qvt_sci_SymbolIsReferenced(const Symbol* symbol) { return symbol ? symbol->referenced : 0; }
 
 int qvt_sci_NumFormals(const Symbol* function)
 {
@@ -113,10 +107,7 @@ int qvt_sci_Takes(const Symbol* function, const char* formals)
 // ---------------------------------------------------------------------------------------------------------------------
 // Binding
 
-static void* Writable(const void* address)
-{
-    return const_cast<void*>(address);
-}   // whether it is, the host knows
+static void* Writable(const void* address) { return const_cast<void*>(address); }   // whether it is, the host knows
 
 Symbol* qvt_sci_Bind(const char* name, const void* address)
 {
@@ -136,10 +127,7 @@ Symbol* qvt_sci_Bind(const char* name, const void* address)
     return symbol;
 }
 
-void qvt_sci_BindBySym(Symbol* symbol, const void* address)
-{
-    symbol->addr = Writable(address);
-}
+void qvt_sci_BindBySym(Symbol* symbol, const void* address) { symbol->addr = Writable(address); }
 
 void qvt_sci_BindArg(Symbol* function, int index, const void* address)
 {

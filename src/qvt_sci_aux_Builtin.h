@@ -38,26 +38,16 @@ std::span<const Builtin> SolverBuiltins();     // qvt_sci_aux_BuiltinSolver.cpp
 
 inline constexpr size_t UNKNOWN_ROOM = PTRDIFF_MAX;   // of an array whose length nobody told: taken as unlimited
 
-inline size_t RoomOf(int64_t elements)
-{
-    return elements < 0 ? UNKNOWN_ROOM : size_t(elements);
-}
+inline size_t RoomOf(int64_t elements) { return elements < 0 ? UNKNOWN_ROOM : size_t(elements); }
 
 /// Elements from the address passed as argument `index` of the native under way to the end of its array.
-inline size_t RoomOfArgument(int index)
-{
-    return RoomOf(qvt_sci_ArgLength(index));
-}
+inline size_t RoomOfArgument(int index) { return RoomOf(qvt_sci_ArgLength(index)); }
 
 /// Length of a text that may lack its null byte: then it ends with its array. Null counts as empty.
-inline size_t TextLength(const char* text, size_t room)
-{
-    return text ? strnlen(text, room) : 0;
-}
+inline size_t TextLength(const char* text, size_t room) { return text ? strnlen(text, room) : 0; }
 
 /// A text as a C string. It is copied only if its array holds no null byte.
-class CText
-{
+class CText {
 public:
     CText(const char* text, size_t room) : _length(TextLength(text, room))
     {
@@ -82,8 +72,7 @@ private:
 };
 
 /// A text argument of the native under way.
-class TextArgument : public CText
-{
+class TextArgument : public CText {
 public:
     TextArgument(const char* text, int index) : CText(text, RoomOfArgument(index)) {}
 };

@@ -10,25 +10,13 @@ static FILE* qvt_sci_file_open(const char* path, const char* mode)
     return qvt_sci_fopen(TextArgument(path, 0).c_str(), TextArgument(mode, 1).c_str());
 }
 
-static int qvt_sci_file_close(FILE* const* stream)
-{
-    return *stream ? qvt_sci_fclose(*stream) : EOF;
-}
+static int qvt_sci_file_close(FILE* const* stream) { return *stream ? qvt_sci_fclose(*stream) : EOF; }
 
-static int qvt_sci_file_error(FILE* const* stream)
-{
-    return *stream ? qvt_sci_ferror(*stream) : 1;
-}
+static int qvt_sci_file_error(FILE* const* stream) { return *stream ? qvt_sci_ferror(*stream) : 1; }
 
-static int qvt_sci_file_eof(FILE* const* stream)
-{
-    return *stream ? qvt_sci_feof(*stream) : 1;
-}
+static int qvt_sci_file_eof(FILE* const* stream) { return *stream ? qvt_sci_feof(*stream) : 1; }
 
-static int qvt_sci_file_getc(FILE* const* stream)
-{
-    return *stream ? qvt_sci_fgetc(*stream) : EOF;
-}
+static int qvt_sci_file_getc(FILE* const* stream) { return *stream ? qvt_sci_fgetc(*stream) : EOF; }
 
 // 1 for success, other than in C, where the text comes back.
 static int qvt_sci_file_gets(char* s, const int* size, FILE* const* stream)
@@ -38,10 +26,7 @@ static int qvt_sci_file_gets(char* s, const int* size, FILE* const* stream)
     return room > 0 && qvt_sci_fgets(s, int(room), *stream) ? 1 : 0;
 }
 
-static int qvt_sci_file_putc(const int* c, FILE* const* stream)
-{
-    return *stream ? qvt_sci_fputc(*c, *stream) : EOF;
-}
+static int qvt_sci_file_putc(const int* c, FILE* const* stream) { return *stream ? qvt_sci_fputc(*c, *stream) : EOF; }
 
 static int qvt_sci_file_puts(const char* s, FILE* const* stream)
 {
@@ -51,6 +36,7 @@ static int qvt_sci_file_puts(const char* s, FILE* const* stream)
 std::span<const Builtin> FileBuiltins()
 {
     static const Builtin rows[] = {
+        // clang-format off
         {"// FILE IO",                                   nullptr,                                             nullptr                   },
         {"",                                             nullptr,                                             nullptr                   },
         {"FILE* fopen(char path[], char mode[]);",       "opens a file, NULL: failed",                        Native(qvt_sci_file_open) },
@@ -63,6 +49,7 @@ std::span<const Builtin> FileBuiltins()
         {"int fputc(int c, FILE *stream);",              "writes a character, returns it, EOF: failed",       Native(qvt_sci_file_putc) },
         {"int fputs(char s[], FILE *stream);",           "writes a text, EOF: failed",                        Native(qvt_sci_file_puts) },
         {"",                                             nullptr,                                             nullptr                   },
+        // clang-format on
     };
     return rows;
 }

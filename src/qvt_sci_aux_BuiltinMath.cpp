@@ -13,12 +13,14 @@ static const double sqrt2 = 1.41421356237309504880;
 std::span<const Builtin> ConstantBuiltins()
 {
     static const Builtin rows[] = {
+        // clang-format off
         {"// PREDEFINED CONSTANTS", nullptr,                                    nullptr},
         {"",                        nullptr,                                    nullptr},
         {"extern double pi;",       "3.14159265358979323846",                   &pi    },
         {"extern double e;",        "2.7182818284590452354",                    &e     },
         {"extern double sqrt2;",    "square root of 2, 1.41421356237309504880", &sqrt2 },
         {"",                        nullptr,                                    nullptr},
+        // clang-format on
     };
     return rows;
 }
@@ -37,50 +39,27 @@ static double OfTwo(const double* x, const double* y)
 }
 
 // Halves go up, on the negative side too: -1.5 gives -1. Scripts rely on it.
-static double qvt_sci_round(const double* x)
-{
-    return std::floor(*x + 0.5);
-}
+static double qvt_sci_round(const double* x) { return std::floor(*x + 0.5); }
 
-static int qvt_sci_abs(const int* j)
-{
-    return *j < 0 ? int(0u - unsigned(*j)) : *j;
-}
+static int qvt_sci_abs(const int* j) { return *j < 0 ? int(0u - unsigned(*j)) : *j; }
 
-static int qvt_sci_sign(const double* x)
-{
-    return (*x > 0) - (*x < 0);
-}
+static int qvt_sci_sign(const double* x) { return (*x > 0) - (*x < 0); }
 
 // With a NaN on either side the comparison fails, and the result is y.
-static double qvt_sci_min(const double* x, const double* y)
-{
-    return *x < *y ? *x : *y;
-}
+static double qvt_sci_min(const double* x, const double* y) { return *x < *y ? *x : *y; }
 
-static double qvt_sci_max(const double* x, const double* y)
-{
-    return *x > *y ? *x : *y;
-}
+static double qvt_sci_max(const double* x, const double* y) { return *x > *y ? *x : *y; }
 
-static double qvt_sci_fix(const double* x)
-{
-    return Convert<int>(*x);
-}
+static double qvt_sci_fix(const double* x) { return Convert<int>(*x); }
 
-static void qvt_sci_srand(const int* seed)
-{
-    std::srand(unsigned(*seed));
-}
+static void qvt_sci_srand(const int* seed) { std::srand(unsigned(*seed)); }
 
-static double qvt_sci_drand()
-{
-    return std::rand() / 2147483647.0;
-}
+static double qvt_sci_drand() { return std::rand() / 2147483647.0; }
 
 std::span<const Builtin> MathBuiltins()
 {
     static const Builtin rows[] = {
+        // clang-format off
         {"// MATH FUNCTIONS (behave like C functions of math.h)", nullptr,                                                nullptr                  },
         {"",                                                      nullptr,                                                nullptr                  },
         {"double sqrt(double x);",                                "square root",                                          Native(OfOne<std::sqrt>) },
@@ -115,6 +94,7 @@ std::span<const Builtin> MathBuiltins()
         {"double round(double x);",                               "nearest integral value, halfway cases away from zero", Native(qvt_sci_round)    },
         {"double fix(double x);",                                 "cuts the decimals; |x| below 2147483648",              Native(qvt_sci_fix)      },
         {"",                                                      nullptr,                                                nullptr                  },
+        // clang-format on
     };
     return rows;
 }

@@ -88,8 +88,7 @@ static int qvt_sci_solveLES(const int* size, const double* matrix, const double*
 // ---------------------------------------------------------------------------------------------------------------------
 // Preconditioned conjugate gradients
 
-namespace
-{
+namespace {
 // The symmetric matrix: its diagonal, and minus its values at the index pairs.
 struct SparseMatrix {
     int nc, ne;
@@ -216,6 +215,7 @@ static double qvt_sci_solve_pcg(const int* nc, const int* ne, const int (*le)[2]
 std::span<const Builtin> SolverBuiltins()
 {
     static const Builtin rows[] = {
+        // clang-format off
         {"// SOLVING LINEAR EQUATION SYSTEMS",                                                                    nullptr, nullptr                  },
         {"",                                                                                                      nullptr, nullptr                  },
         {"// Gauss elimination with row pivoting; matrix row by row. Returns the number of singularities,",       nullptr,
@@ -232,6 +232,7 @@ std::span<const Builtin> SolverBuiltins()
         {"// Returns the final residual relative to the initial one.",                                            nullptr, nullptr                  },
         {"double solve_pcg(int nc, int ne, int le[][2], double tol, int min_iter, int max_iter, double ap[], "
          "double af[], double b[], double x[]);",                                                        nullptr, Native(qvt_sci_solve_pcg)},
+        // clang-format on
     };
     return rows;
 }

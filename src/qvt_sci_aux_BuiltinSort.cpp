@@ -56,7 +56,6 @@ static int qvt_sci_search(const int* arraySize, const T* key, const T* array)
 }
 
 static const double* sortedValues = nullptr;   // of the dqsort under way
-static Symbol* comparisonFunction = nullptr;   // of the oqsort under way
 
 static int CompareByValue(const void* i, const void* j)
 {
@@ -77,39 +76,18 @@ static void qvt_sci_dqsort(const int* n, double* array, int* order)
     std::qsort(order, size_t(count), sizeof(int), CompareByValue);
 }
 
-static int CompareByFunction(const void* i, const void* j)
-{
-    Symbol* const* formals = comparisonFunction->func.args;
-    formals[0]->addr = const_cast<void*>(i);
-    formals[1]->addr = const_cast<void*>(j);
-    funcCall(comparisonFunction);
-    return returnValue.i;
-}
-
-// A function of the language with two int parameters and an int result: all else cannot compare.
-static bool CanCompare(const Symbol* function)
-{
-    if (!function || function->symbolType != FUNCTION_SYMBOL || function->dataType != INT_TYPE) return false;
-    if (!function->func.body || function->func.nArgs != 2) return false;
-    for (int i = 0; i < 2; ++i) {
-        if (function->func.args[i]->dataType != INT_TYPE) return false;
-    }
-    return true;
-}
-
 // The order stays the identity if there is no function that could compare.
 static void qvt_sci_oqsort(const int* n, int* order, Symbol* const* compare)
 {
     const int count = CountWithin(*n, {1});
     SetIdentity(order, count);
-    if (count < 2 || !CanCompare(*compare)) return;
-    comparisonFunction = *compare;
-    std::qsort(order, size_t(count), sizeof(int), CompareByFunction);
+    SortByFunction(order, count, *compare);
 }
 
 std::span<const Builtin> SortBuiltins()
 {
     static const Builtin rows[] = {
+        // clang-format off
         {"// SORTING FUNCTIONS",                                                  nullptr,                                         nullptr                     },
         {"",                                                                      nullptr,                                         nullptr                     },
         {"void int_sort(int arraySize, int array[]);",                            "smallest first",                                Native(qvt_sci_sort<int>)   },
@@ -125,6 +103,7 @@ std::span<const Builtin> SortBuiltins()
         {"//    int comp(int i, int j)",                                          "below 0: i comes first, 0: equal, above 0: j",  nullptr                     },
         {"// These two must not be called by a function that one of them calls.", nullptr,                                         nullptr                     },
         {"",                                                                      nullptr,                                         nullptr                     },
+        // clang-format on
     };
     return rows;
 }

@@ -16,15 +16,9 @@ static void PutText(char* dest, size_t room, const char* source, size_t length)
     dest[length] = 0;
 }
 
-static int qvt_sci_atoi(const char* s)
-{
-    return std::atoi(TextArgument(s, 0).c_str());
-}
+static int qvt_sci_atoi(const char* s) { return std::atoi(TextArgument(s, 0).c_str()); }
 
-static double qvt_sci_atof(const char* s)
-{
-    return std::atof(TextArgument(s, 0).c_str());
-}
+static double qvt_sci_atof(const char* s) { return std::atof(TextArgument(s, 0).c_str()); }
 
 static void qvt_sci_strcpy(char* dest, const char* src)
 {
@@ -59,25 +53,16 @@ static int Compare(const char* s1, const char* s2, size_t n)
     return std::strncmp(TextArgument(s1, 0).c_str(), TextArgument(s2, 1).c_str(), n);
 }
 
-static int qvt_sci_strcmp(const char* s1, const char* s2)
-{
-    return Compare(s1, s2, UNKNOWN_ROOM);
-}
+static int qvt_sci_strcmp(const char* s1, const char* s2) { return Compare(s1, s2, UNKNOWN_ROOM); }
 
 static int qvt_sci_strncmp(const char* s1, const char* s2, const int* n)
 {
     return Compare(s1, s2, size_t(std::max(*n, 0)));
 }
 
-static int qvt_sci_strlen(const char* s)
-{
-    return int(TextLength(s, RoomOfArgument(0)));
-}
+static int qvt_sci_strlen(const char* s) { return int(TextLength(s, RoomOfArgument(0))); }
 
-static int IndexOf(const char* found, const TextArgument& text)
-{
-    return found ? int(found - text.c_str()) : -1;
-}
+static int IndexOf(const char* found, const TextArgument& text) { return found ? int(found - text.c_str()) : -1; }
 
 static int qvt_sci_istrchr(const char* s, const int* c)
 {
@@ -100,6 +85,7 @@ static int qvt_sci_istrstr(const char* haystack, const char* needle)
 std::span<const Builtin> StringBuiltins()
 {
     static const Builtin rows[] = {
+        // clang-format off
         {"// STRING FUNCTIONS (strings are char-array ending with a NULL character (null byte))", nullptr,                                          nullptr                 },
         {"// A text that is longer than the array it goes to is cut.",                            nullptr,                                          nullptr                 },
         {"",                                                                                      nullptr,                                          nullptr                 },
@@ -118,6 +104,7 @@ std::span<const Builtin> StringBuiltins()
         {"int istrstr(char haystack[], char needle[]);",                                          "index of the first needle, -1: none",
          Native(qvt_sci_istrstr)                                                                                                                                            },
         {"",                                                                                      nullptr,                                          nullptr                 },
+        // clang-format on
     };
     return rows;
 }

@@ -10,15 +10,9 @@
 #include <sys/select.h>
 #include <unistd.h>
 
-static void qvt_sci_exit(const int* status)
-{
-    std::exit(*status);
-}
+static void qvt_sci_exit(const int* status) { std::exit(*status); }
 
-static int qvt_sci_system(const char* command)
-{
-    return std::system(TextArgument(command, 0).c_str());
-}
+static int qvt_sci_system(const char* command) { return std::system(TextArgument(command, 0).c_str()); }
 
 // Waits without using processor time.
 static void qvt_sci_sleep(const double* seconds)
@@ -32,15 +26,9 @@ static void qvt_sci_sleep(const double* seconds)
     select(0, nullptr, nullptr, nullptr, &timeout);
 }
 
-static double qvt_sci_sclock()
-{
-    return double(std::clock()) / 1000000.0;
-}
+static double qvt_sci_sclock() { return double(std::clock()) / 1000000.0; }
 
-static double qvt_sci_time()
-{
-    return double(std::time(nullptr));
-}
+static double qvt_sci_time() { return double(std::time(nullptr)); }
 
 static int qvt_sci_strftime(char* s, const int* slen, const char* format)
 {
@@ -60,14 +48,12 @@ static int qvt_sci_strftime(char* s, const int* slen, const char* format)
     return int(length);
 }
 
-static int qvt_sci_remove_file(const char* pathname)
-{
-    return qvt_sci_remove(TextArgument(pathname, 0).c_str());
-}
+static int qvt_sci_remove_file(const char* pathname) { return qvt_sci_remove(TextArgument(pathname, 0).c_str()); }
 
 std::span<const Builtin> SystemBuiltins()
 {
     static const Builtin rows[] = {
+        // clang-format off
         {"// SYSTEM FUNCTIONS",                              nullptr,                                      nullptr                    },
         {"",                                                 nullptr,                                      nullptr                    },
         {"int getpid();",                                    "process id",                                 Native(getpid)             },
@@ -80,6 +66,7 @@ std::span<const Builtin> SystemBuiltins()
          "present time as text, see strftime() of C; with \"GM:\" before the format UTC, else local time", Native(qvt_sci_strftime)   },
         {"int remove(char pathname[]);",                     "deletes a file, 0 on success",               Native(qvt_sci_remove_file)},
         {"",                                                 nullptr,                                      nullptr                    },
+        // clang-format on
     };
     return rows;
 }

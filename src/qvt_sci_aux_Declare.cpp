@@ -16,10 +16,7 @@
 
 int qvtsci_allow_symbol_redefinition = 0;
 
-void qvt_sci_allow_symbol_redefinition(int flag)
-{
-    qvtsci_allow_symbol_redefinition = flag;
-}
+void qvt_sci_allow_symbol_redefinition(int flag) { qvtsci_allow_symbol_redefinition = flag; }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Variables
@@ -61,10 +58,7 @@ Symbol* DeclareVar(int qualifier, int dataType, const char* name)
 // ---------------------------------------------------------------------------------------------------------------------
 // Arrays
 
-static bool HostOrCallerOwns(int qualifier)
-{
-    return qualifier == EXTERN_QUALIFIER || qualifier == FORMAL_QUALIFIER;
-}
+static bool HostOrCallerOwns(int qualifier) { return qualifier == EXTERN_QUALIFIER || qualifier == FORMAL_QUALIFIER; }
 
 static void CheckDimensions(int qualifier, int nDims, const int* dims)
 {
@@ -117,7 +111,10 @@ static int64_t NumElements(int nDims, const int* dims)
 Symbol* DeclareArr(int qualifier, int dataType, const char* name, int nDims, const int* dims, Node* dynNode)
 {
     CheckDimensions(qualifier, nDims, dims);
-    if (Symbol* earlier = FindArray(qualifier, dataType, name, nDims, dims)) return earlier;
+    if (Symbol* earlier = FindArray(qualifier, dataType, name, nDims, dims)) {
+        NodeDelete(dynNode);   // it keeps its own dimensions
+        return earlier;
+    }
 
     // Sizes count in 32 bits: an array of more, its owner whoever it may be, is as good as one without memory.
     const int64_t size = NumElements(nDims, dims);
@@ -215,10 +212,7 @@ void DefineFunc(Symbol* function, Node* body)
     QVT_SCI_CHECK(defined.Push(function));
 }
 
-void ForgetDefinitions()
-{
-    defined.count = 0;
-}
+void ForgetDefinitions() { defined.count = 0; }
 
 void TakeBackDefinitions()
 {

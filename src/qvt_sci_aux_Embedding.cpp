@@ -45,15 +45,9 @@ int qvt_sci_ParseFormulaString(const char* initDeclaration, const char* formulaD
     return qvt_sci_ParseAny(nullptr, code.c_str());
 }
 
-static bool IsLetter(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
+static bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-static bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // The prefix as the beginning of a name.
 static std::string createCleanName(const char* prefix)
@@ -117,15 +111,9 @@ static void RunCode(Node* code)
     if (code) code->run(code);
 }
 
-void qvt_sci_InitAll()
-{
-    RunCode(qvt_sci_NamespaceGetCurrent()->initCode);
-}
+void qvt_sci_InitAll() { RunCode(qvt_sci_NamespaceGetCurrent()->initCode); }
 
-void qvt_sci_ExitAll()
-{
-    RunCode(qvt_sci_NamespaceGetCurrent()->exitCode);
-}
+void qvt_sci_ExitAll() { RunCode(qvt_sci_NamespaceGetCurrent()->exitCode); }
 
 uint64_t qvt_sci_CallWith(Symbol* function, const void* const* arguments, int count)
 {
@@ -141,10 +129,7 @@ uint64_t qvt_sci_CallWith(Symbol* function, const void* const* arguments, int co
     return result;
 }
 
-void qvt_sci_Execute(Symbol* function)
-{
-    funcCall(function);
-}
+void qvt_sci_Execute(Symbol* function) { funcCall(function); }
 
 int qvt_sci_GetReturnValue(Symbol* function, void* out)
 {
@@ -162,33 +147,18 @@ int qvt_sci_GetReturnValue(Symbol* function, void* out)
 
 extern "C" {
 
-void ex_qvt_sci_NamespaceOpen()
-{
-    qvt_sci_NamespaceOpen();
-}
+void ex_qvt_sci_NamespaceOpen() { qvt_sci_NamespaceOpen(); }
 
-int ex_qvt_sci_NamespaceClose()
-{
-    return qvt_sci_NamespaceClose();
-}
+int ex_qvt_sci_NamespaceClose() { return qvt_sci_NamespaceClose(); }
 
-void ex_qvt_sci_AddIncludePath(const char* path)
-{
-    qvt_sci_AddIncludePath(path);
-}
+void ex_qvt_sci_AddIncludePath(const char* path) { qvt_sci_AddIncludePath(path); }
 
-int ex_qvt_sci_ParseString(const char* text)
-{
-    return qvt_sci_ParseString(text);
-}
+int ex_qvt_sci_ParseString(const char* text) { return qvt_sci_ParseString(text); }
 
 int ex_qvt_sci_ParseFormulaString(const char* initDeclaration, const char* formulaDeclaration, const char* text)
 {
     return qvt_sci_ParseFormulaString(initDeclaration, formulaDeclaration, text);
 }
 
-void ex_qvt_sci_SetMessageBuffer(char* buffer, int length)
-{
-    qvt_sci_SetMessageBuffer(buffer, length);
-}
+void ex_qvt_sci_SetMessageBuffer(char* buffer, int length) { qvt_sci_SetMessageBuffer(buffer, length); }
 }

@@ -10,6 +10,7 @@
 static std::span<const Builtin> KeywordDescriptions()
 {
     static const Builtin rows[] = {
+        // clang-format off
         {"// PRINT AND SCAN FUNCTIONS",                    nullptr,                                                                        nullptr},
         {"/*",                                             nullptr,                                                                        nullptr},
         {"print x, y, ...;",                               "each value with a blank before it, then a new line; arrays with all elements", nullptr},
@@ -33,6 +34,7 @@ static std::span<const Builtin> KeywordDescriptions()
         {"double func_call(FUNC *func, ...);",             "calls it; the result is converted to double",                                  nullptr},
         {"*/",                                             nullptr,                                                                        nullptr},
         {"",                                               nullptr,                                                                        nullptr},
+        // clang-format on
     };
     return rows;
 }

@@ -37,10 +37,7 @@ static int StreamMessage(const char* format, ...)
     return written;
 }
 
-static void StreamFlush()
-{
-    std::fflush(OutputStream());
-}
+static void StreamFlush() { std::fflush(OutputStream()); }
 
 static char* messageBuffer = nullptr;   // where the next message goes; null: silent
 static int messageRoom = 0;
@@ -73,10 +70,7 @@ void qvt_sci_ResetPrintf(int (*msg)(const char* format, ...), void (*flush)())
     if (flush) qvt_sci_flush_msg = flush;
 }
 
-void qvt_sci_ResetOutputStream(FILE* stream)
-{
-    qvtsciout = stream;
-}
+void qvt_sci_ResetOutputStream(FILE* stream) { qvtsciout = stream; }
 
 void qvt_sci_SetMessageBuffer(char* buffer, int length)
 {

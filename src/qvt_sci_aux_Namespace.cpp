@@ -169,12 +169,6 @@ void qvt_sci_Clear()
     DeleteLocals(ns);
 }
 
-void qvt_sci_DeleteAll()
-{
-    qvt_sci_Clear();
-}
+void qvt_sci_DeleteAll() { qvt_sci_Clear(); }
 
-int qvt_sci_IsInvalidNamespace()
-{
-    return gActiveNamespace ? SymtabIsInvalid(gActiveNamespace->symtab) : -1;
-}
+int qvt_sci_IsInvalidNamespace() { return gActiveNamespace ? SymtabIsInvalid(gActiveNamespace->symtab) : -1; }

@@ -23,8 +23,7 @@ static constexpr int SSCANF_VARIABLES = 8;   // handled in one call; more are re
 // ---------------------------------------------------------------------------------------------------------------------
 // Statements under way
 
-namespace
-{
+namespace {
 // The format of one statement, which its own arguments could overwrite or free.
 struct FormatCopy {
     FormatCopy* outer;
@@ -58,10 +57,7 @@ static void DropFormatsFrom(const FormatCopy* outermost)
     }
 }
 
-void ForgetFormats()
-{
-    DropFormatsFrom(nullptr);
-}
+void ForgetFormats() { DropFormatsFrom(nullptr); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Arguments
@@ -108,8 +104,7 @@ static int AsInt(int dataType, const Value& value)
 // ---------------------------------------------------------------------------------------------------------------------
 // Conversions of a format
 
-namespace
-{
+namespace {
 struct Conversion {
     const char* end;      // behind it
     bool hasStar;         // print: a width or precision from an argument; scan: nothing is stored
@@ -124,15 +119,9 @@ struct Conversion {
 // What the C library promises to print of one conversion. A wider one could ask it for any amount of memory.
 static constexpr unsigned long WIDEST_FIELD = 4095;
 
-static const char* SkipDigits(const char* p)
-{
-    return p + std::strspn(p, "0123456789");
-}
+static const char* SkipDigits(const char* p) { return p + std::strspn(p, "0123456789"); }
 
-static bool IsTooWide(const char* digits)
-{
-    return std::strtoul(digits, nullptr, 10) > WIDEST_FIELD;
-}
+static bool IsTooWide(const char* digits) { return std::strtoul(digits, nullptr, 10) > WIDEST_FIELD; }
 
 static void ReadSizeAndKind(Conversion& c, const char* p, const char* kinds)
 {
@@ -192,16 +181,12 @@ static bool SizeIs(const Conversion& c, const char* size)
     return int(std::strlen(size)) == c.sizeLength && std::memcmp(c.size, size, size_t(c.sizeLength)) == 0;
 }
 
-static bool IsOneOf(char c, const char* characters)
-{
-    return c && std::strchr(characters, c);
-}
+static bool IsOneOf(char c, const char* characters) { return c && std::strchr(characters, c); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Statements
 
-namespace
-{
+namespace {
 enum Problem { NONE, BAD_FILE, BAD_STRING, BAD_FORMAT, STRING_TOO_SHORT };
 
 enum Target { CONSOLE, FILE_STREAM, STRING };
@@ -231,12 +216,14 @@ static const char* const problemTexts[] = {
 };
 
 static const Family families[] = {
+    // clang-format off
     {PRINTF,  CONSOLE,     false},
     {FPRINTF, FILE_STREAM, false},
     {SPRINTF, STRING,      false},
     {SCANF,   CONSOLE,     true },
     {FSCANF,  FILE_STREAM, true },
     {SSCANF,  STRING,      true },
+    // clang-format on
 };
 
 static const Family& FamilyOf(int opr)
@@ -337,8 +324,7 @@ static size_t TextWidth(const Conversion& c, size_t room)
     return std::min(size_t(std::strtoul(c.digits, nullptr, 10)), most);
 }
 
-namespace
-{
+namespace {
 struct Variables {
     Node* const* nodes;
     void* const* places;

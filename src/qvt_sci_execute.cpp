@@ -66,10 +66,7 @@ static void ReportUnbound(const char* name)
 // ---------------------------------------------------------------------------------------------------------------------
 // Where the run is
 
-int qvt_sci_StackDepth()
-{
-    return stackDep;
-}
+int qvt_sci_StackDepth() { return stackDep; }
 
 const char* qvt_sci_StackFuncName(int index)
 {
@@ -151,10 +148,7 @@ static void CallExtern(Node* node)
 }
 
 // A function that was declared only when the call was compiled may have been defined since.
-static void Call(Node* node)
-{
-    node->call.symbol->func.exFun ? CallExtern(node) : CallDefined(node);
-}
+static void Call(Node* node) { node->call.symbol->func.exFun ? CallExtern(node) : CallDefined(node); }
 
 static void* CallForAddress(Node* node)
 {
@@ -164,11 +158,13 @@ static void* CallForAddress(Node* node)
 }
 
 template <class T>
-static T CallForValue(Node* node)
-{
-    Call(node);
-    return TypeOf<T>::In(returnValue);
-}
+struct CallForValue {
+    static T Get(Node* node)
+    {
+        Call(node);
+        return TypeOf<T>::In(returnValue);
+    }
+};
 
 static Flow RunCall(Node* node)
 {
@@ -281,14 +277,7 @@ void SelectCall(Node* node)
     if (node->call.symbol->symbolType != FUNCTION_SYMBOL) return AttachStatement<PointerCall>(node);
     node->ex = CallForAddress;
     node->run = RunCall;
-    switch (node->dataType) {
-    case CHAR_TYPE: node->get.c = CallForValue<signed char>; break;
-    case INT_TYPE: node->get.i = CallForValue<int>; break;
-    case FLOAT_TYPE: node->get.f = CallForValue<float>; break;
-    case DOUBLE_TYPE: node->get.d = CallForValue<double>; break;
-    case PTR_TYPE: node->get.p = PointerOf; break;
-    default: break;
-    }
+    AttachReader<CallForValue>(node);
 }
 
 void qvt_sci_AbandonRun()

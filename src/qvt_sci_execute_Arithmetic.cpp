@@ -13,16 +13,6 @@
 // ---------------------------------------------------------------------------------------------------------------------
 // Left, then right
 
-template <class Formula, class T, class Left, class Right>
-struct LeftFirst {
-    static T Get(Node* node)
-    {
-        const auto left = Left::template Evaluate<T>(node, 0);
-        const auto right = Right::template Evaluate<T>(node, 1);
-        return Formula::template Of<T>(Left::template Read<T>(left), Right::template Read<T>(right));
-    }
-};
-
 template <class Formula, class T>
 static void SelectLeftFirst(Node* node)
 {
@@ -146,6 +136,7 @@ std::span<const FamilyRow> ArithmeticFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
+        // clang-format off
         {'+',    NUMBERS(SelectLeftFirst,     Plus)    },
         {'-',    NUMBERS(SelectLeftFirst,     Minus)   },
         {'*',    NUMBERS(SelectLeftFirst,     Times)   },
@@ -153,6 +144,7 @@ std::span<const FamilyRow> ArithmeticFamilies()
         {'%',    INT_ONLY(SelectDivision,     Modulo)  },
         {POWER,  DOUBLE_ONLY(SelectLeftFirst, Power)   },
         {UMINUS, NUMBERS(SelectSign,          Negative)},
+        // clang-format on
     };
     return rows;
 }

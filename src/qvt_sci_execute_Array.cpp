@@ -117,10 +117,7 @@ void SelectSubarray(Node* node)
 // ---------------------------------------------------------------------------------------------------------------------
 // Memory
 
-static int64_t NumBytes(const Symbol* array, int64_t elements)
-{
-    return elements * sizeOf[array->dataType];
-}
+static int64_t NumBytes(const Symbol* array, int64_t elements) { return elements * sizeOf[array->dataType]; }
 
 // Elements with the first dimension set to `length`, cut to what a count of bytes can hold.
 static int64_t SizeWithLength(const ArrayPart& arr, int length)
@@ -164,10 +161,7 @@ static Flow RunAlloc(Node* node)
     return FLOW_NEXT;
 }
 
-void SelectAlloc(Node* node)
-{
-    AttachRun(node, RunAlloc);
-}
+void SelectAlloc(Node* node) { AttachRun(node, RunAlloc); }
 
 static Flow RunFree(Node* node)
 {
@@ -178,10 +172,7 @@ static Flow RunFree(Node* node)
     return FLOW_NEXT;
 }
 
-void SelectFree(Node* node)
-{
-    AttachRun(node, RunFree);
-}
+void SelectFree(Node* node) { AttachRun(node, RunFree); }
 
 struct Resize {
     static int Get(Node* node)
@@ -193,7 +184,4 @@ struct Resize {
     }
 };
 
-void SelectResize(Node* node)
-{
-    AttachStatement<Resize>(node);
-}
+void SelectResize(Node* node) { AttachStatement<Resize>(node); }

@@ -116,6 +116,7 @@ std::span<const FamilyRow> AssignmentFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
+        // clang-format off
         {'=',     ALL_TYPES(SelectAssignment, Store)},
         {ADD,     NUMBERS(SelectAssignment,   Plus) },
         {SUB,     NUMBERS(SelectAssignment,   Minus)},
@@ -125,6 +126,7 @@ std::span<const FamilyRow> AssignmentFamilies()
         {DEC_PRE, NUMBERS(SelectStepBefore,   Minus)},
         {INC,     NUMBERS(SelectStepBehind,   Plus) },
         {DEC,     NUMBERS(SelectStepBehind,   Minus)},
+        // clang-format on
     };
     return rows;
 }

@@ -55,15 +55,9 @@ static T FinishedValue(Node* rung)
     return Slot<T>(rung);
 }
 
-static void* FinishedAddress(Node* rung)
-{
-    return &rung->value;
-}
+static void* FinishedAddress(Node* rung) { return &rung->value; }
 
-static void* FinishedVector(Node* rung)
-{
-    return rung->value.p;
-}
+static void* FinishedVector(Node* rung) { return rung->value.p; }
 
 template <class T>
 static T FirstOfFinishedVector(Node* rung)
@@ -74,42 +68,11 @@ static T FirstOfFinishedVector(Node* rung)
 // ---------------------------------------------------------------------------------------------------------------------
 // Building
 
-// Operators whose first operand is evaluated before they do anything else, and before all other operands but a divisor.
-static bool IsLink(const Node* node)
-{
-    if (node->type != OPERATOR) return false;
-    switch (node->o.opr) {
-    case '+':
-    case '-':
-    case '*':
-    case '/':
-    case '%':
-    case '.':
-    case '^':
-    case '<':
-    case '>':
-    case '?':
-    case '!':
-    case LE:
-    case GE:
-    case EQ:
-    case NE:
-    case AND:
-    case OR:
-    case POWER:
-    case UMINUS:
-    case CAST:
-    case NONZERO: return true;
-    default: return false;
-    }
-}
+static bool IsLink(const Node* node) { return node->type == OPERATOR && OnlyReads(node->o.opr); }
 
 // Operators with one operand nest no deeper than the parser's stack allows. A cast may also be put on top of a tree for
 // a single call through a pointer, and must leave no trace there.
-static bool CanBeRung(const Node* node)
-{
-    return node->o.nOps > 1;
-}
+static bool CanBeRung(const Node* node) { return node->o.nOps > 1; }
 
 // The node's own evaluators go into the chain, the climbing ones into the node.
 template <class T>

@@ -1,5 +1,5 @@
-// Comparisons as evaluators: the operators themselves (qvt_sci_execute_Logic.cpp) and the tests of loops and branches,
-// which take the most frequent ones in without a call (qvt_sci_execute_Control.cpp).
+// Formulas of comparisons, 1 or 0: for the operators themselves (qvt_sci_execute_Logic.cpp) and for the tests of loops
+// and branches, which take the most frequent ones in without a call (qvt_sci_execute_Control.cpp).
 
 #pragma once
 
@@ -23,14 +23,3 @@ QVT_SCI_COMPARISON(GreaterOrEqual, >=)
 QVT_SCI_COMPARISON(Equal, ==)
 QVT_SCI_COMPARISON(Unequal, !=)
 #undef QVT_SCI_COMPARISON
-
-/// Left, then right; 1 or 0.
-template <class Formula, class T, class Left, class Right>
-struct Comparison {
-    static int Get(Node* node)
-    {
-        const auto left = Left::template Evaluate<T>(node, 0);
-        const auto right = Right::template Evaluate<T>(node, 1);
-        return Formula::template Of<T>(Left::template Read<T>(left), Right::template Read<T>(right));
-    }
-};

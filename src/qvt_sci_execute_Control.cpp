@@ -65,12 +65,12 @@ static bool ChooseComparison(Node* condition, Use use)
                 found = false;
             } else {
                 switch (condition->o.opr) {
-                case '<': return use(Comparison<Less, T, Left, Right>());
-                case '>': return use(Comparison<Greater, T, Left, Right>());
-                case LE: return use(Comparison<LessOrEqual, T, Left, Right>());
-                case GE: return use(Comparison<GreaterOrEqual, T, Left, Right>());
-                case EQ: return use(Comparison<Equal, T, Left, Right>());
-                case NE: return use(Comparison<Unequal, T, Left, Right>());
+                case '<': return use(LeftFirst<Less, T, Left, Right>());
+                case '>': return use(LeftFirst<Greater, T, Left, Right>());
+                case LE: return use(LeftFirst<LessOrEqual, T, Left, Right>());
+                case GE: return use(LeftFirst<GreaterOrEqual, T, Left, Right>());
+                case EQ: return use(LeftFirst<Equal, T, Left, Right>());
+                case NE: return use(LeftFirst<Unequal, T, Left, Right>());
                 default: found = false;
                 }
             }
@@ -194,20 +194,11 @@ static void SelectFor(Node* node)
 // ---------------------------------------------------------------------------------------------------------------------
 // Jumps
 
-static Flow RunBreak(Node*)
-{
-    return FLOW_BREAK;
-}
+static Flow RunBreak(Node*) { return FLOW_BREAK; }
 
-static Flow RunContinue(Node*)
-{
-    return FLOW_CONTINUE;
-}
+static Flow RunContinue(Node*) { return FLOW_CONTINUE; }
 
-static Flow RunReturn(Node*)
-{
-    return FLOW_RETURN;
-}
+static Flow RunReturn(Node*) { return FLOW_RETURN; }
 
 // The result takes as many bytes as its type has; the others keep what they hold.
 template <class T, class Operand>
@@ -223,15 +214,9 @@ static void SelectReturnValue(Node* node)
     ChooseFetch<T>(node, 0, nullptr, [node](auto operand) { AttachRun(node, RunReturnValue<T, decltype(operand)>); });
 }
 
-static void SelectBreak(Node* node)
-{
-    AttachRun(node, RunBreak);
-}
+static void SelectBreak(Node* node) { AttachRun(node, RunBreak); }
 
-static void SelectContinue(Node* node)
-{
-    AttachRun(node, RunContinue);
-}
+static void SelectContinue(Node* node) { AttachRun(node, RunContinue); }
 
 static void SelectReturn(Node* node)   // exRETURN_
 {
@@ -256,15 +241,13 @@ static Flow RunStatic(Node* node)
     return node->o.op[0]->run(node->o.op[0]);
 }
 
-static void SelectStatic(Node* node)
-{
-    AttachRun(node, RunStatic);
-}
+static void SelectStatic(Node* node) { AttachRun(node, RunStatic); }
 
 std::span<const PlainRow> ControlOperators()
 {
     // ORDER OPERATORS
     static constexpr PlainRow rows[] = {
+        // clang-format off
         {';',      SelectSequence},
         {STATIC,   SelectStatic  },
         {BREAK,    SelectBreak   },
@@ -273,6 +256,7 @@ std::span<const PlainRow> ControlOperators()
         {FOR,      SelectFor     },
         {WHILE,    SelectWhile   },
         {IF,       SelectIf      },
+        // clang-format on
     };
     return rows;
 }

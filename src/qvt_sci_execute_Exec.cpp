@@ -117,14 +117,14 @@ struct FunctionCall {
 // ---------------------------------------------------------------------------------------------------------------------
 // iqsort(n, order, name)
 
-static Symbol* iqsortFunction = nullptr;   // of the iqsort under way
+static Symbol* comparison = nullptr;   // of the sort under way
 
 static int qvt_sci_iqsort_compare(const void* i, const void* j)
 {
-    Symbol* const* formals = iqsortFunction->func.args;
+    Symbol* const* formals = comparison->func.args;
     formals[0]->addr = const_cast<void*>(i);
     formals[1]->addr = const_cast<void*>(j);
-    funcCall(iqsortFunction);
+    funcCall(comparison);
     return returnValue.i;
 }
 
@@ -133,6 +133,16 @@ static bool ComparesInts(const Symbol* function)
     return function && function->symbolType == FUNCTION_SYMBOL && function->dataType == INT_TYPE &&
            function->func.body && function->func.nArgs == 2 && function->func.args[0]->dataType == INT_TYPE &&
            function->func.args[1]->dataType == INT_TYPE;
+}
+
+bool SortByFunction(int* order, int n, Symbol* compare)
+{
+    if (!ComparesInts(compare)) return false;
+    Symbol* const outer = comparison;
+    comparison = compare;
+    if (n > 1) std::qsort(order, size_t(n), sizeof(int), qvt_sci_iqsort_compare);
+    comparison = outer;
+    return true;
 }
 
 // No more elements are touched than the array has.
@@ -147,12 +157,7 @@ struct Iqsort {
         for (int i = 0; i < n; ++i) order[i] = i;
         Symbol* const function = FindNamed(ops[2], ops[3]);
         currentNode = node;
-        if (!ComparesInts(function)) return 1;
-        Symbol* const outer = iqsortFunction;
-        iqsortFunction = function;
-        if (n > 1) std::qsort(order, size_t(n), sizeof(int), qvt_sci_iqsort_compare);
-        iqsortFunction = outer;
-        return 0;
+        return SortByFunction(order, n, function) ? 0 : 1;
     }
 };
 
@@ -167,6 +172,7 @@ std::span<const PlainRow> ExecOperators()
 {
     // ORDER OPERATORS
     static constexpr PlainRow rows[] = {
+        // clang-format off
         {RESIZE,   SelectResize                          },
         {EXEC,     AttachStatement<Exec>                 },
         {FUNCADDR, Attach<FunctionAddress>               },
@@ -179,6 +185,7 @@ std::span<const PlainRow> ExecOperators()
         {SCANF,    AttachStatement<Library<RunPrintScan>>},
         {FSCANF,   AttachStatement<Library<RunPrintScan>>},
         {SSCANF,   AttachStatement<Library<RunPrintScan>>},
+        // clang-format on
     };
     return rows;
 }

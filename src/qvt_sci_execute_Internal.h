@@ -232,6 +232,9 @@ struct Nested {
     }
 };
 
+/// Operators that do nothing but compute from their operands. All of them evaluate the first operand before they do
+/// anything else, but for a divisor.
+bool OnlyReads(int opr);
 /// May evaluating this node change a variable or the memory of an array? Looks a few levels deep and else says yes.
 bool MayWrite(const Node* node);
 /// Is operand k what the policies Element and Nested take?
@@ -265,6 +268,17 @@ void ChooseFastFetch(Node* node, int k, const Node* meanwhile, Use use)
     }
     ChooseFetch<T>(node, k, meanwhile, use);
 }
+
+/// The evaluator of most operators: left, then right, then the formula.
+template <class Formula, class T, class Left, class Right>
+struct LeftFirst {
+    static auto Get(Node* node)
+    {
+        const auto left = Left::template Evaluate<T>(node, 0);
+        const auto right = Right::template Evaluate<T>(node, 1);
+        return Formula::template Of<T>(Left::template Read<T>(left), Right::template Read<T>(right));
+    }
+};
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Attaching evaluators
@@ -329,6 +343,21 @@ void AttachStatement(Node* node)
 
 /// Makes `run` the node's evaluator: a statement, which has no value.
 void AttachRun(Node* node, Flow (*run)(Node*));
+
+/// Makes Reader<T>::Get, T being the node's type, what hands its value over. Pointers are read through ex, void has no
+/// value.
+template <template <class> class Reader>
+void AttachReader(Node* node)
+{
+    switch (node->dataType) {
+    case CHAR_TYPE: node->get.c = Reader<signed char>::Get; break;
+    case INT_TYPE: node->get.i = Reader<int>::Get; break;
+    case FLOAT_TYPE: node->get.f = Reader<float>::Get; break;
+    case DOUBLE_TYPE: node->get.d = Reader<double>::Get; break;
+    case PTR_TYPE: node->get.p = PointerOf; break;
+    default: break;
+    }
+}
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Tables of evaluators

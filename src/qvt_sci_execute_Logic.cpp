@@ -12,7 +12,7 @@ static void SelectComparison(Node* node)
 {
     ChooseFetch<T>(node, 0, node->o.ops[1], [node](auto left) {
         ChooseFetch<T>(node, 1, nullptr,
-                       [node](auto right) { Attach<Comparison<Formula, T, decltype(left), decltype(right)>>(node); });
+                       [node](auto right) { Attach<LeftFirst<Formula, T, decltype(left), decltype(right)>>(node); });
     });
 }
 
@@ -131,10 +131,23 @@ struct CastOf {
     }
 };
 
+// `2 * x`: a constant is converted once and read in place from then on. Its address, for a function that it is passed
+// to, stays the cast's own slot, which is set anew each time.
+template <class To, class From>
+static void KeepConverted(Node* cast)
+{
+    Node* const constant = cast->o.op[0];
+    LeafPart& leaf = constant->leaf;
+    TypeOf<To>::In(leaf.converted) = Convert<To>(Slot<From>(constant));
+    leaf.convertedAt = &leaf.converted;
+    cast->place = &leaf.convertedAt;
+}
+
 template <class To, class From>
 static void SelectConversion(Node* node)
 {
     ChooseFetch<From>(node, 0, nullptr, [node](auto operand) { Attach<CastOf<To, From, decltype(operand)>>(node); });
+    if (node->o.op[0]->type == CONST) KeepConverted<To, From>(node);
 }
 
 template <class To>
@@ -166,6 +179,7 @@ std::span<const FamilyRow> ComparisonFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
+        // clang-format off
         {'!', INT_ONLY(SelectOpposite,    Not)           },
         {'<', ALL_TYPES(SelectComparison, Less)          },
         {'>', ALL_TYPES(SelectComparison, Greater)       },
@@ -176,6 +190,7 @@ std::span<const FamilyRow> ComparisonFamilies()
         {LE,  ALL_TYPES(SelectComparison, LessOrEqual)   },
         {EQ,  ALL_TYPES(SelectComparison, Equal)         },
         {NE,  ALL_TYPES(SelectComparison, Unequal)       },
+        // clang-format on
     };
     return rows;
 }
@@ -183,8 +198,10 @@ std::span<const FamilyRow> ComparisonFamilies()
 std::span<const PlainRow> ConversionOperators()
 {
     static constexpr PlainRow rows[] = {
+        // clang-format off
         {CAST,    SelectCast },
         {NONZERO, SelectTruth}
+        // clang-format on
     };
     return rows;
 }

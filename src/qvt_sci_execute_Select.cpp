@@ -13,15 +13,9 @@ int qvt_sci_on_div_by_zero = 1;
 // ---------------------------------------------------------------------------------------------------------------------
 // Leaves
 
-static void* NoAddress(Node*)
-{
-    return nullptr;
-}
+static void* NoAddress(Node*) { return nullptr; }
 
-static Flow DoNothing(Node*)
-{
-    return FLOW_NEXT;
-}
+static Flow DoNothing(Node*) { return FLOW_NEXT; }
 
 // exDUMMY_
 Node dummyNode = {DUMMY, VOID_TYPE, -1, NoAddress, {}, DoNothing, nullptr, {}, {}};
@@ -39,30 +33,19 @@ void AttachRun(Node* node, Flow (*run)(Node*))
 }
 
 // A leaf is read through its place.
-static void* AddressInPlace(Node* node)
-{
-    return *node->place;
-}
+static void* AddressInPlace(Node* node) { return *node->place; }
 
 template <class T>
-static T ReadInPlace(Node* node)
-{
-    return *static_cast<T*>(*node->place);
-}
+struct ReadInPlace {
+    static T Get(Node* node) { return *static_cast<T*>(*node->place); }
+};
 
 static void SelectLeaf(Node* node, void** place)
 {
     node->place = place;
     node->ex = AddressInPlace;
     node->run = DoNothing;
-    switch (node->dataType) {
-    case CHAR_TYPE: node->get.c = ReadInPlace<signed char>; break;
-    case INT_TYPE: node->get.i = ReadInPlace<int>; break;
-    case FLOAT_TYPE: node->get.f = ReadInPlace<float>; break;
-    case DOUBLE_TYPE: node->get.d = ReadInPlace<double>; break;
-    case PTR_TYPE: node->get.p = PointerOf; break;
-    default: break;   // a variable of type void has no value
-    }
+    AttachReader<ReadInPlace>(node);
 }
 
 static void SelectConstant(Node* node)   // exConc and its like, exFUNCP_
@@ -78,37 +61,29 @@ static void SelectVariable(Node* node)   // exVar
     SelectLeaf(node, &symbol->addr);
 }
 
-static void* ArrayAddress(Node* node)
-{
-    return node->value.symbol->addr;
-}
+static void* ArrayAddress(Node* node) { return node->value.symbol->addr; }
 
 // As a number an array is its first element, and 0 as long as it has none.
 template <class T>
-static T FirstElement(Node* node)
-{
-    const T* first = static_cast<const T*>(node->value.symbol->addr);
-    return first ? *first : T(0);
-}
+struct FirstElement {
+    static T Get(Node* node)
+    {
+        const T* first = static_cast<const T*>(node->value.symbol->addr);
+        return first ? *first : T(0);
+    }
+};
 
 static void SelectArray(Node* node)   // exArr
 {
     node->ex = ArrayAddress;
     node->run = DoNothing;
-    switch (node->dataType) {
-    case CHAR_TYPE: node->get.c = FirstElement<signed char>; break;
-    case INT_TYPE: node->get.i = FirstElement<int>; break;
-    case FLOAT_TYPE: node->get.f = FirstElement<float>; break;
-    case DOUBLE_TYPE: node->get.d = FirstElement<double>; break;
-    case PTR_TYPE: node->get.p = PointerOf; break;
-    default: break;
-    }
+    AttachReader<FirstElement>(node);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Kinds of operands
 
-static bool ReadsOnly(int opr)
+bool OnlyReads(int opr)
 {
     switch (opr) {
     case '+':
@@ -116,8 +91,11 @@ static bool ReadsOnly(int opr)
     case '*':
     case '/':
     case '%':
+    case '.':
+    case '^':
     case '<':
     case '>':
+    case '?':
     case '!':
     case LE:
     case GE:
@@ -142,7 +120,7 @@ static bool MayWriteWithin(const Node* node, int levels)
     case SUBARRAY:
         return levels == 0 || MayWriteWithin(node->sub.index, levels - 1) || MayWriteWithin(node->sub.base, levels - 1);
     case OPERATOR:
-        if (levels == 0 || !ReadsOnly(node->o.opr)) return true;
+        if (levels == 0 || !OnlyReads(node->o.opr)) return true;
         for (int i = 0; i < node->o.nOps; ++i) {
             if (MayWriteWithin(node->o.ops[i], levels - 1)) return true;
         }

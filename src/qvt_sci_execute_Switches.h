@@ -37,10 +37,7 @@ inline void CheckRoom(const Node* array, const void* address, int64_t elements)
 }
 
 /// Leaves the run if the namespace declares anything extern that nobody has bound.
-inline void CheckBound(const Namespace* ns)
-{
-    LeaveRunIf(SymtabNumUnboundExtern(ns->symtab) > 0);
-}
+inline void CheckBound(const Namespace* ns) { LeaveRunIf(SymtabNumUnboundExtern(ns->symtab) > 0); }
 
 /// Memory for an array that is about to grow or shrink; the old block stays where it is.
 inline void* MovedMemory(void* old, size_t oldBytes, size_t newBytes)
@@ -56,10 +53,7 @@ inline void FreeMoved(void* old)
     if (old) QVT_SCI_CHECK(qvt_sci_fuzz.memory.Push(old));
 }
 
-inline void DestroyNamespace(Namespace* ns)
-{
-    QVT_SCI_CHECK(qvt_sci_fuzz.namespaces.Push(ns));
-}
+inline void DestroyNamespace(Namespace* ns) { QVT_SCI_CHECK(qvt_sci_fuzz.namespaces.Push(ns)); }
 
 #else
 
@@ -67,19 +61,10 @@ inline void CountSteps(long) {}
 inline void CheckRoom(const Node*, const void*, int64_t) {}
 inline void CheckBound(const Namespace*) {}
 
-inline void* MovedMemory(void* old, size_t, size_t newBytes)
-{
-    return std::realloc(old, newBytes);
-}
+inline void* MovedMemory(void* old, size_t, size_t newBytes) { return std::realloc(old, newBytes); }
 
-inline void FreeMoved(void* old)
-{
-    std::free(old);
-}
+inline void FreeMoved(void* old) { std::free(old); }
 
-inline void DestroyNamespace(Namespace* ns)
-{
-    qvt_sci_NamespaceDestroy(ns);
-}
+inline void DestroyNamespace(Namespace* ns) { qvt_sci_NamespaceDestroy(ns); }
 
 #endif

@@ -54,10 +54,7 @@ struct Operands {
 };
 
 // The position behind i in a vector of that length, from the start again at its end.
-static int Behind(int i, int length)
-{
-    return i + 1 == length ? 0 : i + 1;
-}
+static int Behind(int i, int length) { return i + 1 == length ? 0 : i + 1; }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Attaching
@@ -283,6 +280,7 @@ std::span<const FamilyRow> VectorFamilies()
 {
     // ORDER OPERATORS
     static constexpr FamilyRow rows[] = {
+        // clang-format off
         {'*',  NUMBERS(SelectCombineVectors, Times)},
         {'+',  NUMBERS(SelectCombineVectors, Plus) },
         {'-',  NUMBERS(SelectCombineVectors, Minus)},
@@ -295,6 +293,7 @@ std::span<const FamilyRow> VectorFamilies()
         {SUB,  NUMBERS(SelectAssignVector,   Minus)},
         {MULT, NUMBERS(SelectAssignVector,   Times)},
         {DIV,  NUMBERS(SelectAssignVector,   Over) },
+        // clang-format on
     };
     return rows;
 }

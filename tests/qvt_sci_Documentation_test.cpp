@@ -8,8 +8,7 @@
 #include <filesystem>
 #include <map>
 
-namespace
-{
+namespace {
 struct Block {
     int line;
     std::string kind;   // what stands behind the opening marks; "#" for a heading between blocks
@@ -62,8 +61,7 @@ void GetAttribute(const char*, const char* name, char* value)
     std::snprintf(value, room, "%s", text.c_str());
 }
 
-class qvt_sci_Documentation : public testing::Test
-{
+class qvt_sci_Documentation : public testing::Test {
 protected:
     void SetUp() override
     {
@@ -116,4 +114,23 @@ TEST_F(qvt_sci_Documentation, ExamplesPrintWhatItSays)
         ++compared;
     }
     EXPECT_GT(compared, 12);
+}
+
+TEST_F(qvt_sci_Documentation, NamesAllThatIsPredefined)
+{
+    std::ostringstream text;
+    text << std::ifstream(KORVO_SOURCE_DIR "/docs/formula-language.md").rdbuf();
+    Namespace* const own = qvt_sci_NamespaceGetCurrent();
+    Namespace* root = own;
+    while (qvt_sci_NamespaceParent(root)) root = qvt_sci_NamespaceParent(root);
+    qvt_sci_NamespaceSwitchTo(root);
+    int names = 0;
+    for (; const Symbol* symbol = qvt_sci_NextSymbol(); ++names) {
+        const std::string name = std::string("`") + qvt_sci_SymbolName(symbol);
+        EXPECT_TRUE(text.str().find(name + "`") != std::string::npos ||
+                    text.str().find(name + "(") != std::string::npos)
+            << name;
+    }
+    EXPECT_GT(names, 60);
+    qvt_sci_NamespaceSwitchTo(own);
 }

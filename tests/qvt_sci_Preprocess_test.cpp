@@ -2,8 +2,7 @@
 
 #include <map>
 
-namespace
-{
+namespace {
 std::map<std::string, std::string> files;   // what #include finds, by path
 
 FILE* OpenFromMap(const char* path, const char*)
@@ -16,8 +15,7 @@ FILE* OpenFromMap(const char* path, const char*)
     return file;
 }
 
-class qvt_sci_Preprocess_ : public qvt_sci_Fixture
-{
+class qvt_sci_Preprocess_ : public qvt_sci_Fixture {
 protected:
     void SetUp() override
     {
@@ -50,6 +48,7 @@ TEST_F(qvt_sci_Preprocess_, DefineReplacesWholeWordsDownToTheNextDefinition)
     const struct {
         const char *why, *text, *expanded;
     } cases[] = {
+        // clang-format off
         {"whole words alone",                      "#define A 12\nx = A1 + A_ + A;\n",     "//_DEF_ A 12\nx = A1 + A_ + 12;\n"  },
         {"a short value is filled up with blanks", "#define LENGTH 3\nLENGTH;\n",          "//_DEF_ LENGTH 3\n3     ;\n"        },
         {"redefined below",                        "#define X 5\nX\n#define X 6\nX\n",     "//_DEF_ X 5\n5\n//_DEF_ X 6\n6\n"   },
@@ -64,6 +63,7 @@ TEST_F(qvt_sci_Preprocess_, DefineReplacesWholeWordsDownToTheNextDefinition)
         {"a value that holds its key",             "#define a a+a\na a\n",                 "//_DEF_ a a+a\na+a a+a\n"           },
         {"not at the line's begin: no directive",  " #define X 1\nX\n",                    " #define X 1\nX\n"                  },
         {"at the very end of the text",            "#define X 1\nX",                       "//_DEF_ X 1\n1"                     },
+        // clang-format on
     };
     for (const auto& c : cases) EXPECT_EQ(Expand(c.text), c.expanded) << c.why;
 }
@@ -81,6 +81,7 @@ TEST_F(qvt_sci_Preprocess_, IncludePutsAFileInPlaceOfItsName)
     const struct {
         const char *why, *text, *expanded;
     } cases[] = {
+        // clang-format off
         {"the rest of the line stays behind the file", "x\n#include \"a\" y\nz\n",         "x\nint a;\n y\nz\n"           },
         {"at the very start",                          "#include \"a\"\n",                 "int a;\n\n"                   },
         {"from within a file",                         "#include \"b\"\n",                 "int b;\nint a;\n\nint b2;\n"  },
@@ -88,6 +89,7 @@ TEST_F(qvt_sci_Preprocess_, IncludePutsAFileInPlaceOfItsName)
         {"not even from itself",                       "#include \"self\"\n",              "int s;\n//_ignr_ \"self\"\n\n"},
         {"through the include paths",                  "#include \"c\"\n",                 "int c;\n\n"                   },
         {"defined text is included as well",           "#define a 1\n#include \"a\"\n",    "//_DEF_ a 1\nint 1;\n\n"      },
+        // clang-format on
     };
     for (const auto& c : cases) EXPECT_EQ(Expand(c.text), c.expanded) << c.why;
 }
@@ -101,6 +103,7 @@ TEST_F(qvt_sci_Preprocess_, SaysWhatIsWrongWithADirective)
         const char* text;
         std::string messages;
     } cases[] = {
+        // clang-format off
         {"#include \"a\"",            "#include: no end of line found\nline: #include \"a\"\ninvalid #include!\n"              },
         {"x\n#include <a>\n",         "no quoted filename after #include\nline: #include <a>\ninvalid #include!\n"             },
         {"#include \"a\n",            "ending quote missing in #include statement\nline: #include \"a\ninvalid #include!\n"    },
@@ -111,6 +114,7 @@ TEST_F(qvt_sci_Preprocess_, SaysWhatIsWrongWithADirective)
         {"x\n#define\ny\n",           "line: #define\nincomplete define!\n"                                                    },
         {"#define A 1",               "line: #define A 1\nincomplete define!\n"                                                },
         {"#define A A\nx\n",          "line: #define A A\ninvalid define: value must not be identical to key!\n"               },
+        // clang-format on
     };
     for (const auto& c : cases) EXPECT_EQ(Expand(c.text), c.messages) << c.text;
     const std::string longLine = "#include \"" + name + "\"";
@@ -152,12 +156,14 @@ TEST_F(qvt_sci_Preprocess_, ReplacementFindsWhatItHasItselfCompleted)
         const char *text, *from, *to, *result;
         int count;
     } cases[] = {
+        // clang-format off
         {"a.b.c", ".",   "--",  "a--b--c", 2},
         {"aabb",  "ab",  "",    "",        2},
         {"xyxyz", "xyz", "z",   "z",       2},
         {"abc",   "b",   "abc", "abc",     0}, // would never end
         {"abc",   "",    "x",   "abc",     0},
         {"aaa",   "aa",  "b",   "ba",      1},
+        // clang-format on
     };
     for (const auto& c : cases) {
         char* text = strdup(c.text);
@@ -178,4 +184,17 @@ TEST_F(qvt_sci_Preprocess_, IsNotDoneForOpenFiles)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "ignoring preprocessor directive #define A 1\n");
     EXPECT_EQ(Messages(), "line 3: in 'int b[A]'\nline 3, before ']': symbol 'A' not declared\n1 errors\n");
     std::fclose(file);
+}
+
+TEST_F(qvt_sci_Preprocess_, ReportsListTheLinesAroundTheErrorButNoProtectedSource)
+{
+    EXPECT_EQ(Parse(Repeated("//\n", 40) + "$\n" + Repeated("//\n", 40)), 1);
+    const std::string report = Messages();
+    EXPECT_EQ(report.find("     12:  //\n     13:  //\n"), 0u) << "from 29 lines before";
+    EXPECT_NE(report.find("X    41:  $\n"), std::string::npos);
+    EXPECT_NE(report.find("     46:  //\n\nline 41, after '': invalid character\n"), std::string::npos) << "5 behind";
+
+    EXPECT_EQ(Parse("int a;\n//ENC-START\nint secret;\n//ENC-END\nint b = c;\n"), 1);
+    EXPECT_EQ(Messages(), "      1:  int a;\n      2...hiding encrypted code...\nX     5:  int b = c;\n\n"
+                          "line 5: in 'int b = c;'\nline 5, before ';': symbol 'c' not declared\n1 errors\n");
 }

@@ -2,8 +2,7 @@
 
 using qvt_sci_Print_ = qvt_sci_Fixture;
 
-namespace
-{
+namespace {
 // Names that the bodies below may use.
 const char* const names =
     "int i, j, n; char c; double x, y, a[3], b[3], m[2][3]; FILE* f; double g(double p, double q) { return p; }"
@@ -15,11 +14,12 @@ TEST_F(qvt_sci_Print_, CodeReadsLikeTheSource)
     const struct {
         const char *source, *code;
     } cases[] = {
+        // clang-format off
         {"x = 1 + 2 * x - y / 3;",        "x = ((1 + 2 * x) - y / 3)"         },
         {"x = -x ** 2 ** 3;",             "x = ((-x ** 2) ** 3)"              },
         {"i = !i || i % 2 && i >= 1;",    "i = !i || i % 2 && i >= 1"         },
         {"i = x > y; i = x == y;",        "i = x > y;\ni = x == y;\n"         },
-        {"a = a ^ b; x = a . b;",         "a = (a ^ b);\nx = a . b;\n"        },
+        {"a = a ^ b; x = a . b;",         "a = (a ^ b);\nx = (a . b);\n"      },
         {"x = |a|;",                      "x = |a|"                           },
         {"x += 1; x -= 1;",               "x += 1;\nx -= 1;\n"                },
         {"x *= 2; x /= 2;",               "x *= 2;\nx /= 2;\n"                },
@@ -44,6 +44,7 @@ TEST_F(qvt_sci_Print_, CodeReadsLikeTheSource)
         {"i ? x : y;",                    "?(i, x, y)"                        }, // conditional expressions have no template,
         {"static int k = 3; ;",           "?(k = 3);\n;\n"                    }, // nor have initialisers that run once
         {"double t[n]; t[0] = 1;",        "t[0] = 1;\n"                       }, // allocation has no source
+        // clang-format on
     };
     for (const auto& c : cases) {
         ASSERT_EQ(Parse(names + std::string("void main() {") + c.source + "}"), 0) << Messages();
@@ -90,6 +91,7 @@ TEST_F(qvt_sci_Print_, ExpressionsHaveTheTypeAndShapeOfTheirOperands)
         const char* expression;
         int dataType, isVector, size;
     } cases[] = {
+        // clang-format off
         {"'a' + 'b'",                CHAR_TYPE,   0, 1},
         {"'a' + 1",                  INT_TYPE,    0, 1},
         {"1 + 2.0",                  DOUBLE_TYPE, 0, 1},
@@ -113,6 +115,7 @@ TEST_F(qvt_sci_Print_, ExpressionsHaveTheTypeAndShapeOfTheirOperands)
         {"g(1, 2)",                  DOUBLE_TYPE, 0, 1},
         {"func_addr(\"g\")",         PTR_TYPE,    0, 1},
         {"(int) f",                  PTR_TYPE,    0, 1},
+        // clang-format on
     };
     for (const auto& c : cases) {
         ASSERT_EQ(Parse(names + std::string("void main() {") + c.expression + ";}"), 0) << c.expression << Messages();
@@ -136,4 +139,23 @@ TEST_F(qvt_sci_Print_, TheCodeOfTheRunIsCutToTheBuffer)
     qvt_sci_DeleteAll();
     qvt_sci_GetCurrentCode(buffer, sizeof buffer);
     EXPECT_STREQ(buffer, "") << "code that is gone";
+}
+
+TEST_F(qvt_sci_Print_, TextsEndWithTheirArrays)
+{
+    ASSERT_EQ(Parse("void f() { char my0const_char_[0] = \"a\"; resize(\"abc\", 2); resize(\"abc\", 0); }"), 0);
+    Symbol* f = qvt_sci_FuncPtr("f");
+    qvt_sci_Execute(f);
+    qvt_sci_PrintFunctionCode(f);
+    EXPECT_EQ(Messages(), "my0const_char_ = \"a\";\nresize(\"ab\", 2);\nresize(\"\", 0);\n");
+    qvt_sci_PrintFunctionTree(f);
+    EXPECT_NE(Messages().find("CONST STRING 'ab'"), std::string::npos);
+}
+
+TEST_F(qvt_sci_Print_, LongChainsNeedNoDeepStack)
+{
+    constexpr int MANY = 300000;   // one frame of 32 bytes for each would be more than the stack holds
+    ASSERT_EQ(Parse("double f() { return 0.0" + Repeated("+1", MANY) + ";" + Repeated("1;", MANY) + " }"), 0);
+    qvt_sci_PrintFunctionCode(qvt_sci_FuncPtr("f"));
+    EXPECT_EQ(Messages().find("return((((("), 0u);
 }

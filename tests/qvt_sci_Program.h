@@ -15,6 +15,10 @@
 //     @exit n            the process ends with status n (the case then runs in a child process); "ignored" as above
 //     @abort             the process is aborted (likewise)
 // Text without a function main becomes the body of one. Empty lines at its end do not count. Output is compared whole.
+//
+// A program that does not parse is a case in one line; " ... " stands between parts of the messages:
+//
+//     ? int a; a = +a;  => unknown operator type
 
 #pragma once
 
@@ -26,6 +30,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -39,6 +44,23 @@ struct ProgramCase {
     std::string ending;   // "signal 8", "signal 8 ignored", "exit 1", "abort", or empty
 };
 
+/// A case in one line.
+inline ProgramCase ReadErrorCase(const std::string& line)
+{
+    static const std::string arrow = " => ", gap = " ... ";
+    const size_t end = line.rfind(arrow);
+    if (end == std::string::npos) throw std::runtime_error("no message in: " + line);
+    ProgramCase c;
+    c.text = line.substr(2, line.find_last_not_of(' ', end) - 1) + "\n";
+    c.name = "does not parse: " + c.text;
+    for (size_t from = end + arrow.size(); from != std::string::npos;) {
+        const size_t next = line.find(gap, from);
+        c.messages.push_back(line.substr(from, next - from));
+        from = next == std::string::npos ? next : next + gap.size();
+    }
+    return c;
+}
+
 inline std::vector<ProgramCase> ReadProgramCases(const std::string& path)
 {
     std::vector<ProgramCase> cases;
@@ -49,6 +71,11 @@ inline std::vector<ProgramCase> ReadProgramCases(const std::string& path)
             cases.emplace_back();
             cases.back().where = path + ":" + std::to_string(number);
             cases.back().name = line.substr(line.find_first_not_of("= "));
+            continue;
+        }
+        if (line.rfind("? ", 0) == 0) {
+            cases.push_back(ReadErrorCase(line));
+            cases.back().where = path + ":" + std::to_string(number);
             continue;
         }
         if (cases.empty()) continue;
@@ -85,8 +112,7 @@ struct ProgramRecord {
 
 inline ProgramRecord* programRecord;
 
-namespace program_hooks
-{
+namespace program_hooks {
 inline int Append(std::string& text, int copy, const char* format, va_list arguments)
 {
     va_list again;

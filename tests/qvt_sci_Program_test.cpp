@@ -7,8 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace
-{
+namespace {
 std::vector<std::string> ProgramFiles()
 {
     std::vector<std::string> names;
@@ -19,8 +18,7 @@ std::vector<std::string> ProgramFiles()
 }
 
 // Programs that write files do so in a directory that lives as long as the test.
-class qvt_sci_Program : public testing::TestWithParam<std::string>
-{
+class qvt_sci_Program : public testing::TestWithParam<std::string> {
 protected:
     void SetUp() override
     {

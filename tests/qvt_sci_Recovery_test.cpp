@@ -7,10 +7,8 @@
 
 #include <cctype>
 #include <filesystem>
-#include <malloc.h>
 
-namespace
-{
+namespace {
 /// Source cut into tokens, roughly: what stands between two cuts belongs together.
 std::vector<std::string> Tokens(const std::string& text)
 {
@@ -68,18 +66,11 @@ std::vector<std::string> Programs()
     return programs;
 }
 
-int Silent(const char*, ...)
-{
-    return 0;
-}
-FILE* NoFile(const char*, const char*)
-{
-    return nullptr;
-}
+int Silent(const char*, ...) { return 0; }
+FILE* NoFile(const char*, const char*) { return nullptr; }
 }   // namespace
 
-class qvt_sci_Recovery : public qvt_sci_Fixture
-{
+class qvt_sci_Recovery : public qvt_sci_Fixture {
 protected:
     void SetUp() override
     {
@@ -128,42 +119,6 @@ TEST_F(qvt_sci_Recovery, TheNextParseWorksAfterAnErrorAtAnyTokenAndNothingLeaks)
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Size
-
-namespace
-{
-std::string Repeated(const std::string& piece, int count)
-{
-    std::string text;
-    text.reserve(piece.size() * size_t(count));
-    for (int i = 0; i < count; ++i) text += piece;
-    return text;
-}
-}   // namespace
-
-TEST_F(qvt_sci_Recovery, LongChainsDoNotExhaustTheStack)
-{
-    static constexpr int MANY = 300000;   // one frame of 32 bytes for each would be more than the stack holds
-    const struct {
-        const char *why, *begin, *link, *end;
-        double value;
-    } cases[] = {
-        {"statements",          "double f() { double x; x = 0; ",                        "x = x + 1;", " return x; }",     MANY    },
-        {"sums",                "double f() { return 0.0",                               "+1",         "; }",              MANY    },
-        {"differences of ints", "double f() { return 0",                                 "-1",         "; }",              -MANY   },
-        {"logic",               "int t = 1; double f() { return 1",                      "&&t",        "; }",              1       },
-        {"choices",             "double f() { return 1",                                 "?1:0",       "; }",              1       },
-        {"vectors",             "double a[2] = {1, 2}; double f() { double b[2]; b = a", "+a",         "; return b[0]; }", MANY + 1},
-        {"empty statements",    "double f() { ",                                         ";",          " return 2; }",     2       },
-    };
-    for (const auto& c : cases) {
-        ASSERT_EQ(Parse(c.begin + Repeated(c.link, MANY) + c.end), 0) << c.why << Messages();
-        qvt_sci_InitAll();
-        EXPECT_EQ(Value("f"), c.value) << c.why;
-        qvt_sci_PrintFunctionCode(qvt_sci_FuncPtr("f"));
-        Messages();
-        qvt_sci_DeleteAll();
-    }
-}
 
 TEST_F(qvt_sci_Recovery, WhatNestsTooDeepIsRefused)
 {

@@ -22,6 +22,7 @@ static int CountSymbols()
 TEST(qvt_sci_next_prime, IsTheSmallestPrimeAbove)
 {
     const int cases[][2] = {
+        // clang-format off
         {-5,  2  },
         {0,   2  },
         {1,   2  },
@@ -32,6 +33,7 @@ TEST(qvt_sci_next_prime, IsTheSmallestPrimeAbove)
         {23,  29 },
         {48,  53 },
         {120, 127}
+        // clang-format on
     };
     for (const auto& c : cases) EXPECT_EQ(next_prime(c[0]), c[1]) << c[0];
 }
@@ -105,10 +107,12 @@ TEST_F(qvt_sci_Symbols_, SayWhatTheyAre)
         const char *name, *type, *dataType;
         int referenced;
     } cases[] = {
+        // clang-format off
         {"x", "var",  "double", 1},
         {"s", "arr",  "char",   0},
         {"f", "var",  "ptr",    0},
         {"g", "func", "void",   0}
+        // clang-format on
     };
     for (const auto& c : cases) {
         const Symbol* symbol = qvt_sci_NextSymbol();
@@ -227,6 +231,10 @@ TEST_F(qvt_sci_Symbols_, CanBeRedefinedIfTheHostAllowsIt)
     double x = 4;
     EXPECT_EQ(qvt_sci_AsDouble(qvt_sci_Call(f, &x)), 8);
     EXPECT_EQ(qvt_sci_Symbol("v")->arr.dims[0], 2) << "an array keeps its old dimensions";
+    ASSERT_EQ(Parse("int n = 3, w[n]; int v[n]; int w[n + 1]; int w[2];"), 0);
+    qvt_sci_InitAll();
+    EXPECT_EQ(qvt_sci_Symbol("v")->arr.dims[0], 2) << "even against one that is computed";
+    EXPECT_EQ(qvt_sci_Symbol("w")->arr.dims[0], 3);
     EXPECT_EQ(Parse("double a;"), 1);
     EXPECT_NE(Messages().find("symbol 'a' already used with differing declaration"), std::string::npos);
     EXPECT_EQ(Parse("int v[2][2];"), 1);

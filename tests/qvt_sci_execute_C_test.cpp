@@ -13,10 +13,8 @@
 #include <fstream>
 #include <random>
 
-namespace
-{
-class Generator
-{
+namespace {
+class Generator {
 public:
     explicit Generator(unsigned seed) : _random(seed) {}
 

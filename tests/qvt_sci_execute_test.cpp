@@ -1,23 +1,13 @@
 // The execution engine as a host meets it: natives, limits, runs left by a jump, switches read when code is compiled,
 // trees of any depth. What programs print is in tests/data/qvt_sci/execute_*.qvt.
 
-#include "qvt_sci_Internal.h"
+#include "qvt_sci_Fixture.h"
 #include "qvt_sci_Program.h"
-
-#include <gtest/gtest.h>
 
 #include <csignal>
 #include <utility>
 
-namespace
-{
-std::string Repeated(const std::string& text, int count)
-{
-    std::string all;
-    for (int i = 0; i < count; ++i) all += text;
-    return all;
-}
-
+namespace {
 // What a program prints; its messages must be the given ones.
 std::string OutputOf(const std::string& program, const std::string& messages = "")
 {
@@ -27,52 +17,20 @@ std::string OutputOf(const std::string& program, const std::string& messages = "
     return record.output;
 }
 
-// A namespace with a parsed text that is active for a test.
-class qvt_sci_execute : public testing::Test
-{
+class qvt_sci_execute : public qvt_sci_Fixture {
 protected:
-    void SetUp() override
-    {
-        qvt_sci_NamespaceGetCurrent();
-        _own = qvt_sci_NamespaceOpen();
-        _messages[0] = '\0';
-        qvt_sci_SetMessageBuffer(_messages, sizeof _messages);
-    }
     void TearDown() override
     {
         qvt_sci_raise = raise;
-        qvt_sci_SetMessageBuffer(nullptr, 0);
-        qvt_sci_NamespaceSwitchTo(_own);
-        qvt_sci_NamespaceClose();
+        qvt_sci_Fixture::TearDown();
     }
     Symbol* Function(const std::string& text, const char* name = "f")
     {
-        EXPECT_EQ(qvt_sci_ParseString(text.c_str()), 0) << _messages;
+        EXPECT_EQ(Parse(text), 0) << Messages();
         return qvt_sci_FuncPtr(name);
     }
-    Namespace* _own;
-    char _messages[4000];
 };
 }   // namespace
-
-// ---------------------------------------------------------------------------------------------------------------------
-// Calls from the host
-
-TEST_F(qvt_sci_execute, AHostReadsEachResultFromTheLowBytes)
-{
-    double d = 2.5;
-    int i = -7;
-    Symbol* f = Function("float f(double x) { return x; } int g(int i) { return 2 * i; } char c(int i) { return i; }"
-                         "double h(int i, double x) { i = i + 1; return i * x; }");
-    const uint64_t asFloat = qvt_sci_Call(f, &d);
-    float low;
-    std::memcpy(&low, &asFloat, sizeof low);
-    EXPECT_EQ(low, 2.5f);
-    EXPECT_EQ(int(qvt_sci_Call(qvt_sci_FuncPtr("g"), &i)), -14);
-    EXPECT_EQ(static_cast<signed char>(qvt_sci_Call(qvt_sci_FuncPtr("c"), &i)), -7);
-    EXPECT_EQ(qvt_sci_AsDouble(qvt_sci_Call(qvt_sci_FuncPtr("h"), &i, &d)), -15);
-    EXPECT_EQ(i, -6) << "arguments are the host's own variables";
-}
 
 TEST_F(qvt_sci_execute, AFunctionWithoutBodyIsReportedToItsHost)
 {
@@ -80,14 +38,13 @@ TEST_F(qvt_sci_execute, AFunctionWithoutBodyIsReportedToItsHost)
     qvt_sci_raise = [](int signal) { return raised = signal; };
     qvt_sci_Execute(Function("double f();"));
     EXPECT_EQ(raised, 4);
-    EXPECT_STREQ(_messages, "\nqvt_sci_execute:ERROR: calling unbound extern function 'f'!\n");
+    EXPECT_EQ(Messages(), "\nqvt_sci_execute:ERROR: calling unbound extern function 'f'!\n");
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Natives
 
-namespace
-{
+namespace {
 template <size_t>
 using IntPointer = int*;
 
@@ -135,8 +92,7 @@ void ExpectArgumentsArriveFor(std::index_sequence<N...>)
 TEST_F(qvt_sci_execute, NativesTakeAnyNumberOfArgumentsUpToTheirLimit)
 {
     ExpectArgumentsArriveFor(std::make_index_sequence<MAX_NATIVE_ARGUMENTS + 1>());
-    EXPECT_STREQ(_messages, "");
-    ExpectArgumentsArrive<1>();
+    EXPECT_EQ(Messages(), "");
 
     std::string formals = "int a0", actuals = "0";
     for (int i = 1; i < 51; ++i) {
@@ -149,7 +105,7 @@ TEST_F(qvt_sci_execute, NativesTakeAnyNumberOfArgumentsUpToTheirLimit)
         "w", +[]() { called = true; });
     qvt_sci_Execute(f);
     EXPECT_FALSE(called);
-    EXPECT_STREQ(_messages, "external function calls with > 50 args not supported\n");
+    EXPECT_EQ(Messages(), "external function calls with > 50 args not supported\n");
 }
 
 TEST_F(qvt_sci_execute, NativesReturnEveryType)
