@@ -1,12 +1,9 @@
-// DXF files: both kinds of polylines, what is written, names from extended data, hostile files; exported files are read
-// by GDAL's ogrinfo where it is installed.
+// DXF files: both kinds of polylines, what is written, names from extended data, hostile files; what GDAL's tools find
+// in exported files.
 
+#include "SW_Mesh_GdalTools.h"
 #include "SW_Polyline_TestSupport.h"
 
-#include <algorithm>
-#include <array>
-#include <cstdio>
-#include <map>
 #include <sstream>
 
 namespace {
@@ -198,46 +195,28 @@ TEST_F(SW_Polyline_Dxf, FindsNameAndDepthInTheDictionary)
 // A reader that is not ours
 // ----------------------------------------------------------------------------------------------------------------
 
-namespace {
-
-// "(1 2 3,4.0 5 6)" -> "1 2 3;4.0 5 6"
-std::string PointsOf(std::string geometry)
+// Layer and points of each line.
+static Lines Features(const AK_String& path)
 {
-    std::replace(geometry.begin(), geometry.end(), ',', ';');
-    return geometry.substr(1, geometry.size() - 2);
-}
-
-// The features that ogrinfo lists: layer and geometry of each.
-Lines FeaturesOfOgrinfo(const AK_String& path)
-{
-    FILE* pipe = popen(("ogrinfo -q -al '" + std::string(path.c_str()) + "' 2>&1").c_str(), "r");
     Lines features;
-    std::string layer;
-    std::array<char, 4096> line;
-    while (fgets(line.data(), int(line.size()), pipe)) {
-        std::string text = line.data();
-        text.erase(text.find_last_not_of(" \r\n") + 1);
-        if (const size_t at = text.find("Layer (String) = "); at != std::string::npos) layer = text.substr(at + 17);
-        if (const size_t at = text.find("LINESTRING"); at != std::string::npos)
-            features.push_back(Text(layer, Points(PointsOf(text.substr(text.find('(', at))))));
+    for (const GdalLine& line : LinesByGdal(path)) {
+        AK_List<AK_Vec> points(1);
+        for (const AK_Vec& p : line.points) points.Append(p);
+        features.push_back(Text(line.layer, points));
     }
-    pclose(pipe);
     return features;
 }
 
-}   // namespace
-
 TEST_F(SW_Polyline_Dxf, GisReadsTheSameLayersAndVertices)
 {
-    if (std::system("ogrinfo --version >/dev/null 2>&1") != 0) GTEST_SKIP() << "ogrinfo (Debian: gdal-bin) is missing";
+    SKIP_WITHOUT_GDAL();
     SW_Polyline* line = AddLine("wall", "1 2 3;4.25 5 6;2600000.12 1200000.5 1500");
     EXPECT_EQ(SetOn(*line, "Export", directory / "wall.dxf"), "");
     // The fixed flag closes every line: the last vertex is joined with the first.
-    EXPECT_EQ(FeaturesOfOgrinfo(directory / "wall.dxf"), Lines{"wall: 1 2 3;4.25 5 6;2600000.12 1200000.5 1500;1 2 3"});
+    EXPECT_EQ(Features(directory / "wall.dxf"), Lines{"wall: 1 2 3;4.25 5 6;2600000.12 1200000.5 1500;1 2 3"});
 
     auto* set = Add<SW_PolylineSet>(*polylines, "set");
     SetOn(*set, "Import", File("set.nxyz", "name=upper part\n2\n1 2 3\n4 5 6\nname=b\n3\n7 8 9\n0 0 0\n1 1 1\n"));
     EXPECT_EQ(SetOn(*set, "Export", directory / "set.DXF"), "");
-    EXPECT_EQ(FeaturesOfOgrinfo(directory / "set.DXF"),
-              (Lines{"upper part: 1 2 3;4 5 6;1 2 3", "b: 7 8 9;0 0 0;1 1 1;7 8 9"}));
+    EXPECT_EQ(Features(directory / "set.DXF"), (Lines{"upper part: 1 2 3;4 5 6;1 2 3", "b: 7 8 9;0 0 0;1 1 1;7 8 9"}));
 }
