@@ -86,18 +86,6 @@ TEST_F(SW_Polyline_Dxf, TellsOfWhatIsLeftOutAndOfWhatCannotBeRead)
     EXPECT_EQ(Messages(), Lines{"WARNING:2 coordinates of a DXF polyline on layer 'a' cannot be read and count as 0"});
 }
 
-TEST_F(SW_Polyline_Dxf, EveryPrefixOfAFileIsReadWithoutHarm)
-{
-    const std::string file = Light("2", twoVertices) + oldHeader + OldVertex(" 10\n1\n 20\n2\n") + "  0\nSEQEND\n";
-    for (size_t length = 0; length < file.size(); ++length) {
-        const Lines lines = Read(file.substr(0, length));
-        ASSERT_LE(lines.size(), 2u);
-        if (!lines.empty()) {
-            EXPECT_EQ(lines[0].substr(0, 10), "a: 1 2 0;3") << length;
-        }
-    }
-}
-
 TEST_F(SW_Polyline_Dxf, WritesExactlyThese)
 {
     AK_Polyline line;
@@ -163,12 +151,10 @@ TEST_F(SW_Polyline_Dxf, FindsNameAndDepthInTheDictionary)
     } cases[] = {
         {"name and depth", entity + attributes + records + "  0\n", "f_XDICT_3A_areas", "upper part", 1.25},
         {"in any order", records + attributes + entity + "  0\n", "f_XDICT_3A_areas", "upper part", 1.25},
-        {"no such label", entity + attributes + records + "  0\n", "f_areas", "f_areas", 7},
         {"no end of the handle", entity + attributes + records + "  0\n", "f_XDICT_3A", "f_XDICT_3A", 7},
         {"a handle that only begins alike", entity + attributes + records + "  0\n", "f_XDICT_3_a", "f_XDICT_3_a", 7},
         {"no attributes", Dictionary("3A", Entry("Other", "4B")) + attributes + records + "  0\n", "f_XDICT_3A_a",
          "f_XDICT_3A_a", 7},
-        {"no dictionary of attributes", entity + records + "  0\n", "f_XDICT_3A_a", "f_XDICT_3A_a", 7},
         {"no record of the name: the layer",
          entity + attributes + Record("D1", "1.25") + Record("L1", "areas") + "  0\n", "f_XDICT_3A_a", "areas", 1.25},
         {"no depth: the value stays", entity + attributes + Record("N1", "upper part") + "  0\n", "f_XDICT_3A_a",
@@ -186,9 +172,6 @@ TEST_F(SW_Polyline_Dxf, FindsNameAndDepthInTheDictionary)
     }
     double depth = 7;
     EXPECT_EQ(AK_Polyline::LabelFromDxfDict(directory / "none", "f_XDICT_3A_a", depth), "f_XDICT_3A_a");
-    const std::string whole = entity + attributes + records + "  0\n";
-    for (size_t length = 0; length < whole.size(); ++length)
-        AK_Polyline::LabelFromDxfDict(File("d.dxf", whole.substr(0, length)), "f_XDICT_3A_areas", depth);
 }
 
 // ----------------------------------------------------------------------------------------------------------------
