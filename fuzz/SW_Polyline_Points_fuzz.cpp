@@ -52,9 +52,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
     int file = 0;
     const AK_String path = FileInMemory(file, bytes + 1, size - 1).c_str();
     AK_TextReader reader(path);
-    AK_Polyline line;
     size_t points = 0;
-    while (Read(bytes[0] % 5, reader, path, line)) {
+    for (AK_Polyline line; Read(bytes[0] % 5, reader, path, line); line = AK_Polyline()) {
         points += size_t(line._x.Size());
         for (const AK_Vec& p : line._x)
             if (!std::isfinite(float(p.x)) || !std::isfinite(float(p.y)) || !std::isfinite(float(p.z))) std::abort();

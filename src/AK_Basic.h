@@ -151,7 +151,8 @@ AK_String operator+(const AK_String& a, const char* b);
 AK_String operator+(const char* a, const AK_String& b);
 std::ostream& operator<<(std::ostream& out, const AK_String& s);
 
-/// The hash of a string for AK_Dict: its bytes from the last to the first.
+/// The hash of a string for AK_Dict. All bytes count alike (Fowler, Noll and Vo's 1a), since keys of one kind, such as
+/// ids and paths, begin alike.
 template <>
 int HashIndex(const AK_String& key);
 

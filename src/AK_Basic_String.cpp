@@ -213,9 +213,9 @@ std::ostream& operator<<(std::ostream& out, const AK_String& s) { return out << 
 template <>
 int HashIndex(const AK_String& key)
 {
-    int h = 0;
-    for (int i = key.Length() - 1; i >= 0; --i) h = ((h & 0x3FFFFF) << 8) + static_cast<unsigned char>(key[i]);
-    return h;
+    std::uint32_t h = 2166136261u;
+    for (const char* s = key.c_str(); *s; ++s) h = (h ^ static_cast<unsigned char>(*s)) * 16777619u;
+    return int(h);
 }
 
 // --------------------------------------------------------------------------------------------------------- replacing

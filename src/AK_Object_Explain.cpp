@@ -105,6 +105,8 @@ bool AK_Object::ExplainCommand(const AK_String& command, const AK_String& attr, 
         return true;
     }
     if (!_explainCommands || noExplain) return true;
-    AK_MSG("CMD-INFO:" << Explanation(command, attr, value));
+    const AK_String text = Explanation(command, attr, value);
+    _execStatus = "";   // what went wrong before refuses nothing
+    AK_MSG("CMD-INFO:" << text);
     return _execStatus.IsEmpty();   // the message function of a front end may have refused the command
 }

@@ -172,6 +172,7 @@ private:
     void WriteGrid(std::FILE* file) const;
     void SizeGridForExport();
     void TakeGrid(const SW_Grid& grid);
+    bool BeginSearch(const AK_Vec2& p, int& start) const;
     int RandomStartCell(const AK_Vec2& p) const;
     void RemoveAllCells();
     void FinishRaster(const SW_Grid& grid, double noDataValue);

@@ -2,6 +2,7 @@
 
 #include "SW_Mesh.h"
 
+#include <cfloat>
 #include <cmath>
 
 void QuadrilateralWeights(const AK_Vec2& p0, const AK_Vec2& p1, const AK_Vec2& p2, const AK_Vec2& p3, const AK_Vec2& p,
@@ -50,23 +51,27 @@ int SW_Mesh::RandomStartCell(const AK_Vec2& p) const
     return best;
 }
 
+// Makes ready for a search: false if no cell can lie under p.
+bool SW_Mesh::BeginSearch(const AK_Vec2& p, int& start) const
+{
+    if (NumCells() == 0) return false;
+    if (_isCartesian || _isHoneyComb) return true;
+    AK_ASSERT(_lcc.Size());
+    // Beyond the range of a float the sides of faces come to no number, which no face would see.
+    if (!(std::fabs(p.x) <= double(FLT_MAX) && std::fabs(p.y) <= double(FLT_MAX))) return false;
+    if (start < 0) start = RandomStartCell(p);
+    return true;
+}
+
 int SW_Mesh::CellContainingPoint(const AK_Vec2& p, int start) const
 {
-    if (NumCells() == 0) return -1;
-    if (!_isCartesian && !_isHoneyComb) {
-        AK_ASSERT(_lcc.Size());
-        if (start < 0) start = RandomStartCell(p);
-    }
+    if (!BeginSearch(p, start)) return -1;
     return WithView([&](const auto& view) { return view.CellContainingPoint(p, start); });
 }
 
 int SW_Mesh::CellContainingPointIterative(const AK_Vec& p, int start, double* w) const
 {
-    if (NumCells() == 0) return -1;
-    if (!_isCartesian && !_isHoneyComb) {
-        AK_ASSERT(_lcc.Size());
-        if (start < 0) start = RandomStartCell(p);
-    }
+    if (!BeginSearch(p, start)) return -1;
     return WithView([&](const auto& view) { return CellContainingPointIterativeIn(view, p, start, w); });
 }
 

@@ -35,8 +35,9 @@ public:
 
     // ---- files (SW_Polyline_Files.cpp)
 
-    /// Replaces the points by the first line of a file, by its extension: xy, xyz, nxyz, dxf. The annotation "name", if
-    /// there is one, becomes the id. Failures are told in the status; what was read before one stays.
+    /// Replaces the points by the first line of a file, by its extension: xy, xyz, nxyz, dxf; the file's annotations
+    /// are appended. The annotation "name", if there is one, becomes the id. Failures are told in the status; what was
+    /// read before one stays.
     void Import(const AK_String& path);
     void Export(const AK_String& path);
     /// The next line of an ano file, with its name and colour. 1 at the end, and when the file is no such file.

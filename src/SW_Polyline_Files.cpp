@@ -74,8 +74,10 @@ bool SW_ReadLines(const AK_String& path, const SW_LineFormat& format, const std:
     AK_TextReader reader(path);
     if (!reader.IsOpen()) return false;
     bool found = false;
-    SW_LineOfFile next;
-    for (next.number = 1; format.read(reader, next); ++next.number) {
+    for (int number = 1;; ++number) {
+        SW_LineOfFile next;
+        next.number = number;
+        if (!format.read(reader, next)) break;
         if (next.line._x.Size() == 0) continue;
         found = true;
         take(next);
@@ -105,7 +107,7 @@ AK_String SW_IdOfLine(const AK_String& path, const SW_LineFormat& format, const 
 
 SW_UniqueIds::SW_UniqueIds(const AK_Object& parent)
 {
-    for (int i = 0; i < parent.NumComponents(); ++i) _taken.insert(parent.ComponentAt(i)->Id().c_str());
+    for (int i = 0; i < parent.NumComponents(); ++i) _taken[parent.ComponentAt(i)->Id()] = 1;
 }
 
 // "A" -> "A_0001", "B_7" -> "B_0008".
@@ -113,16 +115,16 @@ AK_String SW_UniqueIds::Unique(const AK_String& wanted)
 {
     AK_String id = wanted;
     id.ReplaceNonAlNum('_');
-    if (!id.IsEmpty() && _taken.contains(id.c_str())) {
+    if (!id.IsEmpty() && _taken.Find(id)) {
         AK_String stem = id;
         int number = 0;
         if (char* underscore = std::strrchr(&stem[0], '_'); underscore && ScanInt(underscore + 1, number))
             stem = AK_String(stem.c_str(), underscore);
-        int& next = _nextNumber[stem.c_str()];
+        int& next = _nextNumber[stem];
         next = std::max(next, std::max(number, 0) % INT_MAX + 1);
-        while (_taken.contains(id.c_str())) id = stem + AK_String(next++, "_%04d");
+        while (_taken.Find(id)) id = stem + AK_String(next++, "_%04d");
     }
-    _taken.insert(id.c_str());
+    _taken[id] = 1;
     return id;
 }
 
@@ -147,19 +149,17 @@ void SW_Polyline::Import(const AK_String& path)
     const AK_String failure = AK_String("error occurred during import from '") + path + "'";
     const SW_LineFormat* format = SW_FormatOfFile(path);
     AK_TextReader reader(path);
-    if (!format || !reader.IsOpen()) {
+    if (!format || format->read == ReadAno || !reader.IsOpen()) {   // an ano file is one of many lines
         _execStatus = failure;
         return;
     }
     SW_LineOfFile file;
     file.number = 1;
+    file.line.annotations = _line.annotations;
     const bool good = format->read(reader, file);
     if (file.line._x.Size() == 0) WarnOfNoLine(path, *format);
-    if (file.line.annotations.IsEmpty())
-        file.line.annotations = _line.annotations;
-    else if (!file.line.Name().IsEmpty())
-        Id(file.line.Name());
     SetLine(file.line);
+    if (!_line.Name().IsEmpty()) Id(_line.Name());
     if (AK_String("xy") == format->extension && BaseMesh()) ProjectOnto(*BaseMesh());
     if (!good) _execStatus = failure;
 }

@@ -35,8 +35,9 @@ static void AppendAnnotation(std::string& annotations, const AK_String& line)
     const char* begin = line.c_str();
     const char* end = begin + line.Length();
     while (end > begin && static_cast<unsigned char>(end[-1]) < ' ') --end;
+    if (!annotations.empty() && annotations.back() != ';') annotations += ';';
     annotations.append(begin, end);
-    if (annotations.empty() || annotations.back() != ';') annotations += ';';
+    if (annotations.back() != ';') annotations += ';';
 }
 
 static bool IsAnnotation(const AK_String& line) { return std::strchr(line.c_str(), '=') != nullptr; }
@@ -61,7 +62,7 @@ static std::string AnnotationLines(const AK_String& annotations)
 void AK_Polyline::ReadPoints(AK_TextReader& reader, int dimension)
 {
     _x.Clear();
-    std::string found;
+    std::string found = annotations.c_str();
     AK_String line;
     bool cut = false;
     while (ReadTextLine(reader, line, maxLine, &cut)) {
@@ -72,7 +73,7 @@ void AK_Polyline::ReadPoints(AK_TextReader& reader, int dimension)
                           ScanCoordinates(line.c_str(), true, x, dimension)))
             _x.Append({x[0], x[1], dimension > 2 ? x[2] : 0});
     }
-    if (!found.empty()) annotations = found.c_str();
+    annotations = found.c_str();
 }
 
 int AK_Polyline::ReadXy(const AK_String& path)
@@ -139,7 +140,7 @@ static void WarnOfIncompleteLine(int expected, int found)
 int AK_Polyline::ReadFromNxyz(AK_TextReader& reader)
 {
     _x.Clear();
-    std::string found;
+    std::string found = annotations.c_str();
     AK_String line;
     int count = 0;
     bool hasCount = false;

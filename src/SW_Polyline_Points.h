@@ -42,8 +42,8 @@ public:
 
     // ---- one line a file (SW_Polyline_Points.cpp)
 
-    /// Replaces the points by those of the file, and the annotations if there are some in the file. A line of more than
-    /// 511 characters holds no point, and an annotation of that length is cut. 1 if the file cannot be opened.
+    /// Replaces the points by those of the file and appends its annotations to those that are there. A line of more
+    /// than 511 characters holds no point, and an annotation of that length is cut. 1 if the file cannot be opened.
     int ReadXy(const AK_String& path);
     int ReadXyz(const AK_String& path);
     /// The rest of a file likewise, with 2 or 3 coordinates a point.
@@ -54,8 +54,9 @@ public:
 
     // ---- many lines a file: each call reads the next one
 
-    /// Replaces points and annotations. 1 if a line was read; 0 at the end, which a negative number of points marks
-    /// too, and when the file ends or stops being numbers within a line: the points before that stay, with a warning.
+    /// Replaces the points and appends the annotations. 1 if a line was read; 0 at the end, which a negative number of
+    /// points marks too, and when the file ends or stops being numbers within a line: the points before that stay, with
+    /// a warning.
     int ReadFromNxyz(AK_TextReader& reader);
     void WriteToNxyz(std::ostream& stream, int precision) const;
 

@@ -74,13 +74,13 @@ void SW_PolylineSet::Import(const AK_String& path)
 {
     if (!AK_System::FileExists(path)) return SW_TellMissingFile(path);
     const SW_LineFormat* format = SW_FormatOfFile(path);
-    std::unordered_set<std::string> taken;
-    for (const AK_String& name : _names) taken.insert(name.c_str());
+    AK_Dict<AK_String, char> taken;
+    for (const AK_String& name : _names) taken[name] = 1;
     const auto take = [&](const SW_LineOfFile& file) {
         AK_String name = file.name;
         if (name.IsEmpty()) name = format->nameInSet + AK_String(Size() + 1, "%d");
-        if (taken.contains(name.c_str())) name = name + AK_String(Size(), "_%d");
-        taken.insert(name.c_str());
+        if (taken.Find(name)) name = name + AK_String(Size(), "_%d");
+        taken[name] = 1;
         Append(file.line, name);
     };
     if (!format || !SW_ReadLines(path, *format, take)) {

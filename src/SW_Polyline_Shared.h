@@ -7,9 +7,6 @@
 #include "SW_Polyline_Points.h"
 
 #include <functional>
-#include <string>
-#include <unordered_map>
-#include <unordered_set>
 
 class AK_Object;
 class SW_Mesh;
@@ -59,9 +56,8 @@ public:
     static void Adopt(AK_Object& parent, AK_Object* line);
 
 private:
-    // Not AK_Dict: its hash sees the first letters only, and the ids of an import begin alike.
-    std::unordered_set<std::string> _taken;
-    std::unordered_map<std::string, int> _nextNumber;   // by the part of the id before it
+    AK_Dict<AK_String, char> _taken;
+    AK_Dict<AK_String, int> _nextNumber;   // by the part of the id before it
 };
 
 // ---- records, projection, drawing (SW_Polyline.cpp, SW_Polyline_Draw.cpp)

@@ -105,7 +105,7 @@ double SW_ScalarField::ValueAtPoint(const AK_Vec2& p)
 void SW_ScalarField::ValueAtPoint(const AK_String& point)
 {
     AK_Vec2 p;
-    if (!point.f2(&p.x)) return;
+    if (!AK_ReadFinite(point, &p.x, 2)) return;
     _valueAtPoint = AK_String(ValueAtPoint(p), "%.15g") + " at " + point;
 }
 

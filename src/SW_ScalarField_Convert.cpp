@@ -18,7 +18,7 @@ int SW_ScalarField::Convert()
     const AK_String name = DataConversion();
     if (!name.IsEmpty()) {
         Symbol* formula = FormulaFunction(_qvt_sci_namespace, name, conversionTakes);
-        if (!formula || !_mesh) return 1;
+        if (!formula || !_mesh || _values.Size() != WantedSize()) return 1;
         qvt_sci_BindArgLength(formula, 1, 3);
         ConvertValues(name, [&](int i) {
             double value = double(_values[i]);
@@ -27,7 +27,8 @@ int SW_ScalarField::Convert()
         });
         return 1;
     }
-    const AK_String rounds = _onVertices && _mesh ? VariableValue("$smooth") : AK_String();
+    const bool smoothable = _onVertices && _mesh && _values.Size() == WantedSize();
+    const AK_String rounds = smoothable ? VariableValue("$smooth") : AK_String();
     if (!rounds.IsEmpty()) {
         int n = 0;
         AK_FromText(n, rounds);

@@ -46,6 +46,7 @@ void SW_ScalarField::DrawContourLines() const
 {
     aglDisable(GL_LIGHTING);
     SetInverseColor(_viewerBgCol);
+    if (_contourLinesColored) Colorbar()->BeginColor();
     for (int i = 0; i < _contourLines->Size(); ++i) {
         SW_ContourLine& line = (*_contourLines)[i];
         line._labelled = _contourLinesLabelled;
@@ -53,4 +54,5 @@ void SW_ScalarField::DrawContourLines() const
         if (_contourLinesColored) Colorbar()->SetColor(double(line._value), 1);
         line.Update();
     }
+    if (_contourLinesColored) Colorbar()->EndColor();
 }

@@ -61,15 +61,11 @@ void SW_ScalarField::ExportFieldRasterAscii(const AK_String& path)
         return;
     }
     Convert();
-    if (_exportRasterAutoRange) TakeRasterExtentOfMesh();
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    bool written = file != nullptr;
-    if (file) {
+    const bool written = SW_WriteTextFile(path, [&](std::FILE* file) {
         AK_MSG("writing field raster data to " << path);
+        if (_exportRasterAutoRange) TakeRasterExtentOfMesh();
         WriteRaster(file);
-        written = !std::ferror(file);
-        written = std::fclose(file) == 0 && written;
-    }
+    });
     Reconvert();
     if (!written) {
         AK_MSG("cannot open file " << path);
@@ -137,40 +133,10 @@ AK_String SW_ScalarField::ShortExportFilename() const
 // Along a line
 // ----------------------------------------------------------------------------------------------------------------
 
-namespace {
-
-struct PointWithValue {
-    AK_Vec point;
-    double value;
-};
-
-} // namespace
-
 void SW_ScalarField::ExportValuesAlongPolyline(const AK_String& path)
 {
-    const SW_Polyline* line = LineToExport();
-    if (!line || _values.Size() != WantedSize()) return;
-    const AK_Vec& first = line->Points()[0];
-    const AK_Vec& last = line->Points()[line->Points().Size() - 1];
-    AK_List<SW_MeshEdgeIntersection> crossings(1);
-    _mesh->GetMeshEdgeIntersectionsAlongPolyline(*line, crossings);
-    AK_List<PointWithValue> rows(crossings.Size() + 2);
-    rows.Append({first, ValueAtPoint(AK_Vec2(first))});
-    Convert();
-    for (const SW_MeshEdgeIntersection& c : crossings) {
-        const double a = double(_values[c.vertex0]);
-        const double b = double(_values[c.vertex1]);
-        const AK_Vec& from = _mesh->_x[c.vertex0];
-        rows.Append({from + (_mesh->_x[c.vertex1] - from) * c.t, a + (b - a) * c.t});
-    }
-    Reconvert();
-    rows.Append({last, ValueAtPoint(AK_Vec2(last))});
-
+    AK_List<PlacedValue> values(1);
+    if (!GetValuesAlongLine(values)) return;
     AK_MSG("INFO:writing values along polyline to file " << path);
-    SW_WriteTextFile(path, [&](std::FILE* file) {
-        std::fprintf(file, "#x\ty\tz\t%s\n", Colorbar()->Attribute().c_str());
-        std::fprintf(file, "#m\tm\tm\t%s\n", Colorbar()->Unit().c_str());
-        for (const PointWithValue& row : rows)
-            std::fprintf(file, "%.15g %.15g %.15g %.15g\n", row.point.x, row.point.y, row.point.z, row.value);
-    });
+    if (!WriteValuesAlongLine(path, values, {""})) AK_MSG("WARNING:cannot open output file " << path);
 }

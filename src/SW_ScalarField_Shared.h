@@ -9,7 +9,8 @@
 #include "qvt_sci.h"
 
 #include <cstdio>
-#include <cstring>
+#include <initializer_list>
+#include <type_traits>
 
 /// Writes a text file by `write(std::FILE*)`; false if it could not be opened or not be written to its end.
 template <class Write>
@@ -21,6 +22,20 @@ bool SW_WriteTextFile(const AK_String& path, const Write& write)
     const bool written = !std::ferror(file);
     return std::fclose(file) == 0 && written;
 }
+
+/// A row of an exported table: a place and what is there.
+inline void SW_WriteRow(std::FILE* file, const AK_Vec& x, double value)
+{
+    std::fprintf(file, "%.15g %.15g %.15g %.15g\n", x.x, x.y, x.z, value);
+}
+inline void SW_WriteRow(std::FILE* file, const AK_Vec& x, const AK_Vec& v)
+{
+    std::fprintf(file, "%.15g %.15g %.15g %.15g %.15g %.15g\n", x.x, x.y, x.z, v.x, v.y, v.z);
+}
+
+/// Values in 64 bits, for what is computed from them.
+inline double SW_Exact(float value) { return double(value); }
+inline const AK_Vec& SW_Exact(const AK_Vec& value) { return value; }
 
 inline float SW_Mean(float sum, int count) { return sum / float(count); }
 inline AK_Vec SW_Mean(const AK_Vec& sum, int count) { return sum * (1.0 / count); }
@@ -85,8 +100,7 @@ public:
             }
         }
         _values.SetSize(numTargets);
-        for (int i = 0; i < numTargets; ++i)
-            _values[i] = counts[i] > 0 ? SW_Mean(sums[i], counts[i]) : Value();
+        for (int i = 0; i < numTargets; ++i) _values[i] = counts[i] > 0 ? SW_Mean(sums[i], counts[i]) : Value();
         _onVertices = !_onVertices;
     }
 
@@ -156,16 +170,55 @@ protected:
         return line && line->Points().Size() > 1 ? line : nullptr;
     }
 
-    AK_String PolylinesList() const
+    AK_String PolylinesList() const { return SW_PathsOfType(*this, "Polyline"); }
+
+    struct PlacedValue {
+        AK_Vec place;
+        std::decay_t<decltype(SW_Exact(Value()))> value;
+    };
+
+    /// The values, as they are displayed, at the ends of the selected line and where it crosses edges of the mesh.
+    /// False if it cannot be exported.
+    bool GetValuesAlongLine(AK_List<PlacedValue>& out)
     {
-        AK_List<AK_Object*> lines(1);
-        this->Root()->GetObjectsOfType("Polyline", lines);
-        AK_List<AK_String> paths(1);
-        for (const AK_Object* line : lines) paths.Append(line->IdAbs(this));
-        return AK_String(paths, ak_sep);
+        const SW_Polyline* line = LineToExport();
+        if (!line || _values.Size() != WantedSize()) return false;
+        Field& field = static_cast<Field&>(*this);
+        AK_List<SW_MeshEdgeIntersection> crossings(1);
+        _mesh->GetMeshEdgeIntersectionsAlongPolyline(*line, crossings);
+        // Copies, since a formula for display can do anything to the line.
+        const AK_Vec first = line->Points()[0];
+        const AK_Vec last = line->Points()[line->NumVertices() - 1];
+        out.Append({first, field.ValueAtPoint(AK_Vec2(first))});
+        field.Convert();
+        for (const SW_MeshEdgeIntersection& c : crossings) {
+            const AK_Vec& from = _mesh->_x[c.vertex0];
+            const auto a = SW_Exact(_values[c.vertex0]);
+            const auto b = SW_Exact(_values[c.vertex1]);
+            out.Append({from + (_mesh->_x[c.vertex1] - from) * c.t, a + (b - a) * c.t});
+        }
+        Reconvert();
+        out.Append({last, field.ValueAtPoint(AK_Vec2(last))});
+        return true;
     }
 
-    const SW_Mesh* _mesh = nullptr;      // not owned
-    AK_List<Value> _savedValues{1};      // the data while a conversion for display is in force
+    /// Writes such values as a table. Each component of a value is a column, named by the attribute and a suffix.
+    bool WriteValuesAlongLine(const AK_String& path, const AK_List<PlacedValue>& values,
+                              std::initializer_list<const char*> suffixes) const
+    {
+        return SW_WriteTextFile(path, [&](std::FILE* file) {
+            const AK_String name = Colorbar()->Attribute();
+            const AK_String unit = Colorbar()->Unit();
+            std::fputs("#x\ty\tz", file);
+            for (const char* suffix : suffixes) std::fprintf(file, "\t%s%s", name.c_str(), suffix);
+            std::fputs("\n#m\tm\tm", file);
+            for (std::size_t column = 0; column < suffixes.size(); ++column) std::fprintf(file, "\t%s", unit.c_str());
+            std::fputc('\n', file);
+            for (const PlacedValue& row : values) SW_WriteRow(file, row.place, row.value);
+        });
+    }
+
+    const SW_Mesh* _mesh = nullptr;   // not owned
+    AK_List<Value> _savedValues{1};   // the data while a conversion for display is in force
     AK_String _selectedPolyline;
 };

@@ -193,6 +193,7 @@ void SW_VectorField::DrawResampled() const
 void SW_VectorField::Draw()
 {
     aglDisable(GL_LIGHTING);
+    Colorbar()->BeginColor();
     aglBegin(GL_LINES);
     if (_resamplingGridSize > 0)
         DrawResampled();
@@ -203,4 +204,5 @@ void SW_VectorField::Draw()
             DrawVector(Location(i), _values[i]);
         }
     aglEnd();
+    Colorbar()->EndColor();
 }

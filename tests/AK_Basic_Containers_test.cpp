@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <set>
 
 static AK_List<int> Numbers(int n)
 {
@@ -113,6 +114,15 @@ TEST(AK_Dict, WorksWithAnyHash)
         11, 0, [](const int& k) { return k % 2; }, [](const int& a, const int& b) { return int((a - b) % 2 == 0); });
     parity[2] = 5;
     EXPECT_EQ(parity[8], 5) << "a comparison of its own decides what is the same key";
+}
+
+TEST(AK_Dict, SpreadsStringsThatBeginAlike)
+{
+    const unsigned buckets = 1009;
+    std::set<unsigned> used;
+    for (int i = 0; i < int(buckets); ++i)
+        used.insert(unsigned(HashIndex(AK_String("Project/Polylines/valley_") + AK_String(i, "%04d"))) % buckets);
+    EXPECT_GT(used.size(), buckets / 2);
 }
 
 TEST(AK_Dict, HashesAPointerByItsLowBits)

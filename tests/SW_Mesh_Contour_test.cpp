@@ -2,9 +2,8 @@
 
 #include "SW_Mesh_Contour.h"
 
+#include "SW_Mesh_GdalTools.h"
 #include "SW_Mesh_TestSupport.h"
-
-#include <cstdlib>
 
 namespace {
 
@@ -24,15 +23,22 @@ protected:
         return SW_ContourLines(&mesh, HeightsOf(mesh).Data(), list);
     }
 
-    static double LengthOf(const SW_ContourLine& line)
+    static double LengthOf(const SW_ContourLine& line) { return LengthSeenFromAbove(line._line._x); }
+
+    template <class Points>
+    static double LengthSeenFromAbove(const Points& x)
     {
         double length = 0;
-        for (int i = 1; i < line._line._x.Size(); ++i) length += Length(line._line._x[i] - line._line._x[i - 1]);
+        const AK_Vec* last = nullptr;
+        for (const AK_Vec& p : x) {
+            if (last) length += Length(AK_Vec2(p) - AK_Vec2(*last));
+            last = &p;
+        }
         return length;
     }
 };
 
-} // namespace
+}   // namespace
 
 TEST_F(SW_Mesh_Contour, ARoundHillHasOneClosedRingPerLevel)
 {
@@ -66,7 +72,8 @@ TEST_F(SW_Mesh_Contour, ASlopeHasAnOpenLineFromBorderToBorder)
 TEST_F(SW_Mesh_Contour, LinesThroughASaddleDoNotCross)
 {
     for (double lift : {-0.2, 0.2}) {
-        const auto mesh = CartesianMesh(1, 1, 1, [&](double x, double y) { return (x > 0.5) == (y > 0.5) ? 1 : -1 + lift; });
+        const auto mesh =
+            CartesianMesh(1, 1, 1, [&](double x, double y) { return (x > 0.5) == (y > 0.5) ? 1 : -1 + lift; });
         SW_ContourLines lines = LinesOf(*mesh, {0});
         ASSERT_EQ(lines.Size(), 2);
         // The mean decides: above the level, the high corners hang together along their diagonal.
@@ -98,33 +105,38 @@ TEST_F(SW_Mesh_Contour, TerrainWithoutALevelHasNoLinesAndAnAbsurdStepIsRefused)
 
 TEST_F(SW_Mesh_Contour, AgreesInLengthWithGdalOnRealTerrain)
 {
-    if (std::system("command -v gdal_contour >/dev/null") != 0) GTEST_SKIP() << "gdal_contour is not installed";
-    const std::string raster = KORVO_SOURCE_DIR "/examples/serles/serles_10m.asc";
+    SKIP_WITHOUT_GDAL();
     auto mesh = NewMesh();
-    mesh->Import(raster.c_str(), 1);
+    mesh->Import(KORVO_SOURCE_DIR "/examples/serles/serles_10m.asc", 1);
     mesh->Export(directory / "half.asc");   // the same points for both
     SW_ContourLines lines = LinesOf(*mesh, {2000});
     double length = 0;
-    for (int i = 0; i < lines.Size(); ++i)
-        for (int k = 1; k < lines[i]._line._x.Size(); ++k)
-            length += Length(AK_Vec2(lines[i]._line._x[k]) - AK_Vec2(lines[i]._line._x[k - 1]));
+    for (int i = 0; i < lines.Size(); ++i) length += LengthSeenFromAbove(lines[i]._line._x);
     const std::string base = directory.Path().c_str();
-    ASSERT_EQ(std::system(("gdal_contour -q -fl 2000 -f CSV -lco GEOMETRY=AS_WKT " + base + "/half.asc " + base +
-                           "/lines.csv").c_str()), 0);
-    const std::string text = FileBytes(directory / "lines.csv");
-    double gdal = 0, lastX = 0, lastY = 0;
-    for (size_t i = text.find("LINESTRING"); i != std::string::npos; i = text.find("LINESTRING", i + 1)) {
-        const char* s = text.c_str() + text.find('(', i) + 1;
-        for (int k = 0; *s != ')' && *s; ++k) {
-            char* end;
-            const double x = std::strtod(s, &end);
-            const double y = std::strtod(end, &end);
-            if (k > 0) gdal += std::hypot(x - lastX, y - lastY);
-            lastX = x;
-            lastY = y;
-            s = *end == ',' ? end + 1 : end;
-        }
-    }
+    OutputOf("gdal_contour -q -fl 2000 -f 'ESRI Shapefile' " + base + "/half.asc " + base + "/lines.shp");
+    double gdal = 0;
+    for (const GdalLine& line : LinesByGdal(directory / "lines.shp")) gdal += LengthSeenFromAbove(line.points);
     ASSERT_GT(gdal, 1000);
     EXPECT_NEAR(length, gdal, 0.03 * gdal);
+}
+
+TEST_F(SW_Mesh_Contour, GisReadsTheSameLines)
+{
+    SKIP_WITHOUT_GDAL();
+    const auto mesh = HoneyCombMesh(20, 20, 5, [](double x, double y) { return 100 - std::hypot(x - 45, y - 40); });
+    mesh->Set("ContourLinesMinorStep", "20");
+    mesh->Set("ExportContourLines", directory / "lines.dxf");
+    mesh->Set("ExportContourLines", directory / "lines.nxyz");
+    const std::vector<GdalLine> found = LinesByGdal(directory / "lines.dxf");
+    AK_TextReader own(directory / "lines.nxyz");
+    size_t n = 0;
+    for (AK_Polyline line; line.ReadFromNxyz(own); line = AK_Polyline(), ++n) {
+        ASSERT_LT(n, found.size());
+        EXPECT_EQ("contour_" + std::string(line.annotations.KeyValue("iso", '=', ';').c_str()), found[n].layer);
+        const std::vector<AK_Vec>& points = found[n].points;
+        ASSERT_GE(points.size(), size_t(line._x.Size()));   // with the point that closes it
+        for (int i = 0; i < line._x.Size(); ++i) EXPECT_EQ(line._x[i], points[size_t(i)]);
+    }
+    EXPECT_EQ(n, found.size());
+    EXPECT_GE(n, 3u);
 }

@@ -46,34 +46,31 @@ inline void Finish(SW_Mesh& mesh)
     mesh.ComputeVertexNormals();
 }
 
-inline std::unique_ptr<SW_Mesh> CartesianMesh(int nx, int ny, double dx, const Height& z, AK_Vec2 xll = {0, 0})
+/// A regular grid of nx times ny cells; in a honeycomb the odd rows are shifted to the left by half a cell.
+inline std::unique_ptr<SW_Mesh> RegularMesh(bool honeyComb, int nx, int ny, double dx, const Height& z, AK_Vec2 xll)
 {
     auto mesh = NewMesh();
-    SW_Grid grid{nx, ny, dx, 0, xll, {nx * dx + xll.x, ny * dx + xll.y}};
+    const double dy = honeyComb ? dx * std::sqrt(0.75) : dx;
     for (int i = 0; i <= nx; ++i)
         for (int j = 0; j <= ny; ++j) {
-            const double x = i * dx + xll.x;
-            const double y = j * dx + xll.y;
+            const double x = (i - (honeyComb && j % 2 ? 0.5 : 0)) * dx + xll.x;
+            const double y = j * dy + xll.y;
             mesh->AddVertex({x, y, z(x, y)});
         }
-    mesh->SetCartesianCells(grid);
+    const SW_Grid grid{nx, ny, dx, honeyComb ? dy : 0, xll, {nx * dx + xll.x, ny * dy + xll.y}};
+    honeyComb ? mesh->SetHoneyCombCells(grid) : mesh->SetCartesianCells(grid);
     Finish(*mesh);
     return mesh;
 }
 
+inline std::unique_ptr<SW_Mesh> CartesianMesh(int nx, int ny, double dx, const Height& z, AK_Vec2 xll = {0, 0})
+{
+    return RegularMesh(false, nx, ny, dx, z, xll);
+}
+
 inline std::unique_ptr<SW_Mesh> HoneyCombMesh(int nx, int ny, double dx, const Height& z)
 {
-    auto mesh = NewMesh();
-    SW_Grid grid{nx, ny, dx, dx * 0.8660254037844387, {0, 0}, {nx * dx, ny * dx * 0.8660254037844387}};
-    for (int i = 0; i <= nx; ++i)
-        for (int j = 0; j <= ny; ++j) {
-            const double x = i * dx - (j % 2) * 0.5 * dx;
-            const double y = j * grid.dy;
-            mesh->AddVertex({x, y, z(x, y)});
-        }
-    mesh->SetHoneyCombCells(grid);
-    Finish(*mesh);
-    return mesh;
+    return RegularMesh(true, nx, ny, dx, z, {0, 0});
 }
 
 /// A convex mesh without holes of triangles and quadrilaterals: a grid whose inner vertices are moved about, every

@@ -22,7 +22,7 @@ const char* const square = "0 0;10 0;10 10;0 10";   // counter-clockwise
 
 TEST_F(SW_PolygonTest, ContainsWhatLiesInside)
 {
-    const char* const bay = "0 0;10 0;10 10;5 2;0 10";
+    const char* const clockwise = "0 0;0 10;10 10;10 0";
     const char* const bowTie = "0 0;10 10;10 0;0 10";
     const struct {
         const char* why;
@@ -30,10 +30,10 @@ TEST_F(SW_PolygonTest, ContainsWhatLiesInside)
         AK_Vec2 p;
         bool inside;
     } cases[] = {
-        {"inside", square, {5, 5}, true},
-        {"outside the box", square, {11, 5}, false},
-        {"in a bay", bay, {5, 5}, false},
-        {"beside the bay", bay, {1, 5}, true},
+        {"the line itself belongs to clockwise rings", clockwise, {0, 5}, true},
+        {"on both sides", clockwise, {10, 5}, true},
+        {"and not to others", square, {0, 5}, false},
+        {"nor there", square, {10, 5}, false},
         {"crossing itself: the left part", bowTie, {1, 5}, true},
         {"crossing itself: the upper part", bowTie, {5, 9}, false},
         {"no points", "", {0, 0}, false},
@@ -42,15 +42,6 @@ TEST_F(SW_PolygonTest, ContainsWhatLiesInside)
         {"on the level of a vertex, outside", "0 0;10 5;10 -5;20 20;0 20", {9, 5}, true},
     };
     for (const auto& c : cases) EXPECT_EQ(AddPolygon("p", c.polygon)->Contains(c.p), c.inside) << c.why;
-}
-
-TEST_F(SW_PolygonTest, TheLineItselfBelongsToClockwiseRings)
-{
-    const char* const clockwise = "0 0;0 10;10 10;10 0";
-    for (const AK_Vec2& p : {AK_Vec2{0, 5}, AK_Vec2{10, 5}}) {
-        EXPECT_TRUE(AddPolygon("p", clockwise)->Contains(p)) << p.x;
-        EXPECT_FALSE(AddPolygon("p", square)->Contains(p)) << p.x;
-    }
 }
 
 TEST_F(SW_PolygonTest, ContainsAgreesWithTheAngleAroundThePoint)

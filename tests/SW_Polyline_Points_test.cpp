@@ -25,10 +25,12 @@ std::string AllLines(const AK_String& path, const Read& read)
 {
     AK_TextReader reader(path);
     std::string text;
-    AK_Polyline line;
-    AK_String name;
-    while (read(line, reader, name)) text += "|" + Text(name.c_str(), line._x);
-    return text;
+    while (true) {
+        AK_Polyline line;
+        AK_String name;
+        if (!read(line, reader, name)) return text;
+        text += "|" + Text(name.c_str(), line._x);
+    }
 }
 
 std::string AllNxyz(const AK_String& path)
@@ -82,6 +84,7 @@ TEST_F(SW_Polyline_Points, ReadsXyAndXyz)
         if (c.annotations) {
             EXPECT_EQ(line.annotations, c.annotations) << c.why;
         }
+        line.annotations = "";
         EXPECT_EQ(line.ReadXyz(File(c.file)), 0) << c.why;
         EXPECT_EQ(Text(line._x), c.xyz) << c.why;
         if (!c.annotations) {
@@ -89,6 +92,9 @@ TEST_F(SW_Polyline_Points, ReadsXyAndXyz)
         }
     }
     AK_Polyline line;
+    line.annotations = "a=1";
+    EXPECT_EQ(line.ReadXy(File("b=2\n1 2\n")), 0);
+    EXPECT_EQ(line.annotations, "a=1;b=2;") << "those of a file come behind those that are there";
     EXPECT_EQ(line.ReadXy(directory / "none"), 1);
     EXPECT_EQ(line.ReadXyz(directory.Path()), 1) << "a directory";
 }

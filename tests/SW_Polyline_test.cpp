@@ -286,6 +286,7 @@ TEST_F(SW_PolylineTest, ImportReplacesThePoints)
     EXPECT_EQ(status(directory / "none.xy"),
               "file '" + std::string((directory / "none.xy").c_str()) + "' does not exist!");
     EXPECT_EQ(status(File("odd.txt", "1 2\n")), failed(directory / "odd.txt"));
+    EXPECT_EQ(status(File("many.ano", "road\n1 red\n1 2\n")), failed(directory / "many.ano"));
     EXPECT_EQ(Text(line->Points()), "9 9 9") << "nothing is lost when nothing can be read";
 
     EXPECT_EQ(status(File("a.xy", "10 20\n30 40\n")), "");
@@ -296,7 +297,7 @@ TEST_F(SW_PolylineTest, ImportReplacesThePoints)
     EXPECT_EQ(Text(line->Points()), "10 20 1") << "not projected";
     EXPECT_EQ(status(File("a.nxyz", "name=upper part\n1\n1 2 3\n1\n4 5 6\n")), "");
     EXPECT_EQ(line->Id(), "upper_part");
-    EXPECT_EQ(line->Get("Annotations"), "name=upper part;");
+    EXPECT_EQ(line->Get("Annotations"), "old=1;name=upper part;");
     EXPECT_EQ(status(File("b.nxyz", "2\n7 8 9\n1")), failed(directory / "b.nxyz"));
     EXPECT_EQ(Text(line->Points()), "7 8 9") << "what was read so far";
     EXPECT_EQ(status(File("a.dxf", "LWPOLYLINE\n 90\n1\n 10\n1\n 20\n2\n")), "");

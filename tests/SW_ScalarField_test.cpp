@@ -1,6 +1,7 @@
 // Fields: values at points, statistics, conversion for display, gradient, exports, records.
 
 #include "SW_Mesh_Container.h"
+#include "SW_Mesh_GdalTools.h"
 #include "SW_Mesh_TestSupport.h"
 #include "SW_ScalarField.h"
 #include "SW_VectorField.h"
@@ -34,7 +35,7 @@ protected:
     std::unique_ptr<SW_ScalarField> field;
 };
 
-} // namespace
+}   // namespace
 
 TEST_F(SW_Fields, AnswerForPointsAndForNoMesh)
 {
@@ -85,8 +86,7 @@ TEST_F(SW_Fields, ChangeTheirLocationByPlainMeans)
     field->ConvertTopo();
     ASSERT_EQ(field->_values.Size(), mesh->NumCells());
     EXPECT_FALSE(field->OnVertices());
-    for (int cell : {0, 17, 79})
-        EXPECT_NEAR(double(field->_values[cell]), Value(mesh->CellCenter(cell)), 1e-5);
+    for (int cell : {0, 17, 79}) EXPECT_NEAR(double(field->_values[cell]), Value(mesh->CellCenter(cell)), 1e-5);
     field->ConvertTopo();
     ASSERT_EQ(field->_values.Size(), mesh->NumVertices());
     const int inner = 4 * 9 + 4;
@@ -111,6 +111,11 @@ TEST_F(SW_Fields, ADisplayConversionShowsAnotherFormAndLeavesTheData)
     field->Reconvert();
     EXPECT_EQ(field->_values[0], 15.0f);
     field->Set("$conversion", "");
+    field->_values.SetSize(50);   // as a damaged record leaves it
+    field->Set("$smooth", "1");
+    EXPECT_EQ(field->Convert(), 0);
+    field->_values.Fill(mesh->NumVertices(), 15.0f);
+    field->Set("$smooth", "");
     field->_values[40] = 100;
     field->Set("$smooth", "1");
     EXPECT_LT(field->ValueAtPoint(AK_Vec2(mesh->_x[40])), 50);
@@ -141,18 +146,27 @@ TEST_F(SW_Fields, ARasterHoldsTheValuesAndItsExtentIsRounded)
     field->Set("ExportRasterSize", "5");
     const std::string text = Exported("ExportFieldRasterAscii", "depth.asc");
     EXPECT_EQ(text.rfind("ncols         10\nnrows         8\nxllcenter     1000\nyllcenter     2000\n"
-                         "cellsize      5\nNODATA_value  -9999\n", 0), 0u) << text;
+                         "cellsize      5\nNODATA_value  -9999\n",
+                         0),
+              0u)
+        << text;
     auto back = NewMesh();
     back->Import(directory / "depth.asc", 0);
     ASSERT_EQ(back->NumVertices(), 80);
     for (const AK_Vec& x : back->_x) EXPECT_NEAR(x.z, Value(x), 1e-5);
+    if (HaveGdal()) {
+        const std::vector<AK_Vec> cells = RasterByGdal(directory / "depth.asc");
+        EXPECT_EQ(cells.size(), 80u);
+        for (const AK_Vec& x : cells) EXPECT_NEAR(x.z, Value(x), 1e-5);
+    }
 
     field->Set("ExportRasterAutoRange", "0");
     field->Set("ExportRasterLL", "991 2000");
     field->Set("ExportRasterNumColumns", "4");
     field->Set("ExportRasterNumRows", "1");
     const std::string part = Exported("ExportFieldRasterAscii", "part.asc");
-    EXPECT_NE(part.find("\n-9999 2.92 3.02 3.12 \n"), std::string::npos) << part;   // half a cell left still counts as inside
+    EXPECT_NE(part.find("\n-9999 2.92 3.02 3.12 \n"), std::string::npos)
+        << part;   // half a cell left still counts as inside
     field->Set("ExportRasterSize", "0");
     field->Set("ExportFieldRasterAscii", directory / "bad.asc");
     EXPECT_FALSE(AK_Object::_execStatus.IsEmpty());
@@ -164,6 +178,13 @@ TEST_F(SW_Fields, LinesGoOutAsDxfOnALayerOfAttributeAndUnit)
     const std::string dxf = Exported("ExportContourLines", "lines.dxf");
     EXPECT_NE(dxf.find("DFA_fd_m_"), std::string::npos) << dxf.substr(0, 300);
     EXPECT_EQ(dxf.substr(dxf.size() - 16), "  0\nEOF\n  0\nEOF\n");
+    if (HaveGdal()) {
+        const std::vector<GdalLine> lines = LinesByGdal(directory / "lines.dxf");
+        EXPECT_GT(lines.size(), 3u);
+        for (const GdalLine& line : lines)
+            for (const AK_Vec& p : line.points)
+                EXPECT_NEAR(Value(p), std::stod(line.layer.substr(strlen("DFA_fd_m_"))), 1e-4) << line.layer;
+    }
     const std::string nxyz = Exported("ExportContourLines", "lines.nxyz");
     EXPECT_NE(nxyz.find("unit=m"), std::string::npos) << nxyz.substr(0, 300);
 }

@@ -2,6 +2,7 @@
 
 #include "SW_Workspace.h"
 
+#include "SW_Mesh_GdalTools.h"
 #include "SW_Workspace_TestSupport.h"
 
 #include <algorithm>
@@ -311,6 +312,48 @@ TEST_F(Projects, ComeBackInANewProcessByteForByte)
     EXPECT_EQ(std::system(compare.c_str()), 0);
     EXPECT_NE(FileBytes(Work("second/calculator/Calculator.atr")).find("a %%qnote%%q%%nin two lines"),
               std::string::npos);
+}
+
+// The values of an ESRI grid, from the top row down.
+static std::vector<double> HeightsIn(const AK_String& path)
+{
+    std::istringstream in(FileBytes(path));
+    std::string keyword;
+    double value = 0;
+    for (int i = 0; i < 6; ++i) in >> keyword >> value;
+    std::vector<double> heights;
+    while (in >> value) heights.push_back(value);
+    return heights;
+}
+
+TEST_F(Projects, KeepRealTerrainToTheLastPrintedDigit)
+{
+    const int columns = 324, rows = 360;
+    Play("set(\"Project/DHMs\", \"Import\", \"" KORVO_SOURCE_DIR "/examples/serles/serles_10m.asc\")\n"
+         "set(\"Project\", \"SaveProjectAs\", \"saved\")\n");
+    Play("set(\"Project\", \"LoadProject\", \"saved\")\n"
+         "set(\"Project/DHMs/serles_10m\", \"Export\", \"out.asc\")\n"
+         "set(\"Project/DHMs\", \"Import\", \"out.asc\")\n"
+         "set(\"Project/DHMs/out\", \"Export\", \"again.asc\")\n");
+    const std::vector<double> given = HeightsIn(KORVO_SOURCE_DIR "/examples/serles/serles_10m.asc");
+    const std::vector<double> out = HeightsIn(Work("out.asc"));
+    const std::vector<double> again = HeightsIn(Work("again.asc"));
+    ASSERT_EQ(given.size(), size_t(columns * rows));
+    ASSERT_EQ(out.size(), given.size());
+    ASSERT_EQ(again.size(), given.size());
+    int wrong = 0;
+    for (size_t i = 0; i < given.size(); ++i) {
+        const bool onFarEdge = i < size_t(columns) || i % columns == size_t(columns - 1);   // belongs to no cell
+        wrong += out[i] != (onFarEdge ? -9999 : given[i]);
+        wrong += !onFarEdge && again[i] != given[i];
+    }
+    EXPECT_EQ(wrong, 0);
+    if (!HaveGdal()) return;
+    const std::vector<AK_Vec> cells = RasterByGdal(Work("out.asc"));
+    ASSERT_EQ(cells.size(), given.size());
+    EXPECT_EQ(cells[0].x, 77670);
+    EXPECT_EQ(cells[0].y, 222230);
+    for (size_t i = columns; i < cells.size(); i += 997) EXPECT_NEAR(cells[i].z, out[i], 1e-3);
 }
 
 // ----------------------------------------------------------------------------------------------------------------
