@@ -216,6 +216,8 @@ private:
     void TakeGrid(const SW_Grid& grid);
     int RandomStartCell(const AK_Vec2& p) const;
     enum class GridKind { Cartesian, HoneyComb };
+    static bool HasSizeOfGrid(int nx, int ny);
+    static void RefuseGrid();
     bool MakeGrid(GridKind kind);
     bool Cover(const SW_Mesh& base, GridKind kind);
     void CoverBaseMesh(GridKind kind);

@@ -8,27 +8,29 @@
 
 #include "SW_Mesh_Contour.h"
 
+#include <climits>
 #include <cmath>
 
 static constexpr double rowHeight = 0.8660254037844387;   // of a honeycomb grid, in cell sizes: sqrt(3)/2
-static constexpr double maxGridPoints = 1e8;              // some 15 GB with all that belongs to a point
 
 // Cells of a size that an extent holds, `rounding` added before the fraction is dropped; 0 for what is no grid.
 static int CellsAlong(double extent, double size, double rounding)
 {
     const double cells = extent / size + rounding;
-    return size > 0 && cells >= 1 && cells < maxGridPoints ? int(cells) : 0;
+    return size > 0 && cells >= 1 && cells < INT_MAX ? int(cells) : 0;
 }
 
-static bool IsGrid(const SW_Grid& grid)
+static bool IsCellSize(double size) { return size > 0 && std::isfinite(size); }
+
+bool SW_Mesh::HasSizeOfGrid(int nx, int ny)
 {
-    return grid.nx >= 1 && grid.ny >= 1 && (grid.nx + 1.0) * (grid.ny + 1.0) <= maxGridPoints && grid.dx > 0 &&
-           std::isfinite(grid.dx);
+    static constexpr double maxPoints = 1e8;   // some 15 GB with all that belongs to a point
+    return nx >= 1 && ny >= 1 && (nx + 1.0) * (ny + 1.0) <= maxPoints;
 }
 
-static void RefuseGrid()
+void SW_Mesh::RefuseGrid()
 {
-    AK_Object::_execStatus = "no grid: its size is not positive, or it has no cell or more than 100000000 points";
+    _execStatus = "no grid: its size is not positive, or it has no cell or more than 100000000 points";
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -48,7 +50,7 @@ bool SW_Mesh::MakeGrid(GridKind kind)
         grid.nx = CellsAlong(extent.x, grid.dx, 1.499);   // so that the shifted rows reach the far sides, too
         grid.ny = CellsAlong(extent.y, grid.dy, 0.999);
     }
-    if (!IsGrid(grid)) return false;
+    if (!HasSizeOfGrid(grid.nx, grid.ny) || !IsCellSize(grid.dx)) return false;
 
     Clear();
     _x.Redimension((grid.nx + 1) * (grid.ny + 1));
@@ -104,7 +106,7 @@ void SW_Mesh::CoverBaseMesh(GridKind kind)
 void SW_Mesh::SetToPlane()
 {
     const SW_Grid grid{_nx, _ny, _dx, _dy, {0, 0}, {_length, _width}};
-    if (!IsGrid(grid)) {
+    if (!HasSizeOfGrid(_nx, _ny) || !IsCellSize(_dx)) {
         RefuseGrid();
         return;
     }
