@@ -101,28 +101,3 @@ static void ConnectivityOfTwoMillionTriangles(benchmark::State& state)
     for (auto _ : state) mesh->ComputeConnectivity();
 }
 BENCHMARK(ConnectivityOfTwoMillionTriangles)->Unit(benchmark::kMillisecond);
-
-// Ten rounds over a million vertices: two passes each, over the cells and over the vertices.
-static void SmoothingOfAMillionVertices(benchmark::State& state)
-{
-    const auto mesh = Grid(1000);
-    AK_List<AK_Vec> x = mesh->_x;
-    for (auto _ : state) mesh->SmoothVectorsAtVertices(x, 10);
-}
-BENCHMARK(SmoothingOfAMillionVertices)->Unit(benchmark::kMillisecond);
-
-// One pass over all edges of two million triangles.
-static void MinimizingTheCurvatureOfTwoMillionTriangles(benchmark::State& state)
-{
-    const auto grid = Grid(1000);
-    auto mesh = NewMesh();
-    mesh->_x = grid->_x;
-    for (AK_Vec& x : mesh->_x) x.z = AK_System::rand() % 1000 * 0.01;
-    for (const IA4& c : grid->_lcv) {
-        mesh->_lcv.Append({{c[0], c[1], c[2], -1}});
-        mesh->_lcv.Append({{c[0], c[2], c[3], -1}});
-    }
-    mesh->ComputeConnectivity();
-    for (auto _ : state) benchmark::DoNotOptimize(mesh->MinimizeCurvature());
-}
-BENCHMARK(MinimizingTheCurvatureOfTwoMillionTriangles)->Unit(benchmark::kMillisecond);
