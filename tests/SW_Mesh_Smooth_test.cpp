@@ -262,3 +262,29 @@ TEST_F(SW_Mesh_Curvature, AHoneycombThatHasLostItsPatternIsSearchedCellByCell)
         for (double weight : w) EXPECT_GE(weight, -1e-12);
     }
 }
+
+TEST_F(SW_Mesh_Curvature, ATangleOfCellsNamesNothingThatIsNotThere)
+{
+    AK_System::srand(3);
+    for (int round = 0; round < 200; ++round) {   // as a damaged record can hold them
+        auto mesh = NewMesh();
+        for (int i = 0; i < 6; ++i)
+            mesh->AddVertex({double(AK_System::rand() % 4), double(AK_System::rand() % 4), 0.1 * i});
+        for (int i = 0; i < 12; ++i) {
+            const auto vertex = [] { return AK_System::rand() % 6; };
+            mesh->_lcv.Append({{vertex(), vertex(), vertex(), i % 4 == 0 ? vertex() : -1}});
+        }
+        mesh->ComputeConnectivity();
+        for (int i = 0; i < 50; ++i) mesh->FlipEdge(AK_System::rand() % 12, AK_System::rand() % 3);
+        mesh->Set("MinimizeCurvature", "");
+        mesh->Set("Smooth", "");
+        mesh->Set("CreateCurvatureField", "");
+        for (int cell = 0; cell < 12; ++cell)
+            for (int k = 0; k < 4; ++k) {
+                ASSERT_LT(mesh->_lcv[cell][k], 6);
+                ASSERT_GE(mesh->_lcv[cell][k], k == 3 ? -1 : 0);
+                ASSERT_LT(mesh->_lcc[cell][k], 12);
+                ASSERT_GE(mesh->_lcc[cell][k], -1);
+            }
+    }
+}
