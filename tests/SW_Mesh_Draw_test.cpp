@@ -95,7 +95,7 @@ TEST_F(SW_Mesh_Draw, TheTerrainIsShadedAndCarriesContourLinesAndAField)
 
 TEST_F(SW_Mesh_Draw, ACoarseCopyOfItsHeightsStandsForAMesh)
 {
-    auto mesh = CartesianMesh(60, 60, 1, [](double x, double y) { return (int(x) + int(y)) % 2; });   // rough
+    auto mesh = CartesianMesh(60, 60, 1, [](double x, double) { return int(x) % 2; });   // ridges
     mesh->Set("DisplayContourLines", "0");
     mesh->Set("SmoothShading", "0");
     LookAt(*mesh, 60, 60);
@@ -103,7 +103,7 @@ TEST_F(SW_Mesh_Draw, ACoarseCopyOfItsHeightsStandsForAMesh)
     mesh->Update();
     const auto isRed = [](int r, int g, int b) { return r > 60 && g < 30 && b < 30; };
     EXPECT_GT(ShareOf(Picture(), isRed), 0.9);
-    mesh->Set("DrawCoarsened", "1");   // by 3 the heights alternate, too, but less steeply
+    mesh->Set("DrawCoarsened", "1");   // over 3 m the heights alternate, too: 18 degrees
     mesh->Update();
     EXPECT_LT(ShareOf(Picture(), isRed), 0.1);
     EXPECT_EQ(mesh->NumCells(), 3600);
