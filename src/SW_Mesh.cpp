@@ -41,6 +41,7 @@ void SW_Mesh::Clear()
     _segments.Clear();
     _totalNormal = AK_Vec();
     _contourLines.reset();
+    _coarseMesh.reset();
     _isCartesian = 0;
     _isHoneyComb = 0;
 }

@@ -19,6 +19,7 @@
 
 #include "AK_VisObj3d.h"
 #include "SW_Mesh_Query.h"
+#include "SW_Mesh_Reference.h"
 
 #include <memory>
 
@@ -121,6 +122,46 @@ public:
     void ComputeLvv() const;
     int _skipData = 0;   // 1: the record is not written and not read, for a mesh that others own
 
+    // ---- grids from the attributes (SW_Mesh_Grid.cpp); what cannot be a grid is refused with a status
+    void SetToCartesianGrid();   // Dx over Xll to Xor, heights 0; a remainder narrower than a cell is left out
+    void SetToHoneyCombGrid();   // the same in triangles, up to the far sides or beyond
+    /// Nx by Ny cells over Length by Width: a part of a cylinder along y, Inclination being its radius in metres.
+    /// Heights are NaN farther than that from the middle. Points are located by Dx, which should be Length/Nx and
+    /// Width/Ny.
+    void SetToPlane();
+    /// A grid over the extent of BaseMesh, projected onto it. Nothing without one.
+    void CoverWithCartesianGrid() { CoverBaseMesh(GridKind::Cartesian); }
+    void CoverWithHoneyCombGrid() { CoverBaseMesh(GridKind::HoneyComb); }
+
+    // ---- another mesh (SW_Mesh_Project.cpp); a name that leads to none, or to this one, does nothing
+    /// Every vertex takes the height of the other surface. Where that has none, a Cartesian grid is filled unless
+    /// NumNoDataValueInterpolationIterations is 0; any other mesh loses those vertices. Components follow.
+    void ProjectOnto(const SW_Mesh* mesh);
+    void ProjectOnto(const AK_String& name);
+    /// Normals point as those of the other mesh, which has them, and keep their z. Vertices beside it keep theirs.
+    void InterpolateNormalsFrom(const SW_Mesh* mesh);
+    void InterpolateNormalsFrom(const AK_String& name);
+
+    // ---- smoothing (SW_Mesh_Smooth.cpp)
+    /// n rounds in which each vertex takes the mean of the means of its cells, in x, y and z; the boundary moves, too.
+    void Smooth(int n);
+    void SmoothVertexNormals(int n);                                   // the normals only, until they are computed anew
+    void SmoothVectorsAtVertices(AK_List<AK_Vec>& vec, int n) const;   // one vector for each vertex
+    void CreateCurvatureField();   // the component "curvature", 1/m, a value for each cell
+    void CreateNormalsField();     // the component "normals", unit vectors at the vertices
+
+    // ---- edge flips (SW_Mesh_Curvature.cpp), between triangles only; they need neighbours
+    /// m: how much the surface bends at the face of a triangle, which has a triangle as its neighbour, and at the next
+    /// edge of either. Length times (1 - cosine of the bend), the face counting three times. 0 where the mesh ends.
+    double TotalCurvature(int cell, int face) const;
+    int HasFlipableEdge(int cell, int face) const;
+    /// Exchanges the common edge for the other diagonal; it keeps its face in both cells. 0 where there is no other
+    /// triangle. The same call again restores cells and neighbours exactly.
+    int FlipEdge(int cell, int face);
+    /// One pass over all edges: a flip stays if it lowers the measure by more than one per cent. Returns their number.
+    int MinimizeCurvature();
+    void MinimizeCurvatureRepeatedly();   // as long as each pass flips fewer edges than the one before
+
     // ---- rasters (SW_Mesh_Raster.cpp, SW_Mesh_NoData.cpp)
     static constexpr double noData = -1.8725e-50;   // a height that no tile has given yet
 
@@ -162,7 +203,8 @@ protected:
 private:
     void SetInclinationColor(const AK_Vec& normal) const;
     void SetContourLineColor() const;
-    void DrawFaces() const;
+    void DrawFaces(const SW_Mesh& surface) const;
+    void MakeCoarseMesh();
     void DrawContourLines() const;
     void DrawBreakLines();
     void DrawConnectivity();
@@ -174,6 +216,19 @@ private:
     void TakeGrid(const SW_Grid& grid);
     bool BeginSearch(const AK_Vec2& p, int& start) const;
     int RandomStartCell(const AK_Vec2& p) const;
+    enum class GridKind { Cartesian, HoneyComb };
+    static bool HasSizeOfGrid(int nx, int ny);
+    static void RefuseGrid();
+    bool MakeGrid(GridKind kind);
+    bool Cover(const SW_Mesh& base, GridKind kind);
+    void CoverBaseMesh(GridKind kind);
+    SW_Mesh* OtherMesh(const AK_String& name) const;
+    bool HasNormals() const { return _vertexNormals.Size() == NumVertices(); }
+    void FinishNewSurface();
+    struct EdgePair;
+    bool TrianglesAt(int cell, int face, EdgePair& pair) const;
+    int FaceBack(int cell, int neighbor) const;
+    void Relink(int neighbor, int v0, int v1, int owner);
     void RemoveAllCells();
     void FinishRaster(const SW_Grid& grid, double noDataValue);
     void ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& grid);
@@ -188,6 +243,7 @@ private:
     AK_Vec _totalNormal;      // m2: sum of all area vectors
     mutable AK_List<AK_List<int>> _lvv{1};   // vertex -> neighbour vertices, built on demand
     std::unique_ptr<SW_ContourLines> _contourLines;
+    std::unique_ptr<SW_Mesh> _coarseMesh;   // drawn in place of this one; made on demand, no component
     AK_String _projection;   // text of the coordinate system that came with the raster, "" for none
 
     // What the next grid, cover or export is to be like. The cells of a regular mesh keep to _grid: these can be
@@ -195,11 +251,15 @@ private:
     int _nx = 50, _ny = 20;
     double _dx = 5.0, _dy = 0;
     AK_Vec2 _xll{0, 0}, _xor{1000, 1000};
-    AK_String _baseMesh;
+    double _length = 1000.0, _width = 200.0;   // m: of the trough
+    double _inclination = 20.0;                // m: its radius
+    SW_MeshReference _baseMesh;                // what a cover takes its heights from
+    int _smootherIterations = 10;
     int _numNoDataIterations = 1000;   // 0 removes areas without data, anything else fills them
 
     AK_Vec2 _xActive{0, 0};   // m: where HActive and NActive answer for
     int _displayFaces = 1;
+    int _drawCoarsened = 0;
     int _smoothShading = 1;
     int _shadeIncl = 0;
     double _inclMin = 30.0, _inclMax = 60.0;   // degrees

@@ -19,17 +19,6 @@ static AK_String NormalAt(const SW_Mesh& mesh, const AK_Vec2& p)
     return cell < 0 ? AK_String("0 0 1") : AK_ToText(Normalized(mesh.CellNormal(cell)), nullptr);
 }
 
-// The objects of a type in the whole tree as paths from an object, itself left out.
-static AK_String PathsOfType(const AK_Object& object, const char* type)
-{
-    AK_List<AK_Object*> found(1);
-    object.Root()->GetObjectsOfType(type, found);
-    AK_String list;
-    for (const AK_Object* other : found)
-        if (other != &object) list = list + other->IdAbs(&object) + ak_sep;
-    return list;
-}
-
 static AK_String FontOptions()
 {
     AK_String list;
@@ -37,7 +26,7 @@ static AK_String FontOptions()
     return list;
 }
 
-AK_String SW_Mesh::MeshNamesList() const { return PathsOfType(*this, "DHM"); }
+AK_String SW_Mesh::MeshNamesList() const { return SW_PathsOfType(*this, "DHM"); }
 
 std::span<const AK_Row> SW_Mesh::Rows()
 {
@@ -59,7 +48,7 @@ std::span<const AK_Row> SW_Mesh::Rows()
         {"HActive", shown<[](const S& m) { return HeightAt(m, m._xActive); }>},
         {"NActive", shown<[](const S& m) { return NormalAt(m, m._xActive); }>},
         {"MeshNamesList", shown<&S::MeshNamesList>},
-        {"Polylines", shown<[](const S& m) { return PathsOfType(m, "Polyline"); }>},
+        {"Polylines", shown<[](const S& m) { return SW_PathsOfType(m, "Polyline"); }>},
 
         {"Nx", value<&S::_nx>},
         {"Ny", value<&S::_ny>},
@@ -67,9 +56,30 @@ std::span<const AK_Row> SW_Mesh::Rows()
         {"DxVis", shown<[](const S& m) { return m._isCartesian ? "r" : "w"; }>},
         {"Xll", value<&S::_xll>},
         {"Xor", value<&S::_xor>},
-        {"BaseMesh", value<&S::_baseMesh>},
+        {"BaseMesh",
+         pair<[](const S& m) { return m._baseMesh.Path(m); }, [](S& m, Text name) { m._baseMesh.Set(name); }>},
+        {"Length", value<&S::_length>},             // m
+        {"Width", value<&S::_width>},               // m
+        {"Inclination", value<&S::_inclination>},   // m
+        {"SetToPlane", command<&S::SetToPlane>},
+        {"SetToCartesianGrid", command<&S::SetToCartesianGrid>},
+        {"SetToHoneyCombGrid", command<&S::SetToHoneyCombGrid>},
+        {"CoverWithCartesianGrid", command<&S::CoverWithCartesianGrid>},
+        {"CoverWithHoneyCombGrid", command<&S::CoverWithHoneyCombGrid>},
+
+        {"ProjectOnto", command<static_cast<void (S::*)(Text)>(&S::ProjectOnto)>},
+        {"InterpolateNormalsFrom", command<static_cast<void (S::*)(Text)>(&S::InterpolateNormalsFrom)>},
+        {"SmootherIterations", value<&S::_smootherIterations>},
+        {"Smooth", command<[](S& m) { m.Smooth(m._smootherIterations); }>},
+        {"SmoothVertexNormals", command<[](S& m) { m.SmoothVertexNormals(m._smootherIterations); }>},
+        {"MinimizeCurvature", command<&S::MinimizeCurvatureRepeatedly>},
+        {"CreateCurvatureField", command<&S::CreateCurvatureField>},
+        {"RemoveCurvatureField", command<[](S& m) { m.DeleteComponent("curvature"); }>},
+        {"CreateNormalsField", command<&S::CreateNormalsField>},
+        {"RemoveNormalsField", command<[](S& m) { m.DeleteComponent("normals"); }>},
 
         {"DisplayFaces", value<&S::_displayFaces>},
+        {"DrawCoarsened", value<&S::_drawCoarsened>},
         {"SmoothShading", value<&S::_smoothShading>},
         {"ShadeIncl", value<&S::_shadeIncl>},
         {"ShadeInclVis", visible<&S::_shadeIncl>},

@@ -19,12 +19,17 @@ struct SW_EdgeEntry {
 static constexpr int bucketCapacity = 40;       // more than a bucket holds at a time on an ordinary mesh
 static constexpr int cellsPerMessage = 200000;
 
+static void ReportProgress(int cell)
+{
+    if (cell % cellsPerMessage == 0) AK_MSG("cell " << cell + 1);
+}
+
 // Connects cells by their open edges; returns how many entries were looked at.
 static long ConnectByEdges(const AK_List<IA4>& lcv, AK_List<IA4>& lcc, AK_List<AK_List<SW_EdgeEntry>>& buckets)
 {
     long looked = 0;
     for (int cell = 0; cell < lcv.Size(); ++cell) {
-        if (cell % cellsPerMessage == 0) AK_MSG("cell " << cell + 1);
+        ReportProgress(cell);
         const IA4& corners = lcv[cell];
         for (int face = 0; face < 4 && corners[face] >= 0; ++face) {
             const int a = corners[face];
@@ -51,6 +56,7 @@ static void ConnectCartesian(const SW_Grid& grid, AK_List<IA4>& lcc)
     for (int i = 0; i < grid.nx; ++i)
         for (int j = 0; j < grid.ny; ++j) {
             const int cell = i * grid.ny + j;
+            ReportProgress(cell);
             IA4& neighbors = lcc[cell];
             neighbors[0] = j > 0 ? cell - 1 : -1;
             neighbors[1] = i + 1 < grid.nx ? cell + grid.ny : -1;
@@ -88,7 +94,7 @@ void SW_Mesh::ComputeVertexNormals()
         const IA4& c = _lcv[cell];
         const int n = NumCorners(c);
         const AK_Vec area = CellNormal(cell);
-        const AK_Vec share = area * (1.0 / n);
+        const AK_Vec share{area.x / n, area.y / n, area.z / n};
         _totalNormal += area;
         for (int k = 0; k < n; ++k) _vertexNormals[c[k]] += share;
     }

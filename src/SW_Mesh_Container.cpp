@@ -4,6 +4,8 @@
 
 #include "SW_Mesh_Contour.h"
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 
@@ -18,6 +20,8 @@ std::span<const AK_Row> SW_Meshes::Rows()
         {"Import", command<[](S& m, Text path) { m.Import(path, 0); }>},
         {"ImportRasterReduced", command<[](S& m, Text path) { m.Import(path, m._numPtRedRasterImport); }>},
         {"NumPtRedRasterImport", value<&S::_numPtRedRasterImport>},
+        {"AutoCreateSimulationMesh", value<&S::_autoCreateSimulationMesh>},
+        {"CreateSimulationMesh", command<&S::CreateSimulationMesh>},
         {"SimulationDefaultCellSize", value<&S::_simulationDefaultCellSize>},   // m
         {"Tiles", pair<&S::_tiles, static_cast<void (S::*)(Text)>(&S::Tiles)>},
         {"TileSelect", command<&S::TileSelect>},
@@ -94,7 +98,33 @@ void SW_Meshes::Import(const AK_String& path, int nReduce)
     ImportAreas(path);
     if (mesh->NumCells() > 0 && mesh->IsCartesian() && IsSimulationCellSize(mesh->Grid().dx))
         mesh->Set("Id", mesh->Id() + "_simulation");
+    else if (mesh->NumCells() > 0 && _autoCreateSimulationMesh)
+        CreateSimulationMesh(mesh->Id());
     Autofit();
+}
+
+void SW_Meshes::CreateSimulationMesh(const AK_String& baseId)
+{
+    const auto* base = dynamic_cast<const SW_Mesh*>(Component(baseId));
+    if (!base) return;
+    SW_Mesh* mesh = CreateMesh(baseId + "_simulation");
+    mesh->Set("NumNoDataValueInterpolationIterations", "50");
+    mesh->Set("BaseMesh", AK_String("../") + baseId);
+    mesh->Set("Dx", AK_String(_simulationDefaultCellSize, "%.15g"));
+    mesh->Set("CoverWithCartesianGrid", "");
+    if (mesh->NumCells() == 0) {   // refused: the status or a message says why
+        const AK_String status = _execStatus;
+        DeleteComponent(mesh->Id());
+        _execStatus = status;
+        return;
+    }
+    double resolution = 0;
+    AK_FromText(resolution, base->Get("Resolution"));
+    AK_MSG("resolution of base mesh is " << resolution);
+    const double rounds = resolution / _simulationDefaultCellSize;
+    mesh->Set("SmootherIterations", AK_String(rounds > 0 ? int(std::min(rounds, double(INT_MAX))) : 0, "%d"));
+    mesh->Set("Smooth", "");
+    mesh->Set("Active", "0");
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -126,9 +156,9 @@ void SW_Meshes::Tiles(const AK_String& paths)
             first = false;
             continue;
         }
-        const bool fits = std::fabs(_tilesDs - cellSize) < sameSize
-                          && std::fabs(std::fmod(_tilesXmin.x - min.x, cellSize)) < onLattice
-                          && std::fabs(std::fmod(_tilesXmin.y - min.y, cellSize)) < onLattice;
+        const bool fits = std::fabs(_tilesDs - cellSize) < sameSize &&
+                          std::fabs(std::fmod(_tilesXmin.x - min.x, cellSize)) < onLattice &&
+                          std::fabs(std::fmod(_tilesXmin.y - min.y, cellSize)) < onLattice;
         if (!fits) _tilesDs = std::min(_tilesDs, cellSize);
         consistent = consistent && fits;
         _tilesXmin = {std::min(_tilesXmin.x, min.x), std::min(_tilesXmin.y, min.y)};
@@ -159,8 +189,10 @@ void SW_Meshes::TileDeselect(const AK_String& path)
 void SW_Meshes::TilesLoad()
 {
     if (!_tilesConsistent) return;
-    SW_Mesh* mesh = CreateMesh(IsSimulationCellSize(_tilesDs) ? "combined_simulation" : "combined");
+    const bool forSimulations = IsSimulationCellSize(_tilesDs);
+    SW_Mesh* mesh = CreateMesh(forSimulations ? "combined_simulation" : "combined");
     mesh->LoadTiles(_tiles);
     Tiles("");
+    if (mesh->NumCells() > 0 && !forSimulations && _autoCreateSimulationMesh) CreateSimulationMesh(mesh->Id());
     Autofit();
 }

@@ -17,6 +17,9 @@ public:
     SW_Mesh* CreateMesh(const AK_String& id);
     /// A mesh from a file, named after it; the release and resistance areas that lie beside it come along.
     void Import(const AK_String& path, int nReduce);
+    /// A Cartesian grid of the default cell size over a mesh, "<base>_simulation", not active: the grid that
+    /// simulations run on. It is smoothed the more often the coarser the base is. Nothing if there is no such mesh.
+    void CreateSimulationMesh(const AK_String& baseId);
 
     // ---- tiles, a list of paths joined by "%AK_SEP%"
     /// Replaces the selection and looks at the headers: extent, cell size, and whether all lie on one lattice.
@@ -31,6 +34,7 @@ private:
     void Autofit();
     void ImportAreas(const AK_String& path);
 
+    int _autoCreateSimulationMesh = 0;
     int _numPtRedRasterImport = 1;
     AK_String _tiles;
     AK_Vec2 _tilesXmin, _tilesXmax;   // m: combined extent

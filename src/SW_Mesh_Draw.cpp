@@ -17,15 +17,26 @@ void SW_Mesh::Update()
     if (!IsShown()) return;
     const bool stepsChanged =
         ExecTime("ContourLinesMinorStep") > _updateTime || ExecTime("ContourLinesMajorStep") > _updateTime;
-    if (_displayContourLines && (!_contourLines || stepsChanged)) ComputeContourLines();
-    if (_vertexNormals.Size() != NumVertices()) ComputeVertexNormals();
+    if (!_contourLines || stepsChanged) ComputeContourLines();
+    if (!HasNormals()) ComputeVertexNormals();
+    if (_drawCoarsened && !_coarseMesh) MakeCoarseMesh();
     AK_Class::Update();
+}
+
+// Cells three times as large, for terrain that takes long to draw. Without cells if the mesh is too small for that.
+void SW_Mesh::MakeCoarseMesh()
+{
+    _coarseMesh = std::make_unique<SW_Mesh>("coarse", this);
+    _coarseMesh->_baseMesh.Set(IdAbs());
+    _coarseMesh->_dx = 3.0 * _dx;
+    _coarseMesh->Cover(*this, GridKind::Cartesian);
 }
 
 void SW_Mesh::Draw()
 {
     if (NumCells() == 0) return;
-    if (_displayFaces) DrawFaces();
+    const bool coarse = _drawCoarsened && _coarseMesh && _coarseMesh->NumCells() > 0;
+    if (_displayFaces) DrawFaces(coarse ? *_coarseMesh : *this);
     aglDisable(GL_LIGHTING);
     if (_displayContourLines && _contourLines) DrawContourLines();
     if (_breakLinesAngle > breakLinesOff) DrawBreakLines();
@@ -57,7 +68,8 @@ void SW_Mesh::SetInclinationColor(const AK_Vec& normal) const
         aglColor4f(_color[0], _color[1], _color[2], _opacity);
 }
 
-void SW_Mesh::DrawFaces() const
+// The faces of a surface, which is this mesh or its coarse copy, as this mesh is to be drawn.
+void SW_Mesh::DrawFaces(const SW_Mesh& surface) const
 {
     const auto setNormal = [&](const AK_Vec& area) {
         const AK_Vec n = Normalized(area);
@@ -66,13 +78,13 @@ void SW_Mesh::DrawFaces() const
     };
     for (int corners : {3, 4}) {
         aglBegin(corners == 3 ? GL_TRIANGLES : GL_QUADS);
-        for (int cell = 0; cell < NumCells(); ++cell) {
-            const IA4& c = _lcv[cell];
+        for (int cell = 0; cell < surface.NumCells(); ++cell) {
+            const IA4& c = surface._lcv[cell];
             if (NumCorners(c) != corners) continue;
-            if (!_smoothShading) setNormal(CellNormal(cell));
+            if (!_smoothShading) setNormal(surface.CellNormal(cell));
             for (int k = 0; k < corners; ++k) {
-                if (_smoothShading) setNormal(_vertexNormals[c[k]]);
-                Vertex(_x[c[k]]);
+                if (_smoothShading) setNormal(surface._vertexNormals[c[k]]);
+                Vertex(surface._x[c[k]]);
             }
         }
         aglEnd();

@@ -45,11 +45,10 @@ void SW_Mesh::WriteGrid(std::FILE* file) const
     std::fprintf(file, "ncols         %d\nnrows         %d\n", _nx + 1, _ny + 1);
     std::fprintf(file, "xllcenter     %.10g\nyllcenter     %.10g\n", _xll.x, _xll.y);
     std::fprintf(file, "cellsize      %.10g\nNODATA_value  %g\n", _dx, writtenNoData);
-    int cell = -1;
     for (int j = _ny; j >= 0; --j) {
         for (int i = 0; i <= _nx; ++i) {
             const AK_Vec2 p(i * _dx + _xll.x, j * _dx + _xll.y);
-            cell = CellContainingPoint(p, -1);
+            const int cell = CellContainingPoint(p, -1);
             if (cell < 0) {
                 std::fprintf(file, "%g ", writtenNoData);
                 continue;
@@ -77,8 +76,10 @@ void SW_Mesh::Export(const AK_String& path)
     const bool points = extension == "xyz";
     const bool grid = std::any_of(std::begin(rasters), std::end(rasters),
                                   [&](const char* raster) { return extension == raster; });
-    if (points || grid) {
-        if (grid) SizeGridForExport();
+    if (grid) SizeGridForExport();
+    if (grid && !HasSizeOfGrid(_nx, _ny))
+        RefuseGrid();
+    else if (points || grid) {
         std::FILE* file = std::fopen(path.c_str(), "w");
         bool written = file != nullptr;
         if (file) {

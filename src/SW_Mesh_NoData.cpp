@@ -16,6 +16,20 @@
 // Removing
 // ----------------------------------------------------------------------------------------------------------------
 
+// Break lines keep the pieces both ends of which are left.
+static void RenumberSegments(const AK_List<int>& newIndex, AK_List<int>& segments)
+{
+    int kept = 0;
+    for (int i = 0; i + 1 < segments.Size(); i += 2) {
+        const int a = newIndex[segments[i]];
+        const int b = newIndex[segments[i + 1]];
+        if (a < 0 || b < 0) continue;
+        segments[kept++] = a;
+        segments[kept++] = b;
+    }
+    segments.SetSize(kept);
+}
+
 void SW_Mesh::RemoveNoDataAreas(double noDataValue)
 {
     AK_List<int> newIndex(NumVertices());
@@ -24,6 +38,9 @@ void SW_Mesh::RemoveNoDataAreas(double noDataValue)
     const int numRemoved = NumVertices() - kept.Size();
     if (numRemoved == 0) return;
     _x.Swap(kept);
+    _vertexNormals.Clear();   // they and the lists of neighbours went by the old numbers
+    _lvv.Clear();
+    RenumberSegments(newIndex, _segments);
     AK_MSG("removed " << numRemoved << " no-data-vertices");
 
     int numCellsRemoved = 0;
@@ -44,6 +61,7 @@ void SW_Mesh::RemoveNoDataAreas(double noDataValue)
     AK_MSG("removed " << numCellsRemoved << " no-data-cells");
     _isCartesian = 0;
     _isHoneyComb = 0;
+    if (NumCells() == 0) _lcc.Clear();
     if (_lcc.Size() > 0) ComputeConnectivity();
 }
 
@@ -96,10 +114,10 @@ struct StencilPoint {
     int i, j, weight;
 };
 
-} // namespace
+}   // namespace
 
 // A coarse point and the fine ones around it.
-static constexpr StencilPoint stencil[] = {{0, 0, 4},  {-1, 0, 2}, {1, 0, 2},  {0, -1, 2}, {0, 1, 2},
+static constexpr StencilPoint stencil[] = {{0, 0, 4},   {-1, 0, 2}, {1, 0, 2},  {0, -1, 2}, {0, 1, 2},
                                            {-1, -1, 1}, {1, -1, 1}, {-1, 1, 1}, {1, 1, 1}};
 static constexpr StencilPoint neighbors[] = {{-1, 0, 1}, {1, 0, 1}, {0, -1, 1}, {0, 1, 1}};
 
@@ -203,6 +221,7 @@ void SW_Mesh::RemoveAllCells()
     AK_MSG(nothingGiven << ", the mesh '" << _id << "' has no cells");
     _lcv.Clear();
     _lcc.Clear();
+    _vertexNormals.Clear();
     _isCartesian = 0;
     _isHoneyComb = 0;
 }
@@ -228,6 +247,10 @@ void SW_Mesh::InterpolateNoDataValuesMultigrid(double noDataValue)
     InterpolateNoDataValuesMultigrid(_grid.nx, _grid.ny, z, noDataValue);
     for (int i = 0; i < NumVertices(); ++i) _x[i].z = z[i];
     AK_MSG("filling no-data-areas with intrepolated/extrapolated values done.");
+    if (Parent() && Parent()->Id() == "ReleaseDHMs")
+        AK_MSG("WARNING: the filled gaps of '" << _id << "' release snow like the rest. To leave them out, make a mesh "
+                                               << "with CreateMesh, set its NumNoDataValueInterpolationIterations to "
+                                               << "0, and import into that");
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -281,8 +304,8 @@ void SW_Mesh::InterpolateNoDataValues(int nIterations, double noDataValue)
                 missing[i * N + j] = 0;
                 ++numCorrections;
             }
-        AK_MSG(numCorrections << " corrections, max. " << maxChange << " ("
-                              << maxChange / (max - min + 1e-30) * 100 << "%)");
+        AK_MSG(numCorrections << " corrections, max. " << maxChange << " (" << maxChange / (max - min + 1e-30) * 100
+                              << "%)");
     }
     AK_MSG("interpolation done.");
 }

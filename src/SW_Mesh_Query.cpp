@@ -124,7 +124,7 @@ AK_Vec SW_Mesh::Normal() const
     return sum;
 }
 
-double SW_Mesh::ProjectedArea() const { return _totalNormal.z; }
+double SW_Mesh::ProjectedArea() const { return HasNormals() ? _totalNormal.z : Normal().z; }
 
 double SW_Mesh::Resolution() const
 {

@@ -20,6 +20,7 @@ SW_Workspace::SW_Workspace(const AK_String& id, AK_Object* parent) : AK_Class(id
 {
     ReadClassFiles();
     AddContainers<SW_Meshes>({"DHMs", "ReleaseDHMs"});
+    Component("ReleaseDHMs")->Set("AutoCreateSimulationMesh", "0");   // they hold depths: a user's default is for terrain
     AddContainers<SW_Polygons>({"Polygons"});
     AddContainers<SW_Polylines>({"Polylines"});
     AddContainers<AK_Container>({"ReleaseAreas", "EntrainmentAreas", "ResistanceAreas", "WallLines", "SourceLines"});
