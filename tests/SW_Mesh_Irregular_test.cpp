@@ -227,7 +227,7 @@ TEST_F(SW_Mesh_Irregular, PointsOfEveryArrangementBecomeASurfaceOrNone)
          [](int i) {
              return i < 4 ? AK_Vec{i % 2 * 1.0, i / 2 * 1.0, 0} : AK_Vec{i < 6 ? NAN : 1e300, 3e-300, 0};
          },
-         1},
+         1, 1e-9},
     };
     for (const auto& c : cases) {
         AK_System::srand(17);
