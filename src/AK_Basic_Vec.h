@@ -64,6 +64,17 @@ struct AK_Vec2 {
     AK_Vec2(double px, double py) : x(px), y(py) {}
     AK_Vec2(const AK_Vec& p) : x(p.x), y(p.y) {}   // a point seen from above
     bool operator==(const AK_Vec2&) const = default;
+
+    // Exact decisions (AK_Basic_Predicates.cpp) for coordinates that are 0 or lie between 1e-30 and 1e+38 in magnitude.
+    // Any thread may ask.
+
+    /// (b.y - a.y) * (p.x - a.x) - (b.x - a.x) * (p.y - a.y): above 0 if p lies to the right of a -> b, below 0 if to
+    /// the left. The sign is right always, the value within rounding.
+    static double Side(const AK_Vec2& a, const AK_Vec2& b, const AK_Vec2& p);
+    /// For a triangle a, b, c that runs counter-clockwise and a point p beyond b -> c: 1 if p lies inside the circle
+    /// through the corners or the triangle has no area; 0 if it lies on the circle or outside, and where a -> p leaves
+    /// the triangle not strictly between b and c, so that the diagonal of the quadrilateral a, b, p, c cannot change.
+    static int InCircle(const AK_Vec2& p, const AK_Vec2& a, const AK_Vec2& b, const AK_Vec2& c);
 };
 
 inline AK_Vec2 operator+(const AK_Vec2& a, const AK_Vec2& b) { return {a.x + b.x, a.y + b.y}; }

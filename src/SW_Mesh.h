@@ -25,6 +25,7 @@
 
 class SW_ContourLines;
 class SW_Polyline;
+class AK_Polyline;
 
 /// A point where a line crosses an edge of the mesh: x = x(vertex0) + t * (x(vertex1) - x(vertex0)).
 struct SW_MeshEdgeIntersection {
@@ -181,6 +182,25 @@ public:
     static void InterpolateNoDataValuesMultigrid(int nx, int ny, AK_List<double>& z, double noDataValue);
     void InterpolateNoDataValues(int nIterations, double noDataValue);
 
+    // ---- points and triangles (SW_Mesh_Irregular.cpp); a file that cannot be opened leaves the mesh as it is
+    void LoadXyz(const AK_String& path);         // a point a line, then TriangulatePoints
+    void LoadDxfPoints(const AK_String& path);   // the points of a drawing, then TriangulatePoints
+    /// A list of triangles. One that ends early, or is none, is fatal.
+    void LoadTbp(const AK_String& path);
+    /// Makes the cells anew: the Delaunay triangles between the vertices. The same vertices give the same cells. A
+    /// vertex at the place of another one stays without a cell; none get cells if all lie on one line.
+    void TriangulatePoints();
+
+    // ---- break lines (SW_Mesh_BreakLines.cpp): lines that run along edges of triangles
+    void LoadNxyz(const AK_String& path);   // the lines of a file as the whole mesh
+    void LoadDxf(const AK_String& path);    // the points of a drawing and its lines
+    /// Triangulates anew, with the points of the lines as vertices and their segments as edges; keepPresent: 1 keeps
+    /// the present vertices and segments. Where no edge comes of a segment it is halved, as often as it takes, down to
+    /// a length that `_segments` then loses; a new vertex takes the mean height of the segment's ends.
+    void LoadPolylines(const AK_List<AK_Polyline>& lines, int keepPresent);
+    void InsertBreakLines(const AK_String& path);   // the lines of an nxyz or dxf file, to the present vertices
+    void InsertBreakLine(const AK_String& id);      // the points of a line object; nothing if there is none
+
     // ---- contour lines (SW_Mesh_Contour.cpp)
     void ComputeContourLines();
     void ExportContourLines(const AK_String& path);
@@ -233,6 +253,8 @@ private:
     void FinishRaster(const SW_Grid& grid, double noDataValue);
     void ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& grid);
     void DeriveGridDescription();
+    template <class Net, class NumberOf>
+    int TakeTriangles(const Net& net, const NumberOf& numberOf);
     void ImportSideFiles(const AK_String& path);
     bool ReadRecord(AK_Stream& stream, bool narrow);
     bool ReadGrid(AK_Stream& stream, bool narrow, bool cartesian, int numCells);

@@ -38,6 +38,8 @@ std::span<const AK_Row> SW_Mesh::Rows()
         {"ExportContourLines", command<&S::ExportContourLines>},
         {"NumNoDataValueInterpolationIterations", value<&S::_numNoDataIterations>},
         {"Projection", value<&S::_projection>},
+        {"InsertBreakLines", command<&S::InsertBreakLines>},
+        {"InsertBreakLine", command<&S::InsertBreakLine>},
 
         {"NumVertices", shown<&S::NumVertices>},
         {"NumCells", shown<&S::NumCells>},

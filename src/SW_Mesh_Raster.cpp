@@ -16,65 +16,13 @@
 #include "SW_Mesh.h"
 
 #include "SW_Mesh_Contour.h"
+#include "SW_Mesh_Tokens.h"
 
-#include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstring>
 
-// ----------------------------------------------------------------------------------------------------------------
-// Tokens
-// ----------------------------------------------------------------------------------------------------------------
-
 namespace {
-
-// Words and numbers of a text file, separated by white space.
-class TokenReader {
-public:
-    explicit TokenReader(const AK_String& path) : _reader(path) {}
-    bool IsOpen() const { return _reader.IsOpen(); }
-    long Remaining() const { return _reader.Remaining(); }
-
-    // The next word, "" at the end. One that is longer than any number comes back cut, and is none then.
-    const char* Next()
-    {
-        int byte = _reader.ReadByte();
-        while (IsSpace(byte)) byte = _reader.ReadByte();
-        _length = 0;
-        for (; byte >= 0 && !IsSpace(byte); byte = _reader.ReadByte())
-            if (_length < maxToken) _token[_length++] = char(byte);
-        _token[_length] = 0;
-        return _token;
-    }
-
-    bool NextInt(int& value) { return Next() && Parse(value); }
-
-    // A number beyond the range of a double, and the words for what is no number, come back as not finite.
-    bool NextDouble(double& value)
-    {
-        Next();
-        const char* begin = _token[0] == '+' ? _token + 1 : _token;
-        const char* end = _token + _length;
-        const auto result = std::from_chars(begin, end, value);
-        if (result.ec == std::errc::result_out_of_range) value = HUGE_VAL;
-        return result.ec != std::errc::invalid_argument && result.ptr == end && begin < end;
-    }
-
-private:
-    static bool IsSpace(int byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
-
-    bool Parse(int& value)
-    {
-        const char* begin = _token[0] == '+' ? _token + 1 : _token;
-        const auto result = std::from_chars(begin, _token + _length, value);
-        return result.ec == std::errc() && result.ptr == _token + _length;
-    }
-
-    static constexpr int maxToken = 2000;   // a number of a thousand digits is a number
-    AK_TextReader _reader;
-    char _token[maxToken + 1] = "";
-    int _length = 0;
-};
 
 // A raster's header.
 struct GridHeader {
@@ -93,7 +41,7 @@ struct GridHeader {
     }
 };
 
-} // namespace
+}   // namespace
 
 static constexpr double writtenNoData = -9999;   // stands for "nodata_value nan"
 
@@ -102,7 +50,7 @@ static constexpr double writtenNoData = -9999;   // stands for "nodata_value nan
 // ----------------------------------------------------------------------------------------------------------------
 
 // Reads the value of a keyword; false if there is none of that name or its value is no number.
-static bool ReadHeaderValue(const AK_String& keyword, TokenReader& in, GridHeader& header)
+static bool ReadHeaderValue(const AK_String& keyword, SW_TokenReader& in, GridHeader& header)
 {
     const struct {
         const char* keyword;
@@ -124,7 +72,7 @@ static bool ReadHeaderValue(const AK_String& keyword, TokenReader& in, GridHeade
 }
 
 // Reads up to and with "nodata_value". "" if the header is complete, else what is wrong with it.
-static AK_String ReadGridHeader(TokenReader& in, GridHeader& header)
+static AK_String ReadGridHeader(SW_TokenReader& in, GridHeader& header)
 {
     AK_String keyword;
     do {
@@ -132,8 +80,8 @@ static AK_String ReadGridHeader(TokenReader& in, GridHeader& header)
         if (keyword.IsEmpty()) return "the file ends before the keyword 'nodata_value'";
         keyword.ToLower();
         if (!ReadHeaderValue(keyword, in, header))
-            return AK_String("'") + keyword + "' stands where a keyword with its value is expected; 'nodata_value' "
-                   + "must be the last one";
+            return AK_String("'") + keyword + "' stands where a keyword with its value is expected; 'nodata_value' " +
+                   "must be the last one";
     } while (!(keyword == "nodata_value"));
     if (header.ncols < 1) return "the keyword 'ncols' is missing or its value is not positive";
     if (header.nrows < 1) return "the keyword 'nrows' is missing or its value is not positive";
@@ -146,7 +94,7 @@ static AK_String ReadGridHeader(TokenReader& in, GridHeader& header)
 
 int SW_Mesh::GetGridParameters(const AK_String& path, AK_Vec2& xMin, AK_Vec2& xMax, double& cellSize)
 {
-    TokenReader in(path);
+    SW_TokenReader in(path);
     GridHeader header;
     if (!in.IsOpen() || !ReadGridHeader(in, header).IsEmpty()) return 0;
     cellSize = header.cellSize;
@@ -162,7 +110,7 @@ int SW_Mesh::GetGridParameters(const AK_String& path, AK_Vec2& xMin, AK_Vec2& xM
 // Reads the values in the order of the file and hands each to `store(column, row, value)`, rows counted from the
 // bottom. Returns how many there were. What is no number counts as a missing one and ends the reading.
 template <class Store>
-static long ReadGridValues(TokenReader& in, const GridHeader& header, const Store& store)
+static long ReadGridValues(SW_TokenReader& in, const GridHeader& header, const Store& store)
 {
     long n = 0;
     for (int row = header.nrows - 1; row >= 0; --row)
@@ -179,7 +127,7 @@ static long ReadGridValues(TokenReader& in, const GridHeader& header, const Stor
 }
 
 // True if the rest of the file can hold the values: each takes a digit and, but for the last, a separator.
-static bool CanHoldValues(const TokenReader& in, const GridHeader& header)
+static bool CanHoldValues(const SW_TokenReader& in, const GridHeader& header)
 {
     return header.NumValues() <= (in.Remaining() + 1) / 2 && header.NumValues() <= INT_MAX / 2;
 }
@@ -226,7 +174,7 @@ static void ReportWrongNumber(long read, const GridHeader& header)
 }
 
 // Reads the values into vertices of their own; false, with a message, when the file has too few.
-static bool ReadVertices(TokenReader& in, const GridHeader& header, AK_List<AK_Vec>& x)
+static bool ReadVertices(SW_TokenReader& in, const GridHeader& header, AK_List<AK_Vec>& x)
 {
     if (!CanHoldValues(in, header)) {
         const long read = ReadGridValues(in, header, [](int, int, double) {});
@@ -251,7 +199,7 @@ static bool ReadVertices(TokenReader& in, const GridHeader& header, AK_List<AK_V
 
 void SW_Mesh::LoadE00(const AK_String& path, int nReduce)
 {
-    TokenReader in(path);
+    SW_TokenReader in(path);
     if (!in.IsOpen()) {
         AK_MSG("cannot open file '" << path << "'!");
         return;
@@ -311,14 +259,14 @@ struct TileExtent {
     }
 };
 
-} // namespace
+}   // namespace
 
 // Calls `use(in, header)` for each tile that opens and has a good header; the others are passed over.
 template <class Use>
 static void ForEachTile(const AK_List<AK_String>& paths, const char* message, const Use& use)
 {
     for (const AK_String& path : paths) {
-        TokenReader in(path);
+        SW_TokenReader in(path);
         if (!in.IsOpen()) continue;
         AK_MSG(message << path);
         GridHeader header;
@@ -334,7 +282,8 @@ void SW_Mesh::LoadTiles(const AK_String& paths)
     AK_List<AK_String> tiles(1);
     if (paths.Split(ak_sep, tiles) == 0) return;
     TileExtent extent;
-    ForEachTile(tiles, "reading header of tile '", [&](TokenReader&, const GridHeader& header) { extent.Add(header); });
+    ForEachTile(tiles, "reading header of tile '",
+                [&](SW_TokenReader&, const GridHeader& header) { extent.Add(header); });
     if (extent.numTiles == 0) return;
 
     const double columns = (extent.max.x - extent.min.x) / extent.cellSize + 0.5;
@@ -365,7 +314,7 @@ void SW_Mesh::ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& gr
 {
     double min = 1e30;
     double max = -1e30;
-    ForEachTile(tiles, "reading data of tile '", [&](TokenReader& in, const GridHeader& header) {
+    ForEachTile(tiles, "reading data of tile '", [&](SW_TokenReader& in, const GridHeader& header) {
         ReadGridValues(in, header, [&](int column, int row, double z) {
             if (z == header.noData) return;   // missing here, perhaps given by an earlier tile
             const int i = RowOf((column * header.cellSize + header.xll - grid.xll.x) / grid.dx + 0.5, grid.nx + 1);
@@ -432,10 +381,26 @@ void SW_Mesh::ImportSideFiles(const AK_String& path)
 
 void SW_Mesh::Import(const AK_String& path, int nReduce)
 {
-    static constexpr const char* rasters[] = {"e00", "E00", "asc", "ASC", "txt", "TXT"};
+    using Loader = void (*)(SW_Mesh & mesh, const AK_String& path, int nReduce);
+    static constexpr Loader raster = [](SW_Mesh& mesh, const AK_String& file, int n) { mesh.LoadE00(file, n); };
+    static constexpr Loader drawing = [](SW_Mesh& mesh, const AK_String& file, int) { mesh.LoadDxf(file); };
+    // clang-format off
+    static constexpr struct {
+        const char* extension;
+        Loader load;
+    } formats[] = {
+        {"xyz",  [](SW_Mesh& mesh, const AK_String& file, int) { mesh.LoadXyz(file); }},
+        {"tbp",  [](SW_Mesh& mesh, const AK_String& file, int) { mesh.LoadTbp(file); }},
+        {"e00",  raster}, {"E00", raster}, {"asc", raster}, {"ASC", raster}, {"txt", raster}, {"TXT", raster},
+        {"nxyz", [](SW_Mesh& mesh, const AK_String& file, int) { mesh.LoadNxyz(file); }},
+        {"dxf",  drawing}, {"DXF", drawing},
+    };
+    // clang-format on
     const AK_String extension = path.Extension();
-    for (const char* raster : rasters)
-        if (extension == raster) LoadE00(path, nReduce);
+    for (const auto& format : formats)
+        if (extension == format.extension) format.load(*this, path, nReduce);
+    const AK_String status = _execStatus;   // the side files come by commands, which empty it
     if (!_isCartesian) DeriveGridDescription();
     ImportSideFiles(path);
+    if (!status.IsEmpty()) _execStatus = status;
 }
