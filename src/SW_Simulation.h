@@ -1,0 +1,282 @@
+// One avalanche: the parameters of the model, the scenario, the particles, the result fields and the state of the run.
+//
+// The model is a depth-averaged dense flow on a curved surface, solved by particles. A particle is a column of mass m
+// that stands on the terrain; the flow depth h lives on the vertices of the mesh, where each step lays down the masses
+// of the particles. In each step
+//
+//   body forces      gravity along the surface, friction, entrainment, resistance    ComputeBodyForces
+//   lateral forces   the gradient of the flow depth, or the earth pressure           ComputeLateralForces
+//   motion           drag implicitly, position, walls, enthalpy                      UpdatePositions
+//
+// are loops over a range of particles that workers share out. What accumulates across particles runs between them, in
+// one thread and in a fixed order, so that a run is the same for any number of workers.
+//
+//   SW_Simulation.cpp                  the object, its components, what the tree asks of it
+//   SW_Simulation_Attributes.cpp       the table, option lists, visibilities
+//   SW_Simulation_Friction.cpp         friction laws, formula files, earth pressure
+//   SW_Simulation_Initialize.cpp       scenario -> particles
+//   SW_Simulation_Entrainment.cpp      the store of snow that can be entrained; secondary release
+//   SW_Simulation_Step.cpp             one time step
+//   SW_Simulation_BodyForces.cpp, _LateralForces.cpp, _Positions.cpp   its three phases
+//   SW_Simulation_Obstacles.cpp        walls and resistance areas, cell by cell
+//   SW_Simulation_Fields.cpp           particles -> fields, deposition
+//   SW_Simulation_TimeSteps.cpp        files of time steps
+//   SW_Simulation_Run.cpp, _Background.cpp   run control
+
+#pragma once
+
+#include "SW_Particles.h"
+
+#include <fstream>
+
+class SW_InitialConditions;
+class SW_ResistanceArea;
+class SW_ResistanceAreas;
+class SW_WallLines;
+class SW_SourceLines;
+
+/// The laws of bottom friction by their index.
+enum SW_FrictionLaw {
+    frictionFormula = -1,
+    frictionChezy = 0,
+    frictionChezyMohrCoulomb = 1,
+    frictionClassic = 2,
+    frictionKorvoAT = 3,
+    frictionWetSnow = 4,
+};
+
+/// What formula code is to the run: functions of the inline formula and of a rheology file; null for what is missing.
+struct SW_FrictionFormulas {
+    Symbol* shear = nullptr;   // of the inline formula: (p, v, h, d)
+    Symbol* tau = nullptr;     // of the file: (p, u, h, rho, t, position, normal, e)
+    Symbol* ku = nullptr;
+    Symbol* kv = nullptr;
+    Symbol* get_par = nullptr;
+    Symbol* set_par = nullptr;
+    Symbol* entrainment_energy_loss = nullptr;
+};
+
+/// The inputs of a step that users set as variables of the object ("$compat" and so on). They are read in the main
+/// thread before the phases, since workers never ask the object.
+struct SW_StepVariables {
+    bool v2017 = false;   // the older estimate of the speed
+    int numThreads = 0;   // 0: no workers
+    int sphVerbose = 0;
+    double sphDiffusionCoefficient = 0;
+    bool sphDiffusionImplicit = false;
+    double cohesiveSurfaceTension = 0;   // N/m
+};
+
+class SW_Simulation : public AK_Class<SW_Simulation, AK_Object> {
+public:
+    static constexpr const char* className = "SW_Simulation";
+    static std::span<const Row> Rows();
+
+    static constexpr AK_Vec gravAcc{0, 0, -9.81};   // m/s2
+    static constexpr double velMagMin = 1e-06;      // m/s
+    static constexpr double depMin = 1e-06;         // m
+    inline static float _earthPressureCoefficients[6] = {1, 1, 1, 1, 1, 1};
+
+    SW_Simulation(const AK_String& id, AK_Object* parent);
+    ~SW_Simulation() override;
+    void Update() override;
+    int SaveData(AK_Stream& stream) const override;
+    int LoadData(AK_Stream& stream) override;
+    void LoadFinalize() override;
+
+    // ---- parts
+    SW_Mesh* Mesh() const { return _mesh; }
+    void SetMesh(const AK_String& path);   // projects what has no base mesh of its own on it
+    SW_Particles& Particles() { return *_particles; }
+    const SW_Particles& Particles() const { return *_particles; }
+    SW_InitialConditions& ReleaseAreas() const { return *_releaseAreas; }
+    SW_InitialConditions& EntrainmentAreas() const { return *_entrainmentAreas; }
+    SW_InitialConditions& SecondaryReleaseAreas() const { return *_secondaryReleaseAreas; }
+    SW_ResistanceAreas& ResistanceAreas() const { return *_resistanceAreas; }
+    SW_WallLines& WallLines() const { return *_wallLines; }
+    SW_SourceLines& SourceLines() const { return *_sourceLines; }
+    double CurrentTime() const { return _currentTime; }   // s
+
+    // ---- friction (SW_Simulation_Friction.cpp)
+    int FrictionIndex() const;   // SW_FrictionLaw
+    void FrictionType(const AK_String& name);
+    /// Compiles the body of the formula `shear`; the text before stays if it has errors.
+    void BottomShearStressFormula(const AK_String& body);
+    void BottomShearStressFormulaFile(const AK_String& path);
+    AK_String FormulaParameters() const;
+    void FormulaParameters(const AK_String& text);
+    /// For display: the forces compute theirs for each particle. Savage and Hutter (1989).
+    void ComputeEarthPressureCoefficients();
+    AK_String EarthPressureCoefficients() const;
+
+    // ---- scenario -> particles (SW_Simulation_Initialize.cpp, SW_Simulation_Entrainment.cpp)
+    void Initialize();
+    void InitializeCellEntrainmentMass();
+    void UpdateReleaseMass();
+    double EntrainableMass() const;   // kg
+    /// False, with a message in the words of the caller, if there is nothing that could flow.
+    bool HasRelease() const;
+
+    // ---- one step (SW_Simulation_Step.cpp)
+    void ReadStepVariables();
+    void ComputeTimeStep(double t, double dt, AK_List<unsigned char>& wallCells);
+    void ReleaseSecondaryAreas();   // (SW_Simulation_Entrainment.cpp)
+
+    // ---- obstacles (SW_Simulation_Obstacles.cpp)
+    /// For each cell the number of the wall line that particles in it may hit, from 1; 0 for none.
+    void UpdateWallLines(AK_List<unsigned char>& wallCells);
+    /// For each cell the resistance area that its centre lies in, or null.
+    void UpdateCellResistances();
+
+    // ---- fields and time steps (SW_Simulation_Fields.cpp, SW_Simulation_TimeSteps.cpp)
+    /// Lays the particles' mass and momentum down on the vertices and raises the peaks; t in s.
+    void UpdateFields(float t);
+    void EvaluateDepositionWith(const AK_String& line);
+    /// Re-binds all fields to the mesh and rebuilds what is not stored from the particles.
+    void LoadFinalizePriv();
+    void SaveTimeStep(const AK_String& ignored);
+    void LoadTimeStep(const AK_String& name);
+    void LoadNextTimeStep();
+    void LoadPrevTimeStep();
+    void LoadFirstTimeStep();
+    void LoadLastTimeStep();
+    void Time(const AK_String& time);
+    static AK_String TimeStepFileName(double t);
+    static double TimeStepFromName(const AK_String& name);
+    AK_List<AK_String> TimeStepInfo(int& current) const;
+    AK_String TimeStepsList() const;
+    AK_String NextTimeStepVis() const;
+    AK_String PrevTimeStepVis() const;
+    void DeleteTimesteps(const AK_String& mode);
+    void RemoveObsoleteTimeStepFiles() const;
+    int SaveDataTo(AK_Stream& stream) const;
+    int LoadDataFrom(AK_Stream& stream);
+
+    // ---- run control (SW_Simulation_Run.cpp, SW_Simulation_Background.cpp)
+    void Run(const AK_String& ignored);
+    void Continue(const AK_String& ignored);
+    void Interrupt();
+    AK_String Status() const;
+    AK_String StatusInfo() const;
+    void SetStatus(const char* word) const;
+    void SetStatusInfo(const AK_String& line) const;
+    AK_String RunVis() const;
+    AK_String ContinueVis() const;
+    /// Starts the program anew on this simulation; with `out` the command line is written there instead.
+    void RunInBackground(int cont, std::ofstream* out);
+    void RunInBackground(const AK_String& ignored);
+    void ContinueInBackground(const AK_String& ignored);
+    void ShowShallowWaterLogFile();
+
+    // ---- the phases of a step: particles from first to before end. They write their own particles only.
+    friend void ComputeBodyForces(SW_Simulation* sim, int first, int end, double t, double dt, double tanDelta,
+                                  int frictionIndex);
+    friend void ComputeLateralForces(SW_Simulation* sim, int first, int end, double dt, double cos2Phi, double tan2Phi,
+                                     int sphMode, double r, double gradCoefficient, double lapCoefficient, int nx,
+                                     AK_Vec2 origin, double gridSize, const AK_List<int>* counts,
+                                     const AK_List<int>* sorted, int verbose);
+    friend void UpdatePositions(SW_Simulation* sim, int first, int end, double dt, double cosBreak,
+                                const AK_List<unsigned char>* wallCells);
+
+private:
+    friend struct SW_SimulationPhase;   // what the phases share; defined where they are
+
+    // Parameters of the model. Their meaning, units and usual ranges: files/AK_Attributes/SW_Simulation.atr.
+    AK_String _psaMesh;
+    AK_String _frictionType = "Mohr-Coulomb with max of dynamic and granular pressure (KORVO classic)";
+    double _internalFrictionAngle = 35;   // degrees
+    double _bedFrictionAngle = 16;        // degrees
+    double _dynamicFrictionCoefficient = 0.022;
+    Namespace* _formulaNameSpace = nullptr;   // owned; holds this simulation's formulas
+    SW_FrictionFormulas _formulas;
+    AK_String _bottomShearStressFormula = "return v / h * 1.0;";
+    AK_String _formulaFile;
+    double _density = 200;   // kg/m3 of the flow
+    AK_String _releaseDHM = "none";
+    double _releaseDHMDensity = 150;       // kg/m3
+    double _releaseDHMTemperature = -10;   // degrees C
+    AK_String _entrainmentDHM = "none";
+    double _entrainmentDHMDensity = 50;                     // kg/m3
+    double _globalEntrainmentAreaWeight = 0;                // kg/m2
+    double _globalEntrainmentMinZ = 0;                      // m
+    double _globalEntrainmentTemperature = -10;             // degrees C
+    double _globalEntrainmentTemperatureGradient = -0.01;   // degrees per m
+    double _entrainmentShearResistance = 0;                 // J/m2
+    double _entrainmentDeformationResistance = 0;           // J/kg
+    double _entrainmentErosionEnergy = 0;                   // J/kg; 0 for plough entrainment
+    double _subgridMixingFactor = 100;
+    double _restitutionCoefficient = 0;
+    double _curvatureReductionFactor = 1;
+    int _sphMode = 0;
+    AK_String _interactionTypeWithFluidAbove = "none";
+    double _particlesMinFroudeSaltation = 400;
+    double _particlesSuspensionCoeff = 5;
+    double _particlesDiameter = 0.001;        // m
+    double _particlesMaterialDensity = 900;   // kg/m3
+    double _particlesDragCoefficient = 1;
+    double _particlesRestitutionCoefficient = 0.98;
+    double _dfaTurbulenceFactor = 0.05;
+    int _turbulenceReactionMode = 0;
+    double _particlesReflexionAngle = 30;            // degrees
+    double _particlesReflexionMinimalVelocity = 3;   // m/s
+    double _psaMinRoughness = 0.01;
+    double _psaRoughnessVibrationConst = 0.0001;
+    double _psaRoughnessSuspensionConst = 10;
+    int _psaDirectEntrainment = 0;
+    double _parcelMass = 50;           // kg
+    double _particlesTimeStep = 0.1;   // s
+    double _endTime = 100;             // s
+    double _deltaT = 0.1;              // s
+    double _deltaOut = 5;              // s
+    AK_String _remark;
+    AK_String _cleanupBehavior = "keep all time steps";
+    AK_String _massPerParticleDeterminationMethod = "delta-depth per particle";
+    double _massPerParticle = 10000;   // kg
+    double _numParticlesPerCell = 5;
+    int _numParticles = 20000;
+    double _deltaDepthPerParticle = 0.5;   // m
+    int _psaNumMPI = 1;
+    double _dx = 0;       // stored only
+    int _honeycomb = 0;   // stored only
+    int _animationWriteImageFiles = 0;
+    int _animationStepIncrement = 1;
+    double _animationStepDelay = 0;   // s
+    double _peakKineticEnergy = 0;    // J
+    AK_String _additionalPSASolverArgs;
+
+    SW_Mesh* _mesh = nullptr;   // not owned
+    AK_String _meshPath;        // as it was given: the mesh may not be there yet
+    double _currentTime = 0;    // s
+    AK_String _currentTimeStep;
+
+    // Components.
+    SW_InitialConditions* _releaseAreas;
+    SW_InitialConditions* _entrainmentAreas;
+    SW_InitialConditions* _secondaryReleaseAreas;
+    SW_ResistanceAreas* _resistanceAreas;
+    SW_WallLines* _wallLines;
+    SW_SourceLines* _sourceLines;
+    SW_ScalarField* _flowDepth;             // m
+    SW_ScalarField* _peakFlowDepth;         // m
+    SW_VectorField* _velocity;              // m/s
+    SW_ScalarField* _dynamicPeakPressure;   // kPa
+    SW_ScalarField* _peakForcePerWidth;     // kN/m
+    SW_ScalarField* _peakTorquePerWidth;    // kNm/m
+    SW_ScalarField* _frontArrivalTime;      // s
+    SW_ScalarField* _entrainmentMass;       // kg/m2, on cells
+    SW_ScalarField* _entrainmentEnth;       // J/kg, on cells
+    SW_Particles* _particles;
+    std::unique_ptr<SW_ScalarField> _bottomPressure;   // Pa; a working field, no component
+
+    AK_List<const SW_ResistanceArea*> _cellResistances{1};   // for each cell, null for none
+    SW_StepVariables _stepVariables;
+    double _massOffMesh = 0;   // kg: what has left the terrain in this run
+    bool _loadPsaResults = true;
+};
+
+void ComputeBodyForces(SW_Simulation* sim, int first, int end, double t, double dt, double tanDelta, int frictionIndex);
+void ComputeLateralForces(SW_Simulation* sim, int first, int end, double dt, double cos2Phi, double tan2Phi,
+                          int sphMode, double r, double gradCoefficient, double lapCoefficient, int nx, AK_Vec2 origin,
+                          double gridSize, const AK_List<int>* counts, const AK_List<int>* sorted, int verbose);
+void UpdatePositions(SW_Simulation* sim, int first, int end, double dt, double cosBreak,
+                     const AK_List<unsigned char>* wallCells);
