@@ -130,6 +130,7 @@ public:
     double EntrainableMass() const;   // kg
     double ReleaseMass() const;            // kg, as the areas were last updated
     double SecondaryReleaseMass() const;   // kg
+    double EntrainmentAreasMass() const;   // kg
     /// False if nothing could flow: no release area, no mesh of release depths, no point source.
     bool HasRelease() const;
     bool HasSource() const;   // a source line, or a point source that is switched on
@@ -209,8 +210,12 @@ private:
     // (SW_Simulation.cpp, SW_Simulation_Attributes.cpp)
     void AddFields();
     void BindFields();
+    void ForgetState();
     void ForgetStateOfChangedMesh();
     AK_String MeshNamesList() const;
+    AK_String PsaMeshNamesList() const;
+    template <int method>
+    bool Determines() const;
     AK_String DepthMeshOptions() const;
     const SW_Mesh* DepthMesh(const AK_String& name) const;
     AK_Object* ProjectContainer(const char* id) const;
