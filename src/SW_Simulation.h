@@ -14,7 +14,6 @@
 //   SW_Simulation.cpp                  the object, its components, what the tree asks of it
 //   SW_Simulation_Attributes.cpp       the table, option lists, visibilities
 //   SW_Simulation_Animation.cpp        stepping through what a run has saved
-//   SW_Simulation_Checks.cpp           what refuses a run
 //   SW_Simulation_Friction.cpp         friction laws, formula files, earth pressure
 //   SW_Simulation_Initialize.cpp       scenario -> particles
 //   SW_Simulation_Entrainment.cpp      the store of snow that can be entrained; secondary release
@@ -29,8 +28,10 @@
 
 #include "SW_Particles.h"
 
+#include <cstdlib>
 #include <fstream>
 
+class SW_InitialCondition;
 class SW_InitialConditions;
 class SW_ResistanceArea;
 class SW_ResistanceAreas;
@@ -69,6 +70,9 @@ struct SW_StepVariables {
     double cohesiveSurfaceTension = 0;   // N/m
 };
 
+/// A number as it arrives by the text of an attribute, with 15 significant digits.
+inline double SW_AsShown(double value) { return std::strtod(AK_String(value, "%.15g").c_str(), nullptr); }
+
 class SW_Simulation : public AK_Class<SW_Simulation, AK_Object> {
 public:
     static constexpr const char* className = "SW_Simulation";
@@ -106,6 +110,8 @@ public:
 
     // ---- friction (SW_Simulation_Friction.cpp)
     int FrictionIndex() const;   // SW_FrictionLaw
+    /// False, after a "WARNING:", if friction is a formula and there is none: no run can begin.
+    bool HasFrictionLaw() const;
     void FrictionType(const AK_String& name);
     static AK_String FrictionTypeOptions();
     const SW_FrictionFormulas& Formulas() const { return _formulas; }
@@ -127,16 +133,12 @@ public:
     bool Initialize();
     void InitializeCellEntrainmentMass();
     void UpdateReleaseMass();
-    double EntrainableMass() const;   // kg
+    double EntrainableMass() const;        // kg
     double ReleaseMass() const;            // kg, as the areas were last updated
     double SecondaryReleaseMass() const;   // kg
     double EntrainmentAreasMass() const;   // kg
     /// False if nothing could flow: no release area, no mesh of release depths, no point source.
     bool HasRelease() const;
-    bool HasSource() const;   // a source line, or a point source that is switched on
-    /// False, after a "WARNING:" that names the attribute, if the parameters allow no run. To be asked before
-    /// Initialize(). A mesh that has changed since it was bound costs the state of the run here.
-    bool CanRun();
 
     // ---- one step (SW_Simulation_Step.cpp)
     void ReadStepVariables();
@@ -217,6 +219,7 @@ private:
     // (SW_Simulation.cpp, SW_Simulation_Attributes.cpp)
     void AddFields();
     void BindFields();
+    /// A mesh that has been imported anew costs the state of the run. To be called before a run goes on.
     void ForgetStateOfChangedMesh();
     AK_String MeshNamesList() const;
     AK_String PsaMeshNamesList() const;
@@ -237,9 +240,16 @@ private:
     // (SW_Simulation_Initialize.cpp)
     struct Release;
     void FindRelease(Release& release);
+    void FillCells(Release& release);
     bool DetermineMassPerParticle(const Release& release);
     void CorrectMassPerParticle(double mass);
     void ClearResults();
+
+    // (SW_Simulation_Entrainment.cpp)
+    double GlobalEntrainmentEnthalpy(double z) const;
+    void FillStoreByAltitude();
+    void FillStoreFromAreasAndMesh();
+    const SW_InitialCondition* EntrainmentAreaAt(const AK_Vec2& p) const;
 
     // (SW_Simulation_Animation.cpp)
     void ShowStep(AK_String& imageFiles);
@@ -345,7 +355,7 @@ private:
     SW_Mesh* _mesh = nullptr;   // not owned
     SW_MeshReference _meshReference;
     int _boundVertices = 0, _boundCells = 0;   // of the mesh when it was bound: it may be imported anew
-    double _currentTime = 0;    // s
+    double _currentTime = 0;                   // s
     AK_String _currentTimeStep;
 
     // Components.
