@@ -201,9 +201,9 @@ public:
     AK_String PsaCurrentRestartFile() const;
 
     // ---- animation (SW_Simulation_Animation.cpp)
-    /// Loads the saved steps one after the other, from the loaded one or from the first, and shows them.
-    void AnimateTimeSteps();
-    void AnimateWithAssignedViews();
+    /// Loads the saved steps one after the other, from the loaded one or from the first, and shows them; with the views
+    /// that are assigned to them, if wanted.
+    void Animate(bool withAssignedViews);
 
     // ---- the phases of a step: particles from first to before end. They write their own particles only.
     friend void ComputeBodyForces(SW_Simulation* sim, int first, int end, double t, double dt, double tanDelta,
@@ -252,7 +252,8 @@ private:
     const SW_InitialCondition* EntrainmentAreaAt(const AK_Vec2& p) const;
 
     // (SW_Simulation_Animation.cpp)
-    void ShowStep(AK_String& imageFiles);
+    void ShowStep();
+    void LookFromAssignedView() const;
     AK_String AssignedViews() const;
     void AssignedViews(const AK_String& list);
     AK_String AssignedView() const;

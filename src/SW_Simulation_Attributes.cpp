@@ -179,7 +179,7 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"DepositionEvaluationOptions",          shown<[](const S& s) { return SW_PathsOfType(s, "Polyline"); }>},
         {"$DepositionError",                     result<"$DepositionError">},
 
-        {"AnimateTimeSteps",                     command<[](S& s, Text) { s.AnimateTimeSteps(); }>},
+        {"AnimateTimeSteps",                     command<[](S& s, Text) { s.Animate(false); }>},
         {"AnimationWriteImageFiles",             value<&S::_animationWriteImageFiles>},
         {"AnimationStepIncrement",               value<&S::_animationStepIncrement>},
         {"AnimationStepDelay",                   value<&S::_animationStepDelay>},             // s
@@ -189,7 +189,7 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"get_assigned_views",                   shown<[](const S& s) { return s.AssignedViews(); }>},
         {"set_assigned_views",                   command<[](S& s, Text list) { s.AssignedViews(list); }>},
         {"clear_animation_views",                command<[](S& s, Text) { s.AssignedViews(""); }>},
-        {"animate_with_assigned_views",          command<[](S& s, Text) { s.AnimateWithAssignedViews(); }>},
+        {"animate_with_assigned_views",          command<[](S& s, Text) { s.Animate(true); }>},
         {"$animationFiles",                      result<"$animationFiles">},
         {"$assigned_views",                      variable<"$assigned_views">},
 
