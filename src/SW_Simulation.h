@@ -13,6 +13,7 @@
 //
 //   SW_Simulation.cpp                  the object, its components, what the tree asks of it
 //   SW_Simulation_Attributes.cpp       the table, option lists, visibilities
+//   SW_Simulation_Animation.cpp        stepping through what a run has saved
 //   SW_Simulation_Friction.cpp         friction laws, formula files, earth pressure
 //   SW_Simulation_Initialize.cpp       scenario -> particles
 //   SW_Simulation_Entrainment.cpp      the store of snow that can be entrained; secondary release
@@ -27,8 +28,10 @@
 
 #include "SW_Particles.h"
 
+#include <cstdlib>
 #include <fstream>
 
+class SW_InitialCondition;
 class SW_InitialConditions;
 class SW_ResistanceArea;
 class SW_ResistanceAreas;
@@ -67,6 +70,9 @@ struct SW_StepVariables {
     double cohesiveSurfaceTension = 0;   // N/m
 };
 
+/// A number as it arrives by the text of an attribute, with 15 significant digits.
+inline double SW_AsShown(double value) { return std::strtod(AK_String(value, "%.15g").c_str(), nullptr); }
+
 class SW_Simulation : public AK_Class<SW_Simulation, AK_Object> {
 public:
     static constexpr const char* className = "SW_Simulation";
@@ -86,7 +92,12 @@ public:
 
     // ---- parts
     SW_Mesh* Mesh() const { return _mesh; }
-    void SetMesh(const AK_String& path);   // projects what has no base mesh of its own on it
+    AK_String MeshPath() const { return _meshReference.Path(*this); }
+    /// Binds the mesh that the text names; the text stays if there is none. On another mesh the state of a run is lost.
+    /// Lines and areas without a base mesh are projected.
+    void SetMesh(const AK_String& path);
+    /// Projects a line of the scenario on the mesh, unless it has a base mesh or there is no mesh.
+    void ProjectOnMesh(AK_Object& line) const;
     SW_Particles& Particles() { return *_particles; }
     const SW_Particles& Particles() const { return *_particles; }
     SW_InitialConditions& ReleaseAreas() const { return *_releaseAreas; }
@@ -99,10 +110,17 @@ public:
 
     // ---- friction (SW_Simulation_Friction.cpp)
     int FrictionIndex() const;   // SW_FrictionLaw
+    /// False, after a "WARNING:", if friction is a formula and there is none: no run can begin.
+    bool HasFrictionLaw() const;
     void FrictionType(const AK_String& name);
+    static AK_String FrictionTypeOptions();
+    const SW_FrictionFormulas& Formulas() const { return _formulas; }
     /// Compiles the body of the formula `shear`; the text before stays if it has errors.
     void BottomShearStressFormula(const AK_String& body);
+    static const char* BottomShearStressFormulaSignature();
+    /// Loads a rheology file: its functions, or none of them if it has errors or lacks `tau`.
     void BottomShearStressFormulaFile(const AK_String& path);
+    AK_String BottomShearStressFormulaFile() const;   // its name, without directory and extension
     AK_String FormulaParameters() const;
     void FormulaParameters(const AK_String& text);
     /// For display: the forces compute theirs for each particle. Savage and Hutter (1989).
@@ -110,11 +128,16 @@ public:
     AK_String EarthPressureCoefficients() const;
 
     // ---- scenario -> particles (SW_Simulation_Initialize.cpp, SW_Simulation_Entrainment.cpp)
-    void Initialize();
+    /// Fills the store of snow, the release and the particles, and empties the fields. False, after a "WARNING:", for
+    /// what no run can begin with: more particles than an int counts, no mass per particle where a source wants some.
+    bool Initialize();
     void InitializeCellEntrainmentMass();
     void UpdateReleaseMass();
-    double EntrainableMass() const;   // kg
-    /// False, with a message in the words of the caller, if there is nothing that could flow.
+    double EntrainableMass() const;        // kg
+    double ReleaseMass() const;            // kg, as the areas were last updated
+    double SecondaryReleaseMass() const;   // kg
+    double EntrainmentAreasMass() const;   // kg
+    /// False if nothing could flow: no release area, no mesh of release depths, no point source.
     bool HasRelease() const;
 
     // ---- one step (SW_Simulation_Step.cpp)
@@ -174,6 +197,13 @@ public:
     void RunInBackground(const AK_String& ignored);
     void ContinueInBackground(const AK_String& ignored);
     void ShowShallowWaterLogFile();
+    /// The file named by "$psaRestartFile" if it lies in the directory, else "".
+    AK_String PsaCurrentRestartFile() const;
+
+    // ---- animation (SW_Simulation_Animation.cpp)
+    /// Loads the saved steps one after the other, from the loaded one or from the first, and shows them; with the views
+    /// that are assigned to them, if wanted.
+    void Animate(bool withAssignedViews);
 
     // ---- the phases of a step: particles from first to before end. They write their own particles only.
     friend void ComputeBodyForces(SW_Simulation* sim, int first, int end, double t, double dt, double tanDelta,
@@ -186,6 +216,51 @@ public:
                                 const AK_List<unsigned char>* wallCells);
 
 private:
+    // (SW_Simulation.cpp, SW_Simulation_Attributes.cpp)
+    void AddFields();
+    void BindFields();
+    /// A mesh that has been imported anew costs the state of the run. To be called before a run goes on.
+    void ForgetStateOfChangedMesh();
+    AK_String MeshNamesList() const;
+    AK_String PsaMeshNamesList() const;
+    template <int method>
+    bool Determines() const;
+    AK_String DepthMeshOptions() const;
+    const SW_Mesh* DepthMesh(const AK_String& name) const;
+    AK_Object* ProjectContainer(const char* id) const;
+
+    // (SW_Simulation_Friction.cpp)
+    bool UsesMohrCoulomb() const;
+    bool UsesDynamicFriction() const;
+    bool HasFormulaParameters() const;
+    AK_String EarthPressureCoefficientsVis() const;
+    void ForgetFormulas();
+    bool TakeFormulas(const AK_String& path);
+
+    // (SW_Simulation_Initialize.cpp)
+    struct Release;
+    void FindRelease(Release& release);
+    void FillCells(Release& release);
+    bool DetermineMassPerParticle(const Release& release);
+    void CorrectMassPerParticle(double mass);
+    void ClearResults();
+
+    // (SW_Simulation_Entrainment.cpp)
+    double GlobalEntrainmentEnthalpy(double z) const;
+    void FillStoreByAltitude();
+    void FillStoreFromAreasAndMesh();
+    const SW_InitialCondition* EntrainmentAreaAt(const AK_Vec2& p) const;
+
+    // (SW_Simulation_Animation.cpp)
+    void ShowStep();
+    void LookFromAssignedView() const;
+    AK_String AssignedViews() const;
+    void AssignedViews(const AK_String& list);
+    AK_String AssignedView() const;
+    void AssignedView(const AK_String& view);
+    AK_String ViewOptions() const;
+
+    // (SW_Simulation_TimeSteps.cpp, SW_Simulation_Fields.cpp)
     struct TimeStepRecord;
     static std::span<const TimeStepRecord> TimeStepRecords();
     bool WriteTimeStep(AK_Stream& stream) const;
@@ -196,6 +271,7 @@ private:
     bool BringTimeStepsFrom(const AK_String& oldDirectory) const;
     void LabelFields();
 
+    // (SW_Simulation_Run.cpp, SW_Simulation_Background.cpp)
     struct RunState;
     AK_String StatusFile(const char* name) const;
     bool IsCoupled() const;   // with a fluid above
@@ -219,7 +295,8 @@ private:
     double _internalFrictionAngle = 35;   // degrees
     double _bedFrictionAngle = 16;        // degrees
     double _dynamicFrictionCoefficient = 0.022;
-    Namespace* _formulaNameSpace = nullptr;   // owned; holds this simulation's formulas
+    Namespace* _formulaNameSpace = nullptr;   // owned; the functions of the rheology file
+    Namespace* _shearNameSpace = nullptr;     // owned; the inline formula, which a file must not clear away
     SW_FrictionFormulas _formulas;
     AK_String _bottomShearStressFormula = "return v / h * 1.0;";
     AK_String _formulaFile;
@@ -277,8 +354,9 @@ private:
     AK_String _additionalPSASolverArgs;
 
     SW_Mesh* _mesh = nullptr;   // not owned
-    AK_String _meshPath;        // as it was given: the mesh may not be there yet
-    double _currentTime = 0;    // s
+    SW_MeshReference _meshReference;
+    int _boundVertices = 0, _boundCells = 0;   // of the mesh when it was bound: it may be imported anew
+    double _currentTime = 0;                   // s
     AK_String _currentTimeStep;
 
     // Components.

@@ -231,10 +231,11 @@ struct SW_Simulation::RunState {
 
 void SW_Simulation::RunToEnd()
 {
+    ForgetStateOfChangedMesh();
     RunState run;
     run.t0 = _currentTime;
     run.end = _endTime;
-    if (!HasPlaceToRun() || !ParametersAllowRun() || !PrepareRun(run)) {
+    if (!HasPlaceToRun() || !ParametersAllowRun() || !HasFrictionLaw() || !PrepareRun(run)) {
         if (Status() == "started") SetStatus("finished");   // a background run that ends before it has begun
         return;
     }
@@ -267,7 +268,7 @@ bool SW_Simulation::PrepareRun(RunState& run)
 {
     _massOffMesh = 0;
     if (run.t0 < _deltaT / 2 || _particles->NumParticles() == 0) {
-        Initialize();
+        if (!Initialize()) return false;
         _peakKineticEnergy = 0;
         // The mass per particle is now that of the particles: a run that goes on in another process splits by it.
         if (!ProjectDir().IsEmpty()) SaveAttributes(ProjectDir() + "/" + Type() + ".atr");
