@@ -86,8 +86,7 @@ AK_String SW_Simulation::ContinueVis() const
 {
     if (RunVis() == "r") return "r";
     if (!IsCoupled()) return "w";
-    const AK_String restartFile = VariableValue("$psaRestartFile");
-    return !restartFile.IsEmpty() && AK_System::FileExists(ProjectDir() + "/" + restartFile) ? "w" : "r";
+    return PsaCurrentRestartFile().IsEmpty() ? "r" : "w";
 }
 
 bool SW_Simulation::MayRelease(const char* english, const char* german) const
