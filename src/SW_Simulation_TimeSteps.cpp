@@ -266,6 +266,7 @@ void SW_Simulation::LoadTimeStep(const AK_String& name)
 
 void SW_Simulation::LoadFinalizePriv()
 {
+    if (_mesh && _mesh->_vertexNormals.Size() != _mesh->NumVertices()) _mesh->ComputeVertexNormals();
     BindFields();
     _particles->LoadFinalizePriv();
     constexpr float never = 1e30f;   // s: whatever is really reached later overwrites it
