@@ -134,30 +134,37 @@ public:
     void EvaluateDepositionWith(const AK_String& line);
     /// Re-binds all fields to the mesh and rebuilds what is not stored from the particles.
     void LoadFinalizePriv();
+    /// Writes the state to the simulation's directory, under a name made of the time; nothing without a directory.
     void SaveTimeStep(const AK_String& ignored);
+    /// The state as it was saved; the name is without directory and extension, and an empty one does nothing. A file
+    /// that is no such state leaves the simulation without particles, as before a run.
     void LoadTimeStep(const AK_String& name);
     void LoadNextTimeStep();
     void LoadPrevTimeStep();
     void LoadFirstTimeStep();
     void LoadLastTimeStep();
-    void Time(const AK_String& time);
+    void Time(const AK_String& time);   // loads the step of that time
     static AK_String TimeStepFileName(double t);
     static double TimeStepFromName(const AK_String& name);
+    /// Names of the steps in the directory, without directory and extension, in the order of time; `current` becomes
+    /// the index of the one that the state is of, or -1.
     AK_List<AK_String> TimeStepInfo(int& current) const;
     AK_String TimeStepsList() const;
     AK_String NextTimeStepVis() const;
     AK_String PrevTimeStepVis() const;
-    void DeleteTimesteps(const AK_String& mode);
-    void RemoveObsoleteTimeStepFiles() const;
+    void DeleteTimesteps(const AK_String& mode);   // "all", or else all but the last
+    void RemoveObsoleteTimeStepFiles() const;      // what is later than the state: a continued run writes it anew
     int SaveDataTo(AK_Stream& stream) const;
     int LoadDataFrom(AK_Stream& stream);
 
     // ---- run control (SW_Simulation_Run.cpp, SW_Simulation_Background.cpp)
+    /// From the release to EndTime; refused without anything that could flow.
     void Run(const AK_String& ignored);
+    /// From the state that is loaded to EndTime; steps on disc that are later are removed. Without particles afresh.
     void Continue(const AK_String& ignored);
-    void Interrupt();
-    AK_String Status() const;
-    AK_String StatusInfo() const;
+    void Interrupt();               // ends a run, also one of another process, before its next step
+    AK_String Status() const;       // "started", "running", "finished", "interrupted"; "unknown" without a file
+    AK_String StatusInfo() const;   // a line that tells how far a run is
     void SetStatus(const char* word) const;
     void SetStatusInfo(const AK_String& line) const;
     AK_String RunVis() const;
@@ -179,6 +186,31 @@ public:
                                 const AK_List<unsigned char>* wallCells);
 
 private:
+    struct TimeStepRecord;
+    static std::span<const TimeStepRecord> TimeStepRecords();
+    bool WriteTimeStep(AK_Stream& stream) const;
+    bool ReadTimeStepBlock(AK_Stream& stream, bool enthalpies, const char* end);
+    bool TimeStepIsSound() const;
+    void ForgetState();
+    AK_String NeighbourStep(int offset) const;
+    bool BringTimeStepsFrom(const AK_String& oldDirectory) const;
+    void LabelFields();
+
+    struct RunState;
+    AK_String StatusFile(const char* name) const;
+    bool IsCoupled() const;   // with a fluid above
+    bool MayRelease(const char* english, const char* german) const;
+    bool ParametersAllowRun() const;
+    bool SourcesHaveParticleMass() const;
+    bool HasPlaceToRun() const;
+    void RunToEnd();
+    bool PrepareRun(RunState& run);
+    void ShowAndSave(RunState& run);
+    void TellProgress(const RunState& run) const;
+    bool EvaluateStopCriterion(RunState& run);
+    void FinishRun(const RunState& run);
+    void StartCommand(const AK_String& command);
+
     friend struct SW_SimulationPhase;   // what the phases share; defined where they are
 
     // Parameters of the model. Their meaning, units and usual ranges: files/AK_Attributes/SW_Simulation.atr.
@@ -272,6 +304,7 @@ private:
     SW_StepVariables _stepVariables;
     double _massOffMesh = 0;   // kg: what has left the terrain in this run
     bool _loadPsaResults = true;
+    mutable AK_String _dataDirectory;   // where the time steps lie: that of the last save or load
 };
 
 void ComputeBodyForces(SW_Simulation* sim, int first, int end, double t, double dt, double tanDelta, int frictionIndex);
