@@ -7,6 +7,7 @@
 #include "SW_Polyline_Container.h"
 #include "SW_Polyline_Labels.h"
 #include "SW_ResistanceArea.h"
+#include "SW_Simulation_Container.h"
 #include "SW_SourceLine.h"
 #include "SW_WallLine.h"
 
@@ -30,7 +31,7 @@ SW_Workspace::SW_Workspace(const AK_String& id, AK_Object* parent) : AK_Class(id
     AddContainers<SW_ResistanceAreas>({"ResistanceAreas"});
     AddContainers<SW_WallLines>({"WallLines"});
     AddContainers<SW_SourceLines>({"SourceLines"});
-    AddContainers<AK_Container>({"Simulations"});
+    AddContainers<SW_Simulations>({"Simulations"});
     AddContainers<SW_Labels>({"Labels"});
     AK_Colorbar::_minColorToBackgroundFadingRange = fadingRange;
     RunInitializationCommands();

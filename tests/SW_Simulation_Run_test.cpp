@@ -185,7 +185,6 @@ TEST_F(SW_Simulation_Run, WithoutADirectoryItRunsAndSavesNothing)
     EXPECT_NEAR(Number("CurrentTime"), 2, 1e-9);
     EXPECT_EQ(FileBytes(directory / ".simulation_status"), "finished\n");
     EXPECT_EQ(Joined(AK_System::FilesList(directory.Path(), "TimeStep")), "");
-    EXPECT_EQ(AK_Object::_execStatus, "");
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -238,14 +237,14 @@ TEST_F(SW_Simulation_Run, IsInterruptedByTheStatusFileOrTheFrontEnd)
         return 0;
     });
     RunIn("byFile");
+    EXPECT_EQ(AK_Object::_execStatus, "");
     EXPECT_NEAR(Number("CurrentTime"), 0.8, 1e-9) << "the step that was begun is the last";
     EXPECT_EQ(Text("Status"), "finished");
-    EXPECT_EQ(AK_Object::_execStatus, "");
 
     BeforeStep(8, [] { return 1; });
     RunIn("bySignal");
-    EXPECT_NEAR(Number("CurrentTime"), 0.7, 1e-9);
     EXPECT_EQ(AK_Object::_execStatus, "interrupted") << "so that the macro ends too";
+    EXPECT_NEAR(Number("CurrentTime"), 0.7, 1e-9);
     EXPECT_EQ(Names(StepsIn("bySignal")), "00.0000 00.5000 ");
 }
 
@@ -285,10 +284,10 @@ TEST_F(SW_Simulation_Run, ARemovedDirectoryIsToldAndTheRunGoesOn)
         return 0;
     });
     RunIn("run");
-    EXPECT_NEAR(Number("CurrentTime"), 2, 1e-9);
     EXPECT_EQ(AK_Object::_execStatus, AK_String("Viewer/Project/Simulations/avalanche cannot open ") +
                                           RunFile("run", "at_0000001.0000.TimeStep"));
     EXPECT_FALSE(AK_System::FileExists(directory / "run"));
+    EXPECT_NEAR(Number("CurrentTime"), 2, 1e-9);
 }
 
 // ----------------------------------------------------------------------------------------------------------------

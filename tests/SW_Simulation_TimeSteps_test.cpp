@@ -59,6 +59,7 @@ protected:
         sim->Particles().tag[1] = 7;
         Part("EntrainmentMass")._values[1] = 5;
         Part("EntrainmentEnthalpy")._values[0] = -20;
+        sim->UpdateFields(2.5f);   // s: arrival
     }
 
     /// Whatever was loaded: every list has the length that the others rely on.
