@@ -88,7 +88,17 @@ public:
     /// Declares and binds the three in the language's root, once.
     static void RegisterInFormulaLanguage();
 
+    /// A number of particles from a fraction: the whole part, and one more with the probability of the rest. Draws one
+    /// random number whatever the count is; what is beyond an int gives INT_MAX.
+    static int RoundedAtRandom(double count);
+
 private:
+    void LayFieldsOnPositions();
+    void Touch();
+    int IoError(const char* where) const;
+    template <class Change>
+    void ForEachScratch(const Change& change);
+
     const SW_Mesh* _mesh = nullptr;
     SW_Mesh* _position;   // these four are components
     SW_ScalarField* _mass;

@@ -19,6 +19,7 @@
 //   SW_Simulation_Entrainment.cpp      the store of snow that can be entrained; secondary release
 //   SW_Simulation_Step.cpp             one time step
 //   SW_Simulation_BodyForces.cpp, _LateralForces.cpp, _Positions.cpp   its three phases
+//   SW_Simulation_Sources.cpp          particles that flow in, splitting
 //   SW_Simulation_Obstacles.cpp        walls and resistance areas, cell by cell
 //   SW_Simulation_Fields.cpp           particles -> fields, deposition
 //   SW_Simulation_TimeSteps.cpp        files of time steps
@@ -59,6 +60,16 @@ struct SW_FrictionFormulas {
     Symbol* entrainment_energy_loss = nullptr;
 };
 
+/// A point where snow flows into the terrain.
+struct SW_PointSource {
+    double strength = 0;   // kg/s; 0 for no source
+    double duration = 0;   // s
+    double radius = 0;     // m, around the point
+    AK_Vec2 point;         // m
+    double velocity = 0;   // m/s, along the surface
+    double angle = 0;      // degrees from north, clockwise
+};
+
 /// The inputs of a step that users set as variables of the object ("$compat" and so on). They are read in the main
 /// thread before the phases, since workers never ask the object.
 struct SW_StepVariables {
@@ -68,6 +79,7 @@ struct SW_StepVariables {
     double sphDiffusionCoefficient = 0;
     bool sphDiffusionImplicit = false;
     double cohesiveSurfaceTension = 0;   // N/m
+    SW_PointSource source;
 };
 
 /// A number as it arrives by the text of an attribute, with 15 significant digits.
@@ -291,6 +303,13 @@ private:
     void StartCommand(const AK_String& command);
 
     friend struct SW_SimulationPhase;   // what the phases share; defined where they are
+
+    // Parts of a step, each in particle order and in one thread (SW_Simulation_Step.cpp, SW_Simulation_Sources.cpp).
+    void BookEntrainment();
+    void LayDownBottomPressure();
+    void RemoveParticles(double t);
+    void AddParticlesFromSources(double t, double dt);
+    void SplitParticles();
 
     // Parameters of the model. Their meaning, units and usual ranges: files/AK_Attributes/SW_Simulation.atr.
     AK_String _psaMesh;
