@@ -97,9 +97,10 @@ void SW_Simulation::SetMesh(const AK_String& path)
     }
     BindFields();
     if (!_mesh) return;
-    for (SW_ScenarioLines* lines : {static_cast<SW_ScenarioLines*>(_releaseAreas), static_cast<SW_ScenarioLines*>(_entrainmentAreas),
-                             static_cast<SW_ScenarioLines*>(_secondaryReleaseAreas), static_cast<SW_ScenarioLines*>(_resistanceAreas),
-                             static_cast<SW_ScenarioLines*>(_wallLines)})
+    for (SW_ScenarioLines* lines :
+         {static_cast<SW_ScenarioLines*>(_releaseAreas), static_cast<SW_ScenarioLines*>(_entrainmentAreas),
+          static_cast<SW_ScenarioLines*>(_secondaryReleaseAreas), static_cast<SW_ScenarioLines*>(_resistanceAreas),
+          static_cast<SW_ScenarioLines*>(_wallLines)})
         lines->ProjectOntoSimulationMesh();
     UpdateReleaseMass();
 }
