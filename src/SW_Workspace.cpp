@@ -6,6 +6,7 @@
 #include "SW_Mesh_Container.h"
 #include "SW_Polyline_Container.h"
 #include "SW_Polyline_Labels.h"
+#include "SW_Particles.h"
 #include "SW_ResistanceArea.h"
 #include "SW_Simulation_Container.h"
 #include "SW_SourceLine.h"
@@ -33,6 +34,7 @@ SW_Workspace::SW_Workspace(const AK_String& id, AK_Object* parent) : AK_Class(id
     AddContainers<SW_SourceLines>({"SourceLines"});
     AddContainers<SW_Simulations>({"Simulations"});
     AddContainers<SW_Labels>({"Labels"});
+    SW_Particles::RegisterInFormulaLanguage();
     AK_Colorbar::_minColorToBackgroundFadingRange = fadingRange;
     RunInitializationCommands();
 }
