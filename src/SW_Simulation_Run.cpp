@@ -334,6 +334,7 @@ void SW_Simulation::FinishRun(const RunState& run)
                                   _entrainmentMass};
     for (AK_Object* object : changed) object->SetExecTime("touch");
     LabelFields();
+    SetVariableValue("$run_time", AK_String(run.watch.Wall(), "%.15g"));   // s
     SetStatus("finished");
     if (_massOffMesh > 0)
         AK_MSG(
