@@ -268,7 +268,7 @@ TEST_F(SW_Simulation_Run, StopsByACriterionOneStepLater)
 
 TEST_F(SW_Simulation_Run, TheShippedCriterionWaitsUntilTheEnergyIsLow)
 {
-    Set({{"$stop_crit", "LowKineticEnergy"}, {"EndTime", "200"}, {"DeltaOut", "1000"}, {"BedFrictionAngle", "25"}});
+    Set({{"$stop_crit", "stop_at_low_energy"}, {"EndTime", "200"}, {"DeltaOut", "1000"}, {"BedFrictionAngle", "25"}});
     RunIn("stopped");
     EXPECT_LT(Number("CurrentTime"), 150);
     EXPECT_TRUE(Text("StatusInfo").find("stop-criterion") != std::string::npos) << Text("StatusInfo");
