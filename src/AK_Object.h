@@ -244,6 +244,9 @@ public:
     static void SetUserAttributesDirectory(const AK_String& dir);
     /// File of that name in the user's attribute directory if it is there, else in the program's. Null: no such part.
     static AK_String AttributeFile(const AK_String& name, const char* ext, const char* subdir);
+    /// All files with an extension in a part of both directories, as paths in the order of their names; where both have
+    /// a file of a name it is the user's.
+    static AK_List<AK_String> AttributesFilesList(const char* ext, const char* subdir);
     static int SetClassDefault(const AK_String& className, const AK_String& attr, const AK_String& value);
     static void ReadInitializationMacro(const AK_String& className, AK_List<AK_String>& list);
     static void ReadClassVariables(const AK_String& className, AK_List<AK_String>& list);
@@ -376,6 +379,8 @@ protected:
     /// A function of a class's code by its name and the types of what it takes ("double,char[]"); null if the code has
     /// no such function that can be called.
     static Symbol* FormulaFunction(Namespace* space, const AK_String& name, const char* formals);
+    /// Calls a function that takes one char array, in which it finds `text` and leaves its answer.
+    static AK_String CallWithText(Symbol* function, const AK_String& text);
 
     /// Walks a class's table: empties the status, acts, stamps. 0 if no row bears the name.
     int SetByRows(std::span<const Row> rows, const AK_String& attr, const AK_String& value);

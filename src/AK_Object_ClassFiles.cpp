@@ -6,6 +6,7 @@
 
 #include "AK_Object.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -39,6 +40,21 @@ AK_String AK_Object::AttributeFile(const AK_String& name, const char* ext, const
         return ofUser;
     }
     return FileIn(_attributesDirectory, name, ext, subdir);
+}
+
+AK_List<AK_String> AK_Object::AttributesFilesList(const char* ext, const char* subdir)
+{
+    AK_List<AK_String> names(1);
+    for (const AK_String& dir : {_userAttributesDirectory, _attributesDirectory})
+        for (const AK_String& name : AK_System::FilesList(dir + subdir, ext))
+            if (names.IndexOf(name) < 0) names.Append(name);
+    std::sort(names.begin(), names.end(),
+              [](const AK_String& a, const AK_String& b) { return std::strcmp(a.c_str(), b.c_str()) < 0; });
+    for (AK_String& name : names) {
+        const AK_String ofUser = FileIn(_userAttributesDirectory, name, nullptr, subdir);
+        name = AK_System::FileExists(ofUser) ? ofUser : FileIn(_attributesDirectory, name, nullptr, subdir);
+    }
+    return names;
 }
 
 AK_String AK_Object::Arglist(const char* separator)

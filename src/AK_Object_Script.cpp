@@ -174,13 +174,13 @@ void AK_Object::Execute_QVT_SCI_code(const AK_String& name)
 // ----------------------------------------------------------------------------------------------------------------
 
 // Calls an attribute function with a buffer that holds `text` and has room for what the function makes of it.
-static AK_String CallWithText(Symbol* function, const char* text)
+AK_String AK_Object::CallWithText(Symbol* function, const AK_String& text)
 {
-    const size_t length = std::strlen(text);
+    const size_t length = size_t(text.Length());
     const size_t size = length < textBufferSize ? textBufferSize : length + 1;
     auto* buf = static_cast<char*>(std::calloc(size, 1));
     AK_ASSERT(buf);
-    std::memcpy(buf, text, length);
+    std::memcpy(buf, text.c_str(), length);
     qvt_sci_BindArgLength(function, 0, int64_t(size));
     qvt_sci_Call(function, buf);
     buf[size - 1] = 0;
@@ -205,7 +205,7 @@ int AK_Object::qvt_sci_Set(Namespace* space, const AK_String& attr, const AK_Str
     if (!function) return 0;
     _execStatus = "";
     const CodeOf running(this);
-    CallWithText(function, value.c_str());
+    CallWithText(function, value);
     SetExecTime(attr);
     return 1;
 }

@@ -22,7 +22,7 @@ void QuadrilateralWeights(const AK_Vec2& p0, const AK_Vec2& p1, const AK_Vec2& p
         const AK_Vec2 alongV = left * (1 - u) + right * u;
         const AK_Vec2 residual = p - (p0 + bottom * u + left * v + (top - bottom) * (u * v));
         const double det = Cross(alongU, alongV);
-        AK_ASSERT(fabs(det) > 0.0);
+        AK_ASSERT_AS(det != 0.0, "fabs(det) > 0.0");   // a point that is no number passes
         const double du = Cross(residual, alongV) / det;
         const double dv = Cross(alongU, residual) / det;
         u += du;

@@ -30,14 +30,14 @@ inline double SideOfLine(const AK_Vec2& a, const AK_Vec2& b, const AK_Vec2& p)
     return (p.y - a.y) * (b.x - a.x) - (b.y - a.y) * (p.x - a.x);
 }
 
-/// Barycentric weights, the fourth 0. An area of exactly 0 is fatal.
+/// Barycentric weights, the fourth 0. An area of exactly 0 is fatal; what is no number gives weights that are none.
 inline void TriangleWeights(const AK_Vec2& a, const AK_Vec2& b, const AK_Vec2& c, const AK_Vec2& p, double* w)
 {
     const AK_Vec2 ab = b - a;
     const AK_Vec2 ac = c - a;
     const AK_Vec2 ap = p - a;
     const double det = Cross(ab, ac);
-    AK_ASSERT(fabs(det) > 0.0);
+    AK_ASSERT_AS(det != 0.0, "fabs(det) > 0.0");
     const double u = Cross(ap, ac) / det;
     const double v = Cross(ab, ap) / det;
     w[0] = 1 - u - v;
@@ -161,9 +161,11 @@ struct SW_IrregularView {
     }
 
     /// Walks from the start cell, which must not be -1, across the faces that see p; -1 when the walk leaves the mesh.
-    /// A walk in a circle ends on the budget of steps and returns the cell it stands on.
+    /// A walk in a circle ends on the budget of steps and returns the cell it stands on. A point that is no number would
+    /// see no face; it is outside, as on the other kinds.
     int CellContainingPoint(const AK_Vec2& p, int start) const
     {
+        if (!std::isfinite(p.x + p.y)) return -1;
         int cell = start;
         for (int steps = numCells + 1; cell >= 0 && steps > 0; --steps) {
             const int face = IndexOfCellFaceSeeingPoint(p, cell);

@@ -1,0 +1,276 @@
+// Friction on the bed: which law is in force, formulas of the user, the earth pressure for display.
+//
+// A formula comes in two ways. The inline formula is the body of one function of pressure, speed, depth and density. A
+// rheology file is code of its own, chosen by its name like a built-in law:
+//
+//   double tau(double p, double u, double h, double rho, double t, double x[], double n[], double e)
+//                                               the shear stress, N/m2; without it a file is of no use
+//   double entrainment_energy_loss(double p, double u, double h, double rho, double t, double x[], double n[],
+//                                  double tau, double m, double shear_resistance, double deformation_resistance)
+//                                               J/m2 of swept area, where m is the mass entrained there, kg/m2
+//   void get_par(char text[]), void set_par(char text[])    the parameters, as one text of the file's own form
+//   void init()                                             runs when the file is loaded
+//
+// The two live in namespaces of their own directly below the language's root, so that loading a file, which clears its
+// namespace, leaves the inline formula alone. A function of another form than these counts as missing: the forces pass
+// addresses, and a function that read them as something else would read astray.
+
+#include "SW_Simulation.h"
+
+#include "qvt_sci.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+static constexpr double pi = 3.14159265358979323846;
+
+// ORDER FRICTION LAWS: the index of a law in SW_FrictionLaw.
+static const char* const builtInLaws[] = {"Chezy", "Chezy + Mohr-Coulomb",
+                                          "Mohr-Coulomb with max of dynamic and granular pressure (KORVO classic)",
+                                          "korvoAT", "Nassschnee"};
+
+int SW_Simulation::FrictionIndex() const
+{
+    int index = 0;
+    for (const char* law : builtInLaws) {
+        if (_frictionType == law) return index;
+        ++index;
+    }
+    return frictionFormula;
+}
+
+bool SW_Simulation::HasFrictionLaw() const
+{
+    if (FrictionIndex() != frictionFormula || _formulas.tau || _formulas.shear) return true;
+    AK_MSG("WARNING: simulation " << _id << ": FrictionType '" << _frictionType
+                                  << "' is neither a built-in law nor a formula file without errors");
+    return false;
+}
+
+static AK_String BaseName(const AK_String& path)
+{
+    const char* slash = std::strrchr(path.c_str(), '/');
+    AK_String name = slash ? AK_String(slash + 1) : path;
+    name.RemoveExtension();
+    return name;
+}
+
+AK_String SW_Simulation::FrictionTypeOptions()
+{
+    AK_String list;
+    for (const char* law : builtInLaws) list = list + law + ak_sep;
+    for (const AK_String& file : AttributesFilesList("cint", "rheology")) list = list + BaseName(file) + ak_sep;
+    return list;
+}
+
+void SW_Simulation::FrictionType(const AK_String& name)
+{
+    _frictionType = name;
+    _formulas.tau = nullptr;
+    _formulas.entrainment_energy_loss = nullptr;
+    if (FrictionIndex() == frictionFormula) BottomShearStressFormulaFile(AttributeFile(name, "cint", "rheology"));
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// What a user sees of a law
+// ----------------------------------------------------------------------------------------------------------------
+
+bool SW_Simulation::UsesMohrCoulomb() const
+{
+    const int law = FrictionIndex();
+    return law == frictionChezyMohrCoulomb || law == frictionWetSnow || law == frictionClassic;
+}
+
+bool SW_Simulation::UsesDynamicFriction() const { return UsesMohrCoulomb() || FrictionIndex() == frictionChezy; }
+
+bool SW_Simulation::HasFormulaParameters() const { return _formulas.tau && _formulas.set_par && _formulas.get_par; }
+
+AK_String SW_Simulation::EarthPressureCoefficientsVis() const
+{
+    static constexpr double noInternalFriction = 0.1;   // degrees: below it the snow counts as a fluid
+    const int law = FrictionIndex();
+    if (_internalFrictionAngle < noInternalFriction) return "-";
+    return law == frictionChezyMohrCoulomb || law == frictionClassic ? "r" : "-";
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Formulas
+// ----------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Makes a namespace below the language's root active, which it creates if there is none yet, and goes back at the end.
+class FormulaSpace {
+public:
+    explicit FormulaSpace(Namespace*& _formulaNameSpace) : _before(qvt_sci_NamespaceGetCurrent())
+    {
+        if (!_formulaNameSpace) {
+            Namespace* global = _before;
+            while (Namespace* parent = qvt_sci_NamespaceParent(global)) global = parent;
+            qvt_sci_NamespaceSwitchTo(global);
+            _formulaNameSpace = qvt_sci_NamespaceCreate();
+            AK_ASSERT(_formulaNameSpace);
+        }
+        _space = _formulaNameSpace;
+        qvt_sci_NamespaceSwitchTo(_space);
+    }
+    ~FormulaSpace() { qvt_sci_NamespaceSwitchTo(_before); }
+    FormulaSpace(const FormulaSpace&) = delete;
+    FormulaSpace& operator=(const FormulaSpace&) = delete;
+
+    /// A parse that fails inside a function leaves the namespace of that function active.
+    bool Parse(std::FILE* file, const char* text) const
+    {
+        const int errors = file ? qvt_sci_Parse(file) : qvt_sci_ParseString(text);
+        qvt_sci_NamespaceSwitchTo(_space);
+        return errors == 0;
+    }
+
+    /// Null if there is no function of that name or it has another form.
+    Symbol* Function(const char* name, const char* result, const char* formals) const
+    {
+        Symbol* function = qvt_sci_FuncPtr(name);
+        if (!qvt_sci_Takes(function, formals)) return nullptr;
+        return std::strcmp(qvt_sci_SymbolDataType(function), result) == 0 ? function : nullptr;
+    }
+
+private:
+    Namespace* _before;
+    Namespace* _space;
+};
+
+}   // namespace
+
+const char* SW_Simulation::BottomShearStressFormulaSignature()
+{
+    return "double shear( // return shear stress [N/m2]\n"
+           "double p,     // bottom pressure [N/m2]\n"
+           "double v,     // velocity [m/s]\n"
+           "double h,     // flow depth [m]\n"
+           "double d)     // density [kg/m3]\n";
+}
+
+void SW_Simulation::BottomShearStressFormula(const AK_String& body)
+{
+    const AK_String source = AK_String(BottomShearStressFormulaSignature()) + "{\n" + body + "\n}";
+    const FormulaSpace space(_shearNameSpace);
+    _formulas.shear = nullptr;
+    qvt_sci_DeleteAll();   // a function is not defined twice
+    if (space.Parse(nullptr, source.c_str()))
+        _formulas.shear = space.Function("shear", "double", "double,double,double,double");
+    if (!_formulas.shear) {
+        AK_MSG("syntax errors in formula!");
+        return;
+    }
+    _bottomShearStressFormula = body;
+    AK_MSG("formula syntax OK");
+}
+
+void SW_Simulation::ForgetFormulas()
+{
+    Symbol* const shear = _formulas.shear;   // is no function of the file
+    _formulas = SW_FrictionFormulas();
+    _formulas.shear = shear;
+}
+
+void SW_Simulation::BottomShearStressFormulaFile(const AK_String& path)
+{
+    std::FILE* const file = AK_System::IsDirectory(path) ? nullptr : std::fopen(path.c_str(), "r");
+    ForgetFormulas();
+    if (!file) return;
+    const CodeOf running(this);   // "init" may ask the object, and paths in it begin here
+    const FormulaSpace space(_formulaNameSpace);
+    qvt_sci_DeleteAll();
+    const bool parsed = space.Parse(file, nullptr);
+    std::fclose(file);
+    if (!parsed) {
+        AK_MSG("ERROR: syntax errors in " << path);
+        return;
+    }
+    static constexpr const char* lossFormals =
+        "double,double,double,double,double,double[],double[],double,double,double,double";
+    _formulas.tau = space.Function("tau", "double", "double,double,double,double,double,double[],double[],double");
+    _formulas.ku = qvt_sci_FuncPtr("ku");
+    _formulas.kv = qvt_sci_FuncPtr("kv");
+    _formulas.set_par = space.Function("set_par", "void", "char[]");
+    _formulas.get_par = space.Function("get_par", "void", "char[]");
+    _formulas.entrainment_energy_loss = space.Function("entrainment_energy_loss", "double", lossFormals);
+    if (!_formulas.tau) {
+        AK_MSG("ERROR: function tau missing in " << path);
+        return;
+    }
+    AK_MSG("syntax OK, using " << path);
+    qvt_sci_InitAll();
+    if (Symbol* init = space.Function("init", "void", "")) qvt_sci_Call(init);
+    _formulaFile = path;
+}
+
+AK_String SW_Simulation::BottomShearStressFormulaFile() const { return BaseName(_formulaFile); }
+
+AK_String SW_Simulation::FormulaParameters() const
+{
+    if (!_formulas.tau || !_formulas.get_par) return "";
+    const CodeOf running(this);
+    return CallWithText(_formulas.get_par, "");
+}
+
+void SW_Simulation::FormulaParameters(const AK_String& text)
+{
+    if (!_formulas.tau || !_formulas.set_par) return;
+    const CodeOf running(this);
+    CallWithText(_formulas.set_par, text);
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Earth pressure
+// ----------------------------------------------------------------------------------------------------------------
+
+// The principal stress across the flow that belongs to one along it: the two circles of Mohr that touch the bed's
+// friction, the smaller (active) and the larger one (passive).
+static double AcrossFlow(double alongFlow, double tan2Delta, int sign)
+{
+    const double diameter = std::sqrt((1 - alongFlow) * (1 - alongFlow) + 4 * tan2Delta);
+    return (alongFlow + 1 + sign * diameter) / 2;
+}
+
+void SW_Simulation::ComputeEarthPressureCoefficients()
+{
+    if (EarthPressureCoefficientsVis() == "-") return;
+    if (_internalFrictionAngle < _bedFrictionAngle) {
+        AK_MSG("WARNING: internal friction angle cannot be smaller than bed friction angle!");
+        _internalFrictionAngle = _bedFrictionAngle;
+    }
+    const double phi = _internalFrictionAngle * pi / 180;   // rad
+    const double delta = _bedFrictionAngle * pi / 180;
+    const double cos2Phi = std::cos(phi) * std::cos(phi);
+    const double cosDelta = std::cos(delta);
+    const double tan2Delta = std::tan(delta) * std::tan(delta);
+    // Equal angles make the root 0, which rounding must not turn into that of a negative number.
+    const double s = std::sqrt(std::max(0.0, 1 - cos2Phi / (cosDelta * cosDelta)));
+    const double active = 2 * (1 - s) / cos2Phi - 1;
+    const double passive = 2 * (1 + s) / cos2Phi - 1;
+    // ORDER EARTH PRESSURE
+    const double all[] = {active,
+                          passive,
+                          AcrossFlow(active, tan2Delta, -1),
+                          AcrossFlow(active, tan2Delta, +1),
+                          AcrossFlow(passive, tan2Delta, -1),
+                          AcrossFlow(passive, tan2Delta, +1)};
+    for (int i = 0; i < 6; ++i) _earthPressureCoefficients[i] = float(all[i]);
+}
+
+AK_String SW_Simulation::EarthPressureCoefficients() const
+{
+    // ORDER EARTH PRESSURE: the table has the values across the flow by that along it, the text by their own state.
+    static constexpr struct {
+        const char* label;
+        int index;
+    } shown[] = {{"k_x_act:", 0},         {", k_x_pas:", 1},       {", k_y_act_x_act:", 2},
+                 {", k_y_act_x_pas:", 4}, {", k_y_pas_x_act:", 3}, {", k_y_pas_x_pas:", 5}};
+    AK_String text;
+    for (const auto& [label, index] : shown)
+        text = text + label + AK_String(double(_earthPressureCoefficients[index]), "%g");
+    return text;
+}

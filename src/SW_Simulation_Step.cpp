@@ -1,0 +1,350 @@
+// One time step: prepares what the phases need, runs them, and does between them what accumulates across particles.
+//
+//   location grid      which particles lie near which, for SPH
+//   body forces        workers
+//   bookkeeping        entrained mass leaves the cells' store, the weight of the columns is laid on the vertices
+//   lateral forces     workers
+//   motion             workers
+//   particles          what has left the mesh goes, sources add, heavy ones are split
+//   fields             masses and momenta on the vertices
+//
+// A worker gets a range of particles and writes the entries of that range only. Everything between the phases runs in
+// one thread in the order of the particles. So the result is the same for any number of workers.
+
+#include "SW_Simulation.h"
+
+#include "SW_Simulation_Phase.h"
+
+#include <algorithm>
+#include <ctime>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+static constexpr double pi = 3.14159265358979323846;
+static constexpr double radians = pi / 180;
+
+// ----------------------------------------------------------------------------------------------------------------
+// What the phases share
+// ----------------------------------------------------------------------------------------------------------------
+
+SW_SimulationPhase::SW_SimulationPhase(SW_Simulation& sim)
+    : density(sim._density),
+      internalFrictionAngle(sim._internalFrictionAngle),
+      dynamicFrictionCoefficient(sim._dynamicFrictionCoefficient),
+      subgridMixingFactor(sim._subgridMixingFactor),
+      curvatureReductionFactor(sim._curvatureReductionFactor),
+      restitutionCoefficient(sim._restitutionCoefficient),
+      entrainmentShearResistance(sim._entrainmentShearResistance),
+      entrainmentDeformationResistance(sim._entrainmentDeformationResistance),
+      entrainmentErosionEnergy(sim._entrainmentErosionEnergy),
+      variables(sim._stepVariables),
+      formulas(sim._formulas),
+      walls(sim._wallLines),
+      cells(sim._mesh->_lcv.Data()),
+      vertices(sim._mesh->_x.Data()),
+      vertexNormals(sim._mesh->_vertexNormals.Data()),
+      flowDepth(sim._flowDepth->_values.Data()),
+      flowVelocity(sim._velocity->_values.Data()),
+      bottomPressure(sim._bottomPressure->_values.Data()),
+      entrainmentMass(sim._entrainmentMass->_values.Data()),
+      entrainmentEnthalpy(sim._entrainmentEnth->_values.Data()),
+      resistances(sim._cellResistances.IsEmpty() ? nullptr : sim._cellResistances.Data())
+{
+    SW_Particles& p = *sim._particles;
+    cell = p.cell.Data();
+    tag = p.tag.IsEmpty() ? nullptr : p.tag.Data();
+    position = p.Position()._x.Data();
+    velocity = p.Velocity()._values.Data();
+    mass = p.Mass()._values.Data();
+    enthalpy = p.TotalEnthalpy()._values.Data();
+    depth = p.depth.Data();
+    dragCoefficient = p.dragCoefficient.Data();
+    force = p.force.Data();
+    shearRatio = p.shearRatio.Data();
+    entrainedMass = p.entrainedMass.Data();
+    enthalpySource = p.enthalpySource.Data();
+    enthalpyDiffusion = p.enthalpyDiffusion.Data();
+    bottomForce = p.bottomForce.Data();
+}
+
+void SW_Simulation::ReadStepVariables()
+{
+    const auto number = [this](const char* name) {
+        double value = 0;
+        AK_FromText(value, Get(name));
+        return value;
+    };
+    const auto whole = [this](const char* name) {
+        int value = 0;
+        AK_FromText(value, Get(name));
+        return value;
+    };
+    SW_StepVariables v;
+    v.v2017 = Get("$compat") == "v2017";
+    v.numThreads = whole("$n_threads");
+    v.sphVerbose = whole("$sph_verbose");
+    v.sphDiffusionCoefficient = number("$sph_diffusion_coefficient");
+    v.sphDiffusionImplicit = !Get("$sph_diffusion_implicit").IsEmpty();
+    v.cohesiveSurfaceTension = number("$cohesiveSurfaceTension");
+    v.source.strength = number("$source_strength");
+    v.source.duration = number("$source_duration");
+    v.source.radius = number("$source_radius");
+    Get("$source_point").GetVec(&v.source.point.x, 2);
+    v.source.velocity = number("$source_velo");
+    v.source.angle = number("$source_velo_ang");
+    _stepVariables = v;
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Values of the step
+// ----------------------------------------------------------------------------------------------------------------
+
+// A number as it is after it has been written and read as an attribute.
+static double AsText(double value)
+{
+    AK_FromText(value, AK_ToText(value, nullptr));
+    return value;
+}
+
+static double CosOfBreakLines(const SW_Mesh& mesh)
+{
+    static constexpr double noBreakLines = 0.1;   // degrees
+    double angle = 0;                             // degrees
+    AK_FromText(angle, mesh.Get("BreakLinesAngle"));
+    return angle <= noBreakLines ? -1.0 : std::cos(angle * radians);
+}
+
+namespace {
+
+/// The kernel of SPH: a multiple of the cell size, or a fraction for a negative mode.
+struct Kernel {
+    double radius = 0;            // m
+    double gradCoefficient = 0;   // 1/m5: of the gradient
+    double lapCoefficient = 0;    // 1/m5: of the Laplacian
+
+    Kernel(int sphMode, double cellSize)
+    {
+        if (sphMode == 0) return;
+        radius = sphMode < 0 ? cellSize / -double(sphMode) : cellSize * double(sphMode);
+        const double r5 = radius * radius * radius * radius * radius;
+        gradCoefficient = 10 / (r5 * pi) * -3;
+        lapCoefficient = gradCoefficient * -2;
+    }
+};
+
+/// The particles by the cells of a grid over the terrain: those of cell c are sorted[counts[c]] to before
+/// sorted[counts[c + 1]]. Cells of one row are adjacent.
+struct LocationGrid {
+    AK_Vec2 origin;        // m
+    double cellSize = 1;   // m
+    int nx = 1, ny = 1;
+    AK_List<int> counts{1}, sorted{1};
+
+    void Cover(const SW_Mesh& mesh, double radius);
+    void Sort(const AK_List<AK_Vec>& positions);
+
+private:
+    int CellOf(const AK_Vec& p) const
+    {
+        return SW_GridIndex((p.y - origin.y) / cellSize, ny) * nx + SW_GridIndex((p.x - origin.x) / cellSize, nx);
+    }
+};
+
+}   // namespace
+
+void LocationGrid::Cover(const SW_Mesh& mesh, double radius)
+{
+    static constexpr double maxCells = 1 << 27;   // a kernel far smaller than the terrain's cells takes larger ones
+    AK_Vec2 lo(1e300, 1e300), hi(-1e300, -1e300);
+    for (const AK_Vec& x : mesh._x) {
+        lo = {std::min(lo.x, x.x), std::min(lo.y, x.y)};
+        hi = {std::max(hi.x, x.x), std::max(hi.y, x.y)};
+    }
+    origin = lo;
+    cellSize = radius;
+    if (!(cellSize > 0) || !std::isfinite(hi.x - lo.x + hi.y - lo.y)) return;   // no terrain: one cell holds all
+    while (((hi.x - lo.x) / cellSize + 1.0) * ((hi.y - lo.y) / cellSize + 1.0) > maxCells) cellSize *= 2;
+    nx = int((hi.x - lo.x) / cellSize + 1.0);
+    ny = int((hi.y - lo.y) / cellSize + 1.0);
+}
+
+// A counting sort.
+void LocationGrid::Sort(const AK_List<AK_Vec>& positions)
+{
+    counts.Fill(nx * ny + 1, 0);
+    sorted.Fill(positions.Size(), -1);
+    for (const AK_Vec& p : positions) ++counts[CellOf(p)];
+    for (int c = 1; c <= nx * ny; ++c) counts[c] += counts[c - 1];
+    for (int i = 0; i < positions.Size(); ++i) sorted[--counts[CellOf(positions[i])]] = i;
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Workers
+// ----------------------------------------------------------------------------------------------------------------
+
+// Calls work(first, end) for ranges that make up all particles: in numThreads workers, or here if there are none.
+template <class Work>
+static void InWorkers(int numThreads, int count, const Work& work)
+{
+    static constexpr int maxWorkers = 256;
+    const int n = std::min(numThreads, maxWorkers);
+    if (n < 1) {
+        work(0, count);
+        return;
+    }
+    const long long chunk = count / n + 1;
+    std::vector<std::thread> workers;
+    workers.reserve(size_t(n));
+    for (int k = 0; k < n; ++k) {
+        const int first = int(std::min<long long>(k * chunk, count));
+        const int end = int(std::min<long long>((k + 1) * chunk, count));
+        try {
+            workers.emplace_back(work, first, end);
+        } catch (const std::system_error&) {
+            work(first, end);   // the system has no more threads to give
+        }
+    }
+    for (std::thread& worker : workers) worker.join();
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Between the phases
+// ----------------------------------------------------------------------------------------------------------------
+
+// What particles have taken leaves the cells' store. A store does not fall below 0, though more may have been taken in
+// this step.
+void SW_Simulation::BookEntrainment()
+{
+    double total = 0;   // kg
+    for (int i = _particles->NumParticles() - 1; i >= 0; --i) {
+        const double mass = double(_particles->entrainedMass[i]);   // kg
+        if (!(mass > 0)) continue;
+        total += mass;
+        const int c = _particles->cell[i];
+        float& store = _entrainmentMass->_values[c];        // kg/m2
+        const double area = Length(_mesh->CellNormal(c));   // m2
+        store = std::max(float(double(store) - mass / area), 0.0f);
+    }
+    AK_MSG("\tentrained DFA mass: " << total);
+}
+
+// The weight of the columns becomes the pressure on the vertices of their cells.
+void SW_Simulation::LayDownBottomPressure()
+{
+    AK_List<float>& pressure = _bottomPressure->_values;   // N at first, Pa in the end
+    _mesh->WithView([&](const auto& view) {
+        for (int i = _particles->NumParticles() - 1; i >= 0; --i) {
+            const int c = _particles->cell[i];
+            const double force = double(_particles->bottomForce[i]);   // N
+            double weights[4];
+            view.GetWeights(c, _particles->Position()._x[i], weights);
+            const IA4& corners = view.lcv[c];
+            for (int k = 0; k < NumCorners(corners); ++k)
+                pressure[corners[k]] = float(double(pressure[corners[k]]) + force * weights[k]);
+        }
+    });
+    for (int v = 0; v < pressure.Size(); ++v)
+        if (pressure[v] > 0.0f) pressure[v] = float(double(pressure[v]) / Length(_mesh->_vertexNormals[v]));
+}
+
+// What lies off the mesh, and what is too light to count. With a powder part above also at its own steps.
+void SW_Simulation::RemoveParticles(double t)
+{
+    static constexpr double lightest = 0.01;                // of the mass per particle
+    static constexpr double onItsStep = 0.01;               // of the step
+    const double threshold = lightest * _massPerParticle;   // kg
+    _massOffMesh += _particles->RemoveUnlocatedParticles(threshold);
+    if (_interactionTypeWithFluidAbove == "none") return;
+    const double steps = t / _particlesTimeStep;
+    if (std::fabs(steps - std::trunc(steps + 0.5)) < onItsStep)
+        _massOffMesh += _particles->RemoveUnlocatedParticles(threshold);
+}
+
+// Processor time since `start`: with workers the sum of theirs.
+static void LogTiming(bool verbose, const char* what, std::clock_t start, const char* more = "")
+{
+    if (!verbose) return;
+    const long ticks = std::clock() - start;
+    AK_MSG(what << ticks * 1000 / CLOCKS_PER_SEC << " ms"
+                << " (" << ticks << " clocks)" << more);
+}
+
+static void LogGrid(const LocationGrid& grid, double radius)
+{
+    AK_MSG(grid.sorted.Size() << " SPH particles, location grid size " << radius << " origin " << grid.origin.x << " "
+                              << grid.origin.y << " cells " << grid.nx << " x " << grid.ny);
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// The step
+// ----------------------------------------------------------------------------------------------------------------
+
+void SW_Simulation::ComputeTimeStep(double t, double dt, AK_List<unsigned char>& wallCells)
+{
+    static constexpr unsigned long stepSeed = 777;
+    AK_ASSERT(_mesh);
+    const std::clock_t stepStart = std::clock();
+    AK_MSG("computing time step " << t + dt << "...");
+    AK_System::srand(stepSeed);
+    ReadStepVariables();
+    const int frictionLaw = FrictionIndex();
+    const double tanDelta = std::tan(_bedFrictionAngle * radians);
+    const double cosBreak = CosOfBreakLines(*_mesh);
+    const int verbose = _sphMode == 0 ? 0 : _stepVariables.sphVerbose;
+    const Kernel kernel(_sphMode, AsText(_mesh->Resolution()));
+
+    LocationGrid grid;
+    if (_sphMode != 0) {
+        const std::clock_t start = std::clock();
+        grid.Cover(*_mesh, kernel.radius);
+        grid.Sort(_particles->Position()._x);
+        if (t < dt / 2 || verbose) AK_MSG("SPH kernel radius " << kernel.radius);
+        if (verbose) LogGrid(grid, kernel.radius);
+        LogTiming(verbose, "SPH location grid in ", start);
+    }
+
+    _bottomPressure->_values.Fill(_mesh->NumVertices(), 0.0f);
+    ReleaseSecondaryAreas();
+    const double cosPhi = std::cos(_internalFrictionAngle * radians);
+    const double tanPhi = std::tan(_internalFrictionAngle * radians);
+    const int count = _particles->NumParticles();
+    _particles->SizeScratch(count);
+    const int threads = _stepVariables.numThreads;
+
+    std::clock_t start = std::clock();
+    const bool runsFormula = frictionLaw == frictionFormula || _formulas.entrainment_energy_loss;
+    InWorkers(runsFormula ? 0 : threads, count,
+              [&](int first, int end) { ComputeBodyForces(this, first, end, t, dt, tanDelta, frictionLaw); });
+    BookEntrainment();
+    if (_sphMode == 0 || !(_interactionTypeWithFluidAbove == "none")) LayDownBottomPressure();
+    LogTiming(verbose, "body forces ", start);
+
+    start = std::clock();
+    // Its reports are messages, which only this thread sends.
+    InWorkers(verbose > 1 ? 0 : threads, count, [&](int first, int end) {
+        ComputeLateralForces(this, first, end, dt, cosPhi * cosPhi, tanPhi * tanPhi, _sphMode, kernel.radius,
+                             kernel.gradCoefficient, kernel.lapCoefficient, grid.nx, grid.origin, grid.cellSize,
+                             &grid.counts, &grid.sorted, verbose);
+    });
+    const AK_String neighbors = ", " + AK_ToText(0.0 / count, "%g") + " neighs/particle";   // nobody counts them
+    LogTiming(verbose, "lateral forces ", start, neighbors.c_str());
+
+    start = std::clock();
+    InWorkers(threads, count, [&](int first, int end) { UpdatePositions(this, first, end, dt, cosBreak, &wallCells); });
+    LogTiming(verbose, "position update ", start);
+
+    start = std::clock();
+    RemoveParticles(t);
+    AddParticlesFromSources(t, dt);
+    SplitParticles();
+    LogTiming(verbose, "particles removal/splitting ", start);
+
+    start = std::clock();
+    UpdateFields(float(t));   // the time at the start of the step
+    LogTiming(verbose, "field update ", start);
+    double totalMass = 0;   // kg
+    for (int i = _particles->NumParticles() - 1; i >= 0; --i) totalMass += double(_particles->Mass()._values[i]);
+    AK_MSG("\ttotal DFA mass: " << totalMass);
+    LogTiming(verbose, "timestep total ", stepStart);
+}
