@@ -280,7 +280,7 @@ static bool IsDefinedHere(const char* text, const char* p)
 {
     while (p > text && IsBlank(p[-1])) --p;
     const char* end = p;
-    while (p > text && !IsBlank(p[-1]) && p[-1] != '\n') --p;
+    while (p > text && !IsBlank(p[-1]) && p[-1] != '\n' && end - p <= 7) --p;   // longer is none
     return end - p == 7 && std::memcmp(p, "#define", 7) == 0;
 }
 
@@ -289,13 +289,32 @@ struct Definition {
     std::string_view value;
 };
 
-// Where the key next stands as a whole word from `from` on; npos if nowhere.
-static size_t FindWord(std::string_view text, std::string_view key, size_t from)
+// For each prefix of the key: how long the longest shorter prefix is that also ends it. With these the search never
+// goes back in the text (Knuth, Morris and Pratt 1977): a key can have megabytes and nearly match everywhere.
+static Pile<uint32_t> BordersOf(std::string_view key)
 {
-    for (size_t at = text.find(key, from); at != text.npos; at = text.find(key, at + 1)) {
-        const size_t end = at + key.size();
-        if ((at == 0 || !IsWordCharacter(text[at - 1])) && (end == text.size() || !IsWordCharacter(text[end])))
-            return at;
+    Pile<uint32_t> borders = {};
+    uint32_t length = 0;
+    for (size_t i = 0; i < key.size(); ++i) {
+        while (length > 0 && key[i] != key[length]) length = borders.items[length - 1];
+        if (i > 0 && key[i] == key[length]) ++length;
+        QVT_SCI_CHECK(borders.Push(length));
+    }
+    return borders;
+}
+
+// Where the key next stands as a whole word from `from` on; npos if nowhere.
+static size_t FindWord(std::string_view text, std::string_view key, const Pile<uint32_t>& borders, size_t from)
+{
+    size_t matched = 0;
+    for (size_t i = from; i < text.size(); ++i) {
+        while (matched > 0 && text[i] != key[matched]) matched = borders.items[matched - 1];
+        if (text[i] == key[matched]) ++matched;
+        if (matched < key.size()) continue;
+        const size_t at = i + 1 - key.size();
+        const bool begins = at == 0 || !IsWordCharacter(text[at - 1]);
+        if (begins && (i + 1 == text.size() || !IsWordCharacter(text[i + 1]))) return at;
+        matched = borders.items[matched - 1];
     }
     return text.npos;
 }
@@ -305,17 +324,20 @@ static size_t FindWord(std::string_view text, std::string_view key, size_t from)
 static bool Substitute(char** text, const char* from, const Definition& definition)
 {
     const std::string_view old = *text;
+    const std::string_view key = definition.key;
+    Pile<uint32_t> borders = BordersOf(key);
     Pile<char> expanded = {};
     size_t copied = 0;
     bool fits = true;
-    for (size_t at = FindWord(old, definition.key, size_t(from - *text));
-         fits && at != old.npos && !IsDefinedHere(*text, *text + at); at = FindWord(old, definition.key, copied)) {
+    for (size_t at = FindWord(old, key, borders, size_t(from - *text));
+         fits && at != old.npos && !IsDefinedHere(*text, *text + at); at = FindWord(old, key, borders, copied)) {
         Append(expanded, *text + copied, at - copied);
         Append(expanded, definition.value.data(), definition.value.size());
-        for (size_t i = definition.value.size(); i < definition.key.size(); ++i) Append(expanded, " ", 1);
-        copied = at + definition.key.size();
+        for (size_t i = definition.value.size(); i < key.size(); ++i) Append(expanded, " ", 1);
+        copied = at + key.size();
         fits = expanded.count < MAX_TEXT;
     }
+    borders.Free();
     if (!fits) {
         expanded.Free();
         return false;

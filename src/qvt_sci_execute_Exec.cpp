@@ -81,6 +81,7 @@ static char* ProgramOf(char* text)
 struct Exec {
     static int Get(Node* node)
     {
+        CountSteps(200);   // a parse costs as much as many turns of a loop
         OpenExec(node->o.op[1]->value.ns);
         Namespace* const own = gActiveNamespace;
         char* program = ProgramOf(CopyOfText(node->o.op[0]));

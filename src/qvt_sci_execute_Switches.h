@@ -12,7 +12,7 @@
 #ifdef KORVO_FUZZ
 
 struct FuzzSwitches {
-    long stepsLeft;                // calls, turns of loops, elements of vectors
+    long stepsLeft;                // calls, turns of loops, elements of vectors, parses of exec
     void (*leaveRun)();            // does not return; null: nothing is left or kept
     Pile<void*> memory;            // moved by resize, to be freed when the input is done
     Pile<Namespace*> namespaces;   // of exec, to be destroyed then

@@ -140,6 +140,16 @@ TEST_F(qvt_sci_Preprocess_, RefusesTextsThatGrowBeyondAllBounds)
     EXPECT_NE(Expand(text + "k0\n").find("source is too long"), std::string::npos);
 }
 
+// Half a megabyte that nearly matches everywhere: comparing anew at each place would take minutes.
+TEST_F(qvt_sci_Preprocess_, FindsLongKeysInOneWalk)
+{
+    const std::string key = Repeated("a+", 100000) + "b", text = Repeated("a+", 300000);
+    EXPECT_EQ(Expand("#define " + key + " 1\n" + text + "\n" + text + key + ";\n"),
+              "//_DEF_ " + key + " 1\n" + text + "\n" + text + "1" + Repeated(" ", int(key.size()) - 1) + ";\n");
+    EXPECT_EQ(Expand("#define aab 1\naaab aab aaaab+aab aabaab\n"), "//_DEF_ aab 1\naaab 1   aaaab+1   aabaab\n");
+    EXPECT_EQ(Expand("#define + -\n" + Repeated("+", 300000) + "\n"), "//_DEF_ + -\n" + Repeated("-", 300000) + "\n");
+}
+
 TEST_F(qvt_sci_Preprocess_, MasksSourceInOneLineAndBack)
 {
     char* masked = qvt_sci_MaskedCode("print \"a\\n\";\n");
