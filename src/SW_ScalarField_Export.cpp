@@ -7,6 +7,7 @@
 #include <fstream>
 
 static constexpr double writtenNoData = -9999;
+static constexpr double maxRasterValues = 1e9;   // a size mistyped by some zeros must not fill the disc
 
 // ----------------------------------------------------------------------------------------------------------------
 // Raster
@@ -60,10 +61,14 @@ void SW_ScalarField::ExportFieldRasterAscii(const AK_String& path)
         _execStatus = "ExportRasterSize must be positive";
         return;
     }
+    if (_exportRasterAutoRange) TakeRasterExtentOfMesh();
+    if (double(_exportRasterNumColumns) * double(_exportRasterNumRows) > maxRasterValues) {
+        _execStatus = "the raster would be too large: ExportRasterSize is too small";
+        return;
+    }
     Convert();
     const bool written = SW_WriteTextFile(path, [&](std::FILE* file) {
         AK_MSG("writing field raster data to " << path);
-        if (_exportRasterAutoRange) TakeRasterExtentOfMesh();
         WriteRaster(file);
     });
     Reconvert();

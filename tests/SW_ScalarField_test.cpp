@@ -167,9 +167,13 @@ TEST_F(SW_Fields, ARasterHoldsTheValuesAndItsExtentIsRounded)
     const std::string part = Exported("ExportFieldRasterAscii", "part.asc");
     EXPECT_NE(part.find("\n-9999 2.92 3.02 3.12 \n"), std::string::npos)
         << part;   // half a cell left still counts as inside
-    field->Set("ExportRasterSize", "0");
-    field->Set("ExportFieldRasterAscii", directory / "bad.asc");
-    EXPECT_FALSE(AK_Object::_execStatus.IsEmpty());
+    field->Set("ExportRasterAutoRange", "1");
+    for (const char* size : {"0", "nan", "-5", "0.00001"}) {
+        field->Set("ExportRasterSize", size);
+        field->Set("ExportFieldRasterAscii", directory / "bad.asc");
+        EXPECT_FALSE(AK_Object::_execStatus.IsEmpty()) << size;
+    }
+    EXPECT_FALSE(AK_System::FileExists(directory / "bad.asc"));
 }
 
 TEST_F(SW_Fields, LinesGoOutAsDxfOnALayerOfAttributeAndUnit)
