@@ -8,7 +8,7 @@
 //        q                q        somewhere, and the edge keeps its face.
 //
 // A flip turns the diagonal by a right angle, and two of one sense would exchange the cells. So the sense follows from
-// where the lowest vertex stands, at the end of the edge or beside it: a second flip turns back and leaves all as it was.
+// where the lowest vertex stands, at the end of the edge or beside it: a second flip turns back and restores all.
 //
 // All operations here need neighbours.
 
