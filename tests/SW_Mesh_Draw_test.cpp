@@ -105,7 +105,6 @@ TEST_F(SW_Mesh_Draw, ACoarseCopyOfItsHeightsStandsForAMesh)
         return ShareOf(Picture(), [](int r, int g, int b) { return r > 200 && g < 60 && b < 60; });
     };
     EXPECT_GT(redShare(), 0.9);
-    mesh->Set("Dx", "1");
     mesh->Set("DrawCoarsened", "1");   // over 3 m the heights alternate, too: 18 degrees
     EXPECT_LT(redShare(), 0.1);
     EXPECT_EQ(mesh->NumCells(), 3600);
