@@ -1,13 +1,14 @@
 // Edge flips: the common edge of two triangles is exchanged for the other diagonal of their quadrilateral where that
 // makes the surface less bent. Heights do not change, only which vertices are joined.
 //
-//        p                  p         cell  (a, b, p)       becomes  (q, p, a)  or  (p, q, b)
-//      / | \              /   \       other (b, a, q)                (p, q, b)      (q, p, a)
-//     a--+--b    <->     a     b
-//      \ | /              \   /       A flip turns the diagonal by a right angle, and two of one sense would exchange
-//        q                  q         the cells. So the sense follows from where the lowest vertex stands, at the end
-//        of
-//                                     the edge or beside it: the second flip then turns back, and leaves all as it was.
+//        p                p        cell   (a, b, p)   becomes   (q, p, a)  or  (p, q, b)
+//      / | \            /   \      other  (b, a, q)             (p, q, b)      (q, p, a)
+//     a--+--b    <->   a     b
+//      \ | /            \   /      The common edge is slots 0 and 1 in this notation; in the lists each cell begins
+//        q                q        somewhere, and the edge keeps its face.
+//
+// A flip turns the diagonal by a right angle, and two of one sense would exchange the cells. So the sense follows from
+// where the lowest vertex stands, at the end of the edge or beside it: a second flip turns back and restores all.
 //
 // All operations here need neighbours.
 
