@@ -253,6 +253,7 @@ private:
     void FinishRaster(const SW_Grid& grid, double noDataValue);
     void ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& grid);
     void DeriveGridDescription();
+    void ClearCells();   // all that Clear takes, but for vertices and segments
     template <class Net, class NumberOf>
     int TakeTriangles(const Net& net, const NumberOf& numberOf);
     void ImportSideFiles(const AK_String& path);

@@ -5,17 +5,16 @@
 // pieces become short, and at some length the circle around a piece is empty, which makes it an edge of a Delaunay
 // triangulation. Only where lines cross the halving would never end: below a length a piece is given up.
 //
-//      a                                   a
-//       \    c                            /|\\     c
-//        \  /         ->                   m------          m is inserted; a-m and m-b are segments now
-//         \/
-//       d  b
+//        c                  c
+//      .   .              / | \          the segment a-b is no edge: m is inserted,
+//    a - - - b    ->    a---m---b        and a-m and m-b are the segments now
+//      .   .              \ | /
+//        d                  d
 //
 // A mesh is never edited locally: the vertices that are there, the old segments and the new ones give a new mesh.
 
 #include "SW_Mesh.h"
 
-#include "SW_Mesh_Contour.h"
 #include "SW_Mesh_Delaunay.h"
 #include "SW_Polyline.h"
 #include "SW_Polyline_Container.h"
@@ -137,16 +136,11 @@ static void AppendLines(const AK_List<AK_Polyline>& lines, AK_List<AK_Vec>& x, A
 void SW_Mesh::LoadPolylines(const AK_List<AK_Polyline>& lines, int keepPresent)
 {
     AK_MSG("loading " << lines.Size() << " polylines...");
-    AK_List<AK_Vec> vertices(1);
-    AK_List<int> segments(1);
-    if (keepPresent) {
-        vertices = _x;
-        segments = _segments;
-    }
-    Clear();
-    AppendLines(lines, vertices, segments);
-    _x.Swap(vertices);
-    _segments.Swap(segments);
+    if (keepPresent)
+        ClearCells();
+    else
+        Clear();
+    AppendLines(lines, _x, _segments);
     if (NumVertices() == 0) return SW_ReportNoCells(0);
 
     NumberedPoints xProj;

@@ -11,7 +11,6 @@
 
 #include "SW_Mesh.h"
 
-#include "SW_Mesh_Contour.h"
 #include "SW_Mesh_Delaunay.h"
 #include "SW_Mesh_Tokens.h"
 #include "SW_Polyline_Text.h"
@@ -138,15 +137,20 @@ static void InsertPoints(AK_Triangulation2& net, const AK_List<const AK_Vec2*>& 
     net.PrintStatistics();
 }
 
+void SW_Mesh::ClearCells()
+{
+    AK_List<AK_Vec> vertices(1);
+    AK_List<int> segments(1);
+    vertices.Swap(_x);
+    segments.Swap(_segments);
+    Clear();
+    _x.Swap(vertices);
+    _segments.Swap(segments);
+}
+
 void SW_Mesh::TriangulatePoints()
 {
-    _lcv.Clear();
-    _lcc.Clear();
-    _vertexNormals.Clear();
-    _totalNormal = AK_Vec();
-    _contourLines.reset();
-    _isCartesian = 0;
-    _isHoneyComb = 0;
+    ClearCells();
     if (NumVertices() == 0) {
         AK_MSG("no points to triangulate");
         return;
