@@ -6,7 +6,9 @@
 #include "SW_Mesh_Container.h"
 #include "SW_Polyline_Container.h"
 #include "SW_Polyline_Labels.h"
+#include "SW_Particles.h"
 #include "SW_ResistanceArea.h"
+#include "SW_Simulation_Container.h"
 #include "SW_SourceLine.h"
 #include "SW_WallLine.h"
 
@@ -30,8 +32,9 @@ SW_Workspace::SW_Workspace(const AK_String& id, AK_Object* parent) : AK_Class(id
     AddContainers<SW_ResistanceAreas>({"ResistanceAreas"});
     AddContainers<SW_WallLines>({"WallLines"});
     AddContainers<SW_SourceLines>({"SourceLines"});
-    AddContainers<AK_Container>({"Simulations"});
+    AddContainers<SW_Simulations>({"Simulations"});
     AddContainers<SW_Labels>({"Labels"});
+    SW_Particles::RegisterInFormulaLanguage();
     AK_Colorbar::_minColorToBackgroundFadingRange = fadingRange;
     RunInitializationCommands();
 }
