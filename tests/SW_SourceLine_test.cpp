@@ -80,4 +80,11 @@ TEST_F(SW_SourceLineTest, AttributesAreCheckedAndCopied)
     EXPECT_EQ(sim->SourceLines().Line(2)->Id(), "inflow_0001");
     sim->SourceLines().Set("Clone", "..");
     EXPECT_EQ(AK_Object::_execStatus, "there is no SourceLine '..'");
+
+    WriteFile(directory / "in.nxyz", "3\n5 6 0\n7 7 0\n8 9 0\n");
+    sim->SourceLines().Set("Import", directory / "in.nxyz");
+    EXPECT_EQ(sim->SourceLines().Line(3)->Get("StartPoint"), "5 6");
+    EXPECT_EQ(sim->SourceLines().Line(3)->Get("EndPoint"), "8 9");
+    sim->SourceLines().Set("Import", directory / "none.dxf");
+    EXPECT_EQ(AK_Object::_execStatus, AK_String("cannot open file ") + (directory / "none.dxf"));
 }

@@ -1,10 +1,8 @@
-// Walls: heights and slopes as texts, the foot on the terrain, crossings; and the cells where a run looks for them.
+// Walls: heights and slopes as texts, the foot on the terrain, crossings.
 
 #include "SW_WallLine.h"
 
 #include "SW_Simulation_Fixture.h"
-
-#include <set>
 
 namespace {
 
@@ -32,13 +30,6 @@ void ExpectNear(const AK_Vec& found, const AK_Vec& expected, const std::string& 
     EXPECT_NEAR(found.x, expected.x, 1e-9) << why;
     EXPECT_NEAR(found.y, expected.y, 1e-9) << why;
     EXPECT_NEAR(found.z, expected.z, 1e-9) << why;
-}
-
-std::string Joined(const std::set<int>& cells)
-{
-    std::string text;
-    for (const int cell : cells) text += std::to_string(cell) + " ";
-    return text;
 }
 
 }   // namespace
@@ -216,59 +207,4 @@ TEST_F(SW_WallLineTest, CrossingsAreFoundOnTheFootLine)
     EXPECT_TRUE(corner.GetIntersection({40, 40, 0}, {50, 70, 0}, foot, crown, tangent)) << "both segments";
     EXPECT_LT(foot.y, 53) << "the first one counts";
     EXPECT_FALSE(Wall("50 20", "1010", "1").GetIntersection({30, 20, 0}, {60, 20, 0}, foot, crown, tangent));
-}
-
-// ----------------------------------------------------------------------------------------------------------------
-// In a run
-// ----------------------------------------------------------------------------------------------------------------
-
-TEST_F(SW_WallLineTest, CellsUnderAWallAndTheirNeighboursKnowIt)
-{
-    OnMesh(6, 6, 10, Flat);   // cell i, j has number 6 i + j
-    const struct {
-        const char* why;
-        const char *points, *heights;
-        std::set<int> cells;
-        std::string message;
-    } cases[] = {
-        // With a slope of 10 the foot of a wall of 10 m lies 1 m left of it, in the same cells.
-        {"cells 3, 1 to 3, 3 and around",
-         "35 15%AK_SEP%35 35",
-         "1010",
-         {13, 14, 15, 18, 19, 20, 21, 22, 25, 26, 27},
-         ""},
-        {"at the border", "5 5%AK_SEP%5 5.5", "1010", {0, 1, 6}, ""},
-        {"out of the terrain", "55 45%AK_SEP%55 95", "1010", {28, 29, 33, 34, 35}, ""},
-        {"into the terrain", "55 95%AK_SEP%55 45", "1010", {28, 29, 33, 34, 35}, ""},
-        {"off the terrain", "105 5%AK_SEP%105 55", "1010", {}, ""},
-        {"switched off", "35 15%AK_SEP%35 35", "0", {}, ""},
-        {"without heights",
-         "35 15%AK_SEP%35 35",
-         "",
-         {},
-         "WARNING:wall line 'w' has no Heights: it does not reflect anything"},
-    };
-    AK_List<unsigned char> wallCells(1);
-    for (const auto& c : cases) {
-        sim->WallLines().DeleteAll();
-        Wall(c.points, c.heights, "10");
-        Messages();
-        sim->UpdateWallLines(wallCells);
-        std::set<int> found;
-        for (int cell = 0; cell < wallCells.Size(); ++cell)
-            if (wallCells[cell] != 0) found.insert(cell);
-        EXPECT_EQ(wallCells.Size(), 36);
-        EXPECT_EQ(Joined(found), Joined(c.cells)) << c.why;
-        const std::vector<std::string> said = Messages();
-        EXPECT_EQ(said.back(), std::to_string(c.cells.size()) + " cells covered by wall lines") << c.why;
-        EXPECT_EQ(said.size(), c.message.empty() ? 1u : 2u) << c.why << ": " << said.front();
-    }
-    sim->WallLines().DeleteAll();
-    Wall("35 15%AK_SEP%35 35", "1010", "10");
-    Wall("45 25%AK_SEP%45 26", "1010", "10");
-    sim->UpdateWallLines(wallCells);
-    EXPECT_EQ(wallCells[13], 1);
-    EXPECT_EQ(wallCells[20], 2) << "the later line counts";
-    for (int i = sim->WallLines().NumComponents(); i < 255; ++i) sim->WallLines().Create("");
-    EXPECT_DEATH(sim->UpdateWallLines(wallCells), "");
 }
