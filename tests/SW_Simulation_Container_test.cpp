@@ -22,8 +22,7 @@ protected:
     {
         const AK_Attribute* set = node->Component("set");
         if (node->Component("volatile") || node->_cmd == "Id") return;
-        if (set && !node->_cmd.IsEmpty())
-            saved.insert((set->_cmd + "=" + object.Get(node->_cmd)).c_str());
+        if (set && !node->_cmd.IsEmpty()) saved.insert((set->_cmd + "=" + object.Get(node->_cmd)).c_str());
         for (const AK_Attribute* component : node->_components) Collect(object, component, saved);
     }
 
@@ -42,15 +41,24 @@ protected:
     // Another value for everything that can be set and saved, and a scenario.
     void ChangeEverything()
     {
-        const std::set<std::string> kept = {"Mesh", "FrictionType", "FormulaParameters", "LoadTimeStep", "Active",
-                                            "BottomShearStressFormula", "ReportCommands", "SuppressCreatingComponents"};
+        const std::set<std::string> kept = {"Mesh",
+                                            "FrictionType",
+                                            "FormulaParameters",
+                                            "LoadTimeStep",
+                                            "Active",
+                                            "BottomShearStressFormula",
+                                            "ReportCommands",
+                                            "SuppressCreatingComponents"};
         int number = 2;
         for (const std::string& attribute : SavedAttributes(*sim)) {
             const std::string name = attribute.substr(0, attribute.find('='));
             if (!kept.count(name)) sim->Set(name.c_str(), AK_String(++number, "%d"));
         }
-        Set({{"FrictionType", "voellmy"}, {"FormulaParameters", "mu=0.31;xi=777"}, {"Remark", "two\nlines, \"quoted\""},
-             {"BottomShearStressFormula", "return 3 * p;"}, {"CleanupBehavior", "remove all time steps"}});
+        Set({{"FrictionType", "voellmy"},
+             {"FormulaParameters", "mu=0.31;xi=777"},
+             {"Remark", "two\nlines, \"quoted\""},
+             {"BottomShearStressFormula", "return 3 * p;"},
+             {"CleanupBehavior", "remove all time steps"}});
         Release({20, 20}, {40, 40}, 1.5);
         Snow(sim->EntrainmentAreas(), "entrainment", {50, 20}, {90, 40}, 0.3);
         Snow(sim->SecondaryReleaseAreas(), "held", {50, 50}, {60, 60}, 1);
@@ -66,8 +74,8 @@ protected:
 
     static void ExpectSameScenario(const SW_Simulation& a, const SW_Simulation& b)
     {
-        for (const char* id : {"ReleaseAreas", "EntrainmentAreas", "SecondaryReleaseAreas", "ResistanceAreas", "WallLines",
-                               "SourceLines"}) {
+        for (const char* id : {"ReleaseAreas", "EntrainmentAreas", "SecondaryReleaseAreas", "ResistanceAreas",
+                               "WallLines", "SourceLines"}) {
             const AK_Object& left = *a.Component(id);
             const AK_Object& right = *b.Component(id);
             ASSERT_EQ(left.NumComponents(), right.NumComponents()) << id;
@@ -77,7 +85,8 @@ protected:
             if (!line) continue;
             const auto* other = static_cast<const SW_Polyline*>(right.ComponentAt(0));
             ASSERT_EQ(line->NumVertices(), other->NumVertices()) << id;
-            for (int i = 0; i < line->NumVertices(); ++i) EXPECT_EQ(Length(line->Points()[i] - other->Points()[i]), 0) << id;
+            for (int i = 0; i < line->NumVertices(); ++i)
+                EXPECT_EQ(Length(line->Points()[i] - other->Points()[i]), 0) << id;
         }
         EXPECT_GT(b.ReleaseMass(), 0);
         EXPECT_EQ(a.ReleaseMass(), b.ReleaseMass());
@@ -94,7 +103,8 @@ TEST_F(SW_SimulationProject, HasItsPartsInTheirOrder)
                      "FlowDepth PeakFlowDepth Velocity DynamicPeakPressure PeakForcePerWidth PeakTorquePerWidth "
                      "FrontArrivalTime EntrainmentMass EntrainmentEnthalpy Particles ");
     EXPECT_STREQ(sim->Type().c_str(), "ShallowWaterSimulation");
-    for (const char* field : {"FlowDepth", "FrontArrivalTime"}) EXPECT_EQ(Part(field)._values.Size(), mesh->NumVertices());
+    for (const char* field : {"FlowDepth", "FrontArrivalTime"})
+        EXPECT_EQ(Part(field)._values.Size(), mesh->NumVertices());
     for (const char* store : {"EntrainmentMass", "EntrainmentEnthalpy"})
         EXPECT_EQ(Part(store)._values.Size(), mesh->NumCells());
 }
@@ -222,12 +232,8 @@ TEST_F(SW_SimulationProject, CleanupDoesWhatEachSimulationWants)
         const char* behavior;
         size_t steps;
         bool exists;
-    } cases[] = {{"keep all time steps", 2, true},
-                 {"delete entirely", 0, false},
-                 {"keep last time step", 1, true},
-                 {"delete entirely", 0, false},
-                 {"remove all time steps", 0, true},
-                 {"nonsense", 2, true}};
+    } cases[] = {{"keep all time steps", 2, true}, {"delete entirely", 0, false},      {"keep last time step", 1, true},
+                 {"delete entirely", 0, false},    {"remove all time steps", 0, true}, {"nonsense", 2, true}};
     int number = 0;
     for (const auto& c : cases) {
         const AK_String id = AK_String(number++, "s%d");
@@ -286,7 +292,8 @@ TEST_F(SW_SimulationProject, StartFilesAndBatchesNameTheirSimulations)
               "\"korvo\" -offscreen \"" + dir + "start.macro\" > \"" + dir + "start.log\"\n");
 
     simulations->Set("StartActive", "0=1;1=1");
-    EXPECT_EQ(AK_Object::_execStatus, "start not possible because the following simulations are not ready to run:\nsecond\n");
+    EXPECT_EQ(AK_Object::_execStatus,
+              "start not possible because the following simulations are not ready to run:\nsecond\n");
     EXPECT_FALSE(AK_System::FileExists(directory / "p/Project/batch.bat"));
     simulations->Set("StartActive", "1=0;2=1");   // nobody: no batch
     EXPECT_FALSE(AK_System::FileExists(directory / "p/Project/batch.bat"));

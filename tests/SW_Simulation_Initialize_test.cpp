@@ -68,16 +68,16 @@ TEST_F(SW_Initialize, EachMethodDerivesTheOtherThreeValues)
         EXPECT_NEAR(n, mass / c.massPerParticle, 16);   // each cell is rounded by less than one
         EXPECT_NEAR(sim->Particles().TotalMass(), mass, 1e-6 * mass);
         const std::string method = c.method, input = c.input;
-                EXPECT_NEAR(Number("MassPerParticle"), method == "direct" ? c.massPerParticle : mass / n, 1e-6 * mass / n);
-        const std::pair<const char*, double> derived[] = {
-            {"NumParticlesPerCell", mass / c.massPerParticle / cells},
-            {"NumParticles", std::floor(mass / c.massPerParticle)},
-            {"DeltaDepthPerParticle", c.massPerParticle / depthMass}};
+        EXPECT_NEAR(Number("MassPerParticle"), method == "direct" ? c.massPerParticle : mass / n, 1e-6 * mass / n);
+        const std::pair<const char*, double> derived[] = {{"NumParticlesPerCell", mass / c.massPerParticle / cells},
+                                                          {"NumParticles", std::floor(mass / c.massPerParticle)},
+                                                          {"DeltaDepthPerParticle", c.massPerParticle / depthMass}};
         for (const auto& [name, value] : derived) {
             EXPECT_NEAR(Number(name), input == name ? std::atof(c.value) : value, 1e-9 * value) << name;
         }
         if (method == "no such method") continue;
-        for (const std::string name : {"MassPerParticle", "NumParticlesPerCell", "NumParticles", "DeltaDepthPerParticle"})
+        for (const std::string name :
+             {"MassPerParticle", "NumParticlesPerCell", "NumParticles", "DeltaDepthPerParticle"})
             EXPECT_EQ(Text((name + "Visibility").c_str()), name == input ? "w" : "r") << name;
     }
 }
