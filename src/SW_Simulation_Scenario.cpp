@@ -27,12 +27,8 @@ void SW_ProjectOntoSimulationMesh(SW_Polyline& line)
 
 AK_String SW_FormulaNames(const char* directory)
 {
-    AK_List<AK_String> names(1);
-    for (const AK_String& root : {AK_Object::_userAttributesDirectory, AK_Object::_attributesDirectory})
-        for (AK_String& name : AK_System::FilesList(root + directory, "cint")) {
-            name.RemoveExtension();
-            if (names.IndexOf(name) < 0) names.Append(name);
-        }
+    AK_List<AK_String> names = AK_Object::AttributesFilesList("cint", directory);
+    for (AK_String& name : names) name = SW_NameOfFile(name);
     return AK_String(names, ak_sep);
 }
 

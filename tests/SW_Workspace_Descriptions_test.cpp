@@ -8,6 +8,8 @@
 #include "AK_Group.h"
 #include "SW_InitialCondition.h"
 #include "SW_ResistanceArea.h"
+#include "SW_Simulation.h"
+#include "SW_Simulation_Container.h"
 #include "SW_SourceLine.h"
 #include "SW_WallLine.h"
 
@@ -47,6 +49,9 @@ protected:
         Add<SW_ResistanceAreas, AK_Container, AK_Object>("ResistanceAreas");
         Add<SW_WallLines, AK_Container, AK_Object>("WallLines");
         Add<SW_SourceLines, AK_Container, AK_Object>("SourceLines");
+        Add<SW_Simulation, AK_Object>("avalanche");
+        Add<SW_Simulations, AK_Container, AK_Object>("Simulations");
+        Add<SW_PsaMeshes, AK_Container, AK_Object>("PsaMeshes");
     }
 
     template <class Class, class... Bases>
