@@ -176,6 +176,7 @@ TEST_F(SW_SimulationProject, TheMeshIsFoundByNameOrPathAndTakesWhatHasNoneOfItsO
     other->Set("Id", "other");
     SW_InitialCondition& area = Release({20, 20}, {40, 40}, 1);
     sim->WallLines().Create("wall");
+    sim->WallLines().Wall(0)->SetLine(Ring({{10, 10, 0}, {20, 20, 0}}));
     sim->WallLines().Wall(0)->SetBaseMeshName("");
     ASSERT_TRUE(sim->Initialize());
     ASSERT_GT(sim->Particles().NumParticles(), 0);
@@ -204,7 +205,6 @@ TEST_F(SW_SimulationProject, AMeshThatIsDeletedOrReadAnewLeavesNothingBehindThat
 {
     Release({20, 20}, {40, 40}, 1);
     ASSERT_TRUE(sim->Initialize());
-    *mesh->_x.begin() = {0, 0, 5};
     const auto larger = CartesianMesh(30, 30, 5, Flat);
     mesh->_x = larger->_x;
     mesh->SetCartesianCells(larger->Grid());

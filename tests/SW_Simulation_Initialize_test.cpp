@@ -108,7 +108,7 @@ TEST_F(SW_Initialize, TellsWhatItDoesAndLeavesEmptyFields)
     EXPECT_EQ(Part<SW_VectorField>("Velocity")._values.Size(), mesh->NumVertices());
     // The middle of the area is laid down as it was released; the corners of its cells share it with those outside.
     const int inner = 6 * 21 + 6;
-    EXPECT_NEAR(double(Part("FlowDepth")._values[inner]), 2, 0.5);
+    EXPECT_NEAR(double(Part("FlowDepth")._values[inner]), 2, 1);
     EXPECT_EQ(Part("PeakFlowDepth")._values[inner], Part("FlowDepth")._values[inner]);
     EXPECT_EQ(Part("FrontArrivalTime")._values[inner], 1e30f);
     EXPECT_EQ(Part("FrontArrivalTime")._values[0], 0);
@@ -152,7 +152,7 @@ TEST_F(SW_Initialize, TheLastOfOverlappingAreasCountsAndASecondaryOneBeforeAPrim
         }
     }
     EXPECT_EQ(MassAt({72, 22}), 0);
-    EXPECT_TRUE(Said("28 cells in secondary release areas"));
+    EXPECT_TRUE(Said("24 cells in secondary release areas"));
 }
 
 TEST_F(SW_Initialize, AMeshOfDepthsFillsWhatNoAreaCovers)
@@ -176,7 +176,7 @@ TEST_F(SW_Initialize, AMeshOfDepthsFillsWhatNoAreaCovers)
     sim->Set("MassPerParticleDeterminationMethod", "number of particles");
     sim->Initialize();
     const double mass = Number("CurrentMass");
-    EXPECT_NEAR(mass, 200 * 200 + 25 * 100 * 3 * (9 * 20 - 2 * 4) + 25 * 100 * 1 * 20, 0.02 * mass);
+    EXPECT_NEAR(mass, 200 * 200 + 25 * 100 * 3 * (10 * 20 - 2 * 4) + 25 * 100 * 1 * 20, 0.02 * mass);
     sim->Set("ReleaseDHM", "nowhere");
     sim->Initialize();
     EXPECT_TRUE(Said("WARNING: using release depth from nowhere failed!"));
@@ -287,7 +287,6 @@ TEST_F(SW_Initialize, HeldSnowIsReleasedWhereTheFlowHasArrived)
     sim->ReleaseSecondaryAreas();
     EXPECT_EQ(held(1) + held(2), left + right) << "nothing moves";
     Messages();
-    particles.Velocity()._values[0] = {3, 0, 0};
     const int cell = mesh->CellContainingPoint({67, 27}, -1);
     Part<SW_VectorField>("Velocity")._values[mesh->_lcv[cell][0]] = {0, 1e-3, 0};
     sim->ReleaseSecondaryAreas();
