@@ -197,8 +197,9 @@ TEST_F(SW_Initialize, WhatCannotStartSaysSo)
     } cases[] = {
         {"DeltaDepthPerParticle", "1e-15", 2, false, "WARNING: simulation avalanche is not started: MassPerParticle"},
         {"DeltaDepthPerParticle", "nan", 2, false, "WARNING: simulation avalanche is not started: MassPerParticle"},
-        {"DeltaDepthPerParticle", "0", 2, true, ""},
-        {"DeltaDepthPerParticle", "-1", 2, true, ""},
+        {"DeltaDepthPerParticle", "0", 2, true,
+         "WARNING: simulation avalanche: MassPerParticle 0 kg makes no particle"},
+        {"DeltaDepthPerParticle", "-1", 2, true, "WARNING: simulation avalanche: MassPerParticle -5000 kg makes no"},
         {"DeltaDepthPerParticle", "0.5", 0, true, ""},
         {"Density", "0", 2, false, "WARNING: simulation avalanche is not started: Density"},
         {"Density", "-200", 2, false, "WARNING: simulation avalanche is not started: Density"},
