@@ -156,8 +156,8 @@ TEST_F(Descriptions, AreWrittenInTheFormThatTheProgramReads)
 {
     const std::set<std::string> kinds = {"obj",  "opr",      "text",      "int",  "float", "double", "point",
                                          "bool", "filename", "directory", "list", "apply", "color"};
-    const std::set<std::string> properties = {"doc",      "german",     "set",                "options", "vis",
-                                              "volatile", "pick world", "pick world multiple"};
+    const std::set<std::string> properties = {"doc", "german",   "set",        "options",
+                                              "vis", "volatile", "pick world", "pick world multiple"};
     for (const Described& c : classes) {
         SCOPED_TRACE(c.className);
         Nodes nodes;
