@@ -92,8 +92,7 @@ bool CanBeSet(const Described& c, const AK_String& name)
 bool IsHelper(const std::string& name)
 {
     const auto endsWith = [&](const char* end) { return AK_String(name.c_str()).EndsWith(end); };
-    return endsWith("Vis") || endsWith("Visibility") || endsWith("Options") || name == "VisWrite" ||
-           name == "VisRead" || name == "VisNone";
+    return name.rfind("Vis", 0) == 0 || endsWith("Vis") || endsWith("Visibility") || endsWith("Options");
 }
 
 }   // namespace
