@@ -63,6 +63,17 @@ void SW_SetPoints(SW_Polyline& line, const AK_String& text)
     if (mesh) line.Set("ProjectOnto", mesh->IdAbs(&line));
 }
 
+void SW_SetAmount(double& value, const AK_String& text, bool aboveZero)
+{
+    double number = 0;
+    AK_AssignFinite(number, text);
+    if (!AK_Object::_execStatus.IsEmpty()) return;
+    if (number < 0 || (aboveZero && number == 0))
+        AK_Object::_execStatus = AK_String("'") + text + (aboveZero ? "' is not above 0" : "' is negative");
+    else
+        value = number;
+}
+
 int SW_ScanNumbers(const char* text, double* numbers, int n)
 {
     int found = 0;

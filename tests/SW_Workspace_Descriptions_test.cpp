@@ -97,8 +97,7 @@ bool CanBeSet(const Described& c, const AK_String& name)
 bool IsHelper(const std::string& name)
 {
     const auto endsWith = [&](const char* end) { return AK_String(name.c_str()).EndsWith(end); };
-    return endsWith("Vis") || endsWith("Visibility") || endsWith("Options") || name == "VisWrite" ||
-           name == "VisRead" || name == "VisNone";
+    return name.rfind("Vis", 0) == 0 || endsWith("Vis") || endsWith("Visibility") || endsWith("Options");
 }
 
 }   // namespace
@@ -159,9 +158,10 @@ TEST_F(Descriptions, HoldEveryNameThatTheClassAnswers)
 
 TEST_F(Descriptions, AreWrittenInTheFormThatTheProgramReads)
 {
-    const std::set<std::string> kinds = {"obj",  "opr",      "text",      "int",  "double",
-                                         "bool", "filename", "directory", "list", "apply"};
-    const std::set<std::string> properties = {"doc", "german", "set", "options", "vis", "volatile"};
+    const std::set<std::string> kinds = {"obj",  "opr",      "text",      "int",  "float", "double", "point",
+                                         "bool", "filename", "directory", "list", "apply", "color"};
+    const std::set<std::string> properties = {"doc", "german",   "set",        "options",
+                                              "vis", "volatile", "pick world", "pick world multiple"};
     for (const Described& c : classes) {
         SCOPED_TRACE(c.className);
         Nodes nodes;
