@@ -113,7 +113,7 @@ TEST_F(SW_SimulationProject, ComesBackFromDiscAsItWas)
 {
     ChangeEverything();
     const std::set<std::string> saved = SavedAttributes(*sim);
-    EXPECT_GT(saved.size(), 90u);
+    EXPECT_GT(saved.size(), 75u);
     root.Set("SaveProjectAs", directory / "p");
     ASSERT_EQ(AK_Object::_execStatus, "");
 
