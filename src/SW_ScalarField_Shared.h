@@ -218,7 +218,7 @@ protected:
         });
     }
 
-    const SW_Mesh* _mesh = nullptr;   // not owned
+    SW_MeshPointer<const SW_Mesh> _mesh;   // not owned
     AK_List<Value> _savedValues{1};   // the data while a conversion for display is in force
     AK_String _selectedPolyline;
 };

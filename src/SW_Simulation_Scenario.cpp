@@ -27,12 +27,8 @@ void SW_ProjectOntoSimulationMesh(SW_Polyline& line)
 
 AK_String SW_FormulaNames(const char* directory)
 {
-    AK_List<AK_String> names(1);
-    for (const AK_String& root : {AK_Object::_userAttributesDirectory, AK_Object::_attributesDirectory})
-        for (AK_String& name : AK_System::FilesList(root + directory, "cint")) {
-            name.RemoveExtension();
-            if (names.IndexOf(name) < 0) names.Append(name);
-        }
+    AK_List<AK_String> names = AK_Object::AttributesFilesList("cint", directory);
+    for (AK_String& name : names) name = SW_NameOfFile(name);
     return AK_String(names, ak_sep);
 }
 
@@ -65,6 +61,17 @@ void SW_SetPoints(SW_Polyline& line, const AK_String& text)
     const SW_Mesh* mesh = line.BaseMesh();
     if (!mesh) mesh = SW_SimulationMesh(line);
     if (mesh) line.Set("ProjectOnto", mesh->IdAbs(&line));
+}
+
+void SW_SetAmount(double& value, const AK_String& text, bool aboveZero)
+{
+    double number = 0;
+    AK_AssignFinite(number, text);
+    if (!AK_Object::_execStatus.IsEmpty()) return;
+    if (number < 0 || (aboveZero && number == 0))
+        AK_Object::_execStatus = AK_String("'") + text + (aboveZero ? "' is not above 0" : "' is negative");
+    else
+        value = number;
 }
 
 int SW_ScanNumbers(const char* text, double* numbers, int n)
@@ -179,25 +186,30 @@ void SW_ScenarioLines::Import(const AK_String& path)
     _dxfAttributes.reset();
 }
 
-// The label of a DXF polyline stands in its id: "file_XDICT_3A_layer" with the handle of its data, or without a handle.
-static AK_String WithoutHandle(const AK_String& label)
+// The label of a DXF polyline stands in its id: "file_XDICT_3A_layer" with the handle of its data, "file__layer"
+// without.
+static AK_String WithoutHandle(const AK_String& label, const AK_String& path)
 {
     static constexpr const char* mark = "_XDICT_";
     const char* begin = std::strstr(label.c_str(), mark);
     const char* layer = begin ? std::strchr(begin + std::strlen(mark), '_') : nullptr;
-    return layer ? AK_String(label.c_str(), begin) + layer : label;
+    if (layer) return AK_String(label.c_str(), begin) + layer;
+    const int length = SW_NameOfFile(path).Length();
+    const bool isDouble = label.Length() > length + 1 && label[length] == '_' && label[length + 1] == '_';
+    return isDouble ? AK_String(label.c_str(), label.c_str() + length) + (label.c_str() + length + 1) : label;
 }
 
-void SW_ScenarioLines::FinishImport(SW_Polyline& line, const AK_String&)
+void SW_ScenarioLines::FinishImport(SW_Polyline& line, const AK_String& path)
 {
     const AK_String label = line.Id();
+    const AK_String annotations = line.Line().annotations;   // an area writes its own there
     const SW_KeysOfLine keys([&](const char* key) {
         const AK_String value = _dxfAttributes ? _dxfAttributes->Value(label, key) : AK_String();
-        return value.IsEmpty() ? line.Line().annotations.KeyValue(key, '=', ';') : value;
+        return value.IsEmpty() ? annotations.KeyValue(key, '=', ';') : value;
     });
     if (_dxfAttributes) {
         const AK_String name = _dxfAttributes->Name(label);
-        line.Id(name.IsEmpty() ? WithoutHandle(label) : name);
+        line.Id(name.IsEmpty() ? WithoutHandle(label, path) : name);
     }
     Enter(line);
     TakeKeys(line, keys);

@@ -97,6 +97,7 @@ TEST_F(SW_Simulation_Run, WhatCannotRunIsRefusedInWords)
         {"EndTime", "inf", "WARNING: simulation avalanche is not started: EndTime"},
         {"$n_threads", "-1", "WARNING: simulation avalanche is not started: $n_threads"},
         {"$n_threads", "257", "WARNING: simulation avalanche is not started: $n_threads"},
+        {"$n_threads", "4294967296", "WARNING: simulation avalanche is not started: $n_threads"},
         {"FrictionType", "no such law", "WARNING: "},
         {"NumParticlesPerCell", "1e12", "WARNING: simulation avalanche is not started: MassPerParticle"},
     };
@@ -250,7 +251,6 @@ TEST_F(SW_Simulation_Run, IsInterruptedByTheStatusFileOrTheFrontEnd)
 
 TEST_F(SW_Simulation_Run, StopsByACriterionOneStepLater)
 {
-    // "$stop" answers from the first step on if it is set, "Remark" holds the reason.
     Set({{"$stop_crit", "Remark"}, {"Remark", "enough"}});
     RunIn("stopped");
     EXPECT_NEAR(Number("CurrentTime"), 0.2, 1e-9);

@@ -6,6 +6,12 @@
 #include "AK_Basic_TestTools.h"
 #include "AK_Controller.h"
 #include "AK_Group.h"
+#include "SW_InitialCondition.h"
+#include "SW_ResistanceArea.h"
+#include "SW_Simulation.h"
+#include "SW_Simulation_Container.h"
+#include "SW_SourceLine.h"
+#include "SW_WallLine.h"
 
 #include <gtest/gtest.h>
 
@@ -35,6 +41,17 @@ protected:
         Add<AK_Container, AK_Object>("DHMs");
         Add<AK_Group>("Group");
         Add<AK_UserObj, AK_Object>("User");
+        Add<SW_InitialCondition, SW_Polygon, SW_Polyline, AK_VisObj3d, AK_VisibleObject, AK_Object>("Area");
+        Add<SW_ResistanceArea, SW_Polygon, SW_Polyline, AK_VisObj3d, AK_VisibleObject, AK_Object>("Obstacles");
+        Add<SW_WallLine, SW_Polyline, AK_VisObj3d, AK_VisibleObject, AK_Object>("Wall");
+        Add<SW_SourceLine, AK_VisObj3d, AK_VisibleObject, AK_Object>("Source");
+        Add<SW_InitialConditions, AK_Container, AK_Object>("ReleaseAreas");
+        Add<SW_ResistanceAreas, AK_Container, AK_Object>("ResistanceAreas");
+        Add<SW_WallLines, AK_Container, AK_Object>("WallLines");
+        Add<SW_SourceLines, AK_Container, AK_Object>("SourceLines");
+        Add<SW_Simulation, AK_Object>("avalanche");
+        Add<SW_Simulations, AK_Container, AK_Object>("Simulations");
+        Add<SW_PsaMeshes, AK_Container, AK_Object>("PsaMeshes");
     }
 
     template <class Class, class... Bases>
@@ -80,8 +97,7 @@ bool CanBeSet(const Described& c, const AK_String& name)
 bool IsHelper(const std::string& name)
 {
     const auto endsWith = [&](const char* end) { return AK_String(name.c_str()).EndsWith(end); };
-    return endsWith("Vis") || endsWith("Visibility") || endsWith("Options") || name == "VisWrite" ||
-           name == "VisRead" || name == "VisNone";
+    return name.rfind("Vis", 0) == 0 || endsWith("Vis") || endsWith("Visibility") || endsWith("Options");
 }
 
 }   // namespace
@@ -142,9 +158,10 @@ TEST_F(Descriptions, HoldEveryNameThatTheClassAnswers)
 
 TEST_F(Descriptions, AreWrittenInTheFormThatTheProgramReads)
 {
-    const std::set<std::string> kinds = {"obj",  "opr",      "text",      "int",  "double",
-                                         "bool", "filename", "directory", "list", "apply"};
-    const std::set<std::string> properties = {"doc", "german", "set", "options", "vis", "volatile"};
+    const std::set<std::string> kinds = {"obj",  "opr",      "text",      "int",  "float", "double", "point",
+                                         "bool", "filename", "directory", "list", "apply", "color"};
+    const std::set<std::string> properties = {"doc", "german",   "set",        "options",
+                                              "vis", "volatile", "pick world", "pick world multiple"};
     for (const Described& c : classes) {
         SCOPED_TRACE(c.className);
         Nodes nodes;
