@@ -155,7 +155,7 @@ private:
 
 void LocationGrid::Cover(const SW_Mesh& mesh, double radius)
 {
-    static constexpr double maxCells = 1 << 27;   // a kernel far smaller than the terrain's cells takes larger ones
+    static constexpr double maxCells = 1 << 24;   // a kernel far smaller than the terrain's cells takes larger ones
     AK_Vec2 lo(1e300, 1e300), hi(-1e300, -1e300);
     for (const AK_Vec& x : mesh._x) {
         lo = {std::min(lo.x, x.x), std::min(lo.y, x.y)};
