@@ -153,10 +153,12 @@ public:
     /// the object with that of all user objects.
     void AttributesName(const AK_String& name);
 
+    /// Frees formula code that an object no longer needs, as soon as no code is running that could be part of it.
+    static void Retire(Namespace* space);
+
     inline static AK_List<AK_String> _parameterSetsRead{1};   // classes whose parameter sets are in the list of all
 
 private:
-    static void Retire(Namespace* space);
     void LoadClass();
     void TakeClassFromText();
     void TakeDescription(const AK_String& nameOrText);

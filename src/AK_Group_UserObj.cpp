@@ -36,7 +36,6 @@ AK_UserObj::AK_UserObj(const AK_String& id, AK_Object* parent) : AK_Class(id, pa
 
 AK_UserObj::~AK_UserObj() { Retire(_namespace); }
 
-// Frees an object's formula code, as soon as no code is running that could be part of it.
 void AK_UserObj::Retire(Namespace* space)
 {
     static AK_List<Namespace*> retired(1);

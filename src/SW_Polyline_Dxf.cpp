@@ -233,12 +233,10 @@ void AK_Polyline::WriteToDxf(const AK_String& layer, std::ostream& stream, int p
 // Dictionaries of extended data
 // ----------------------------------------------------------------------------------------------------------------
 
-namespace {
-
 // The dictionaries and records of a file, read once: the lines of each, from its kind up to the next "  0".
-class DxfObjects {
+class AK_DxfAttributes::Objects {
 public:
-    explicit DxfObjects(const AK_String& path);
+    explicit Objects(const AK_String& path);
 
     /// Handle of the dictionary of attributes that belongs to the dictionary of an entity; "" for none.
     AK_String AttributesOf(const AK_String& dictionary) const;
@@ -257,8 +255,6 @@ private:
     std::unordered_map<std::string, Block> _blocks;   // by kind and handle
 };
 
-}   // namespace
-
 static constexpr const char* dictionaryKind = "DICTIONARY";   // and kinds that begin with it
 static constexpr const char* recordKind = "XRECORD";
 static constexpr int linesBeforeContent = 3;   // kind, group code, handle
@@ -270,7 +266,7 @@ static AK_String Trimmed(const AK_String& line)
     return AK_String(line.c_str(), end);
 }
 
-DxfObjects::DxfObjects(const AK_String& path)
+AK_DxfAttributes::Objects::Objects(const AK_String& path)
 {
     AK_TextReader reader(path);
     AK_String line;
@@ -295,13 +291,13 @@ DxfObjects::DxfObjects(const AK_String& path)
     }
 }
 
-DxfObjects::Block DxfObjects::Find(const char* kind, const AK_String& handle) const
+AK_DxfAttributes::Objects::Block AK_DxfAttributes::Objects::Find(const char* kind, const AK_String& handle) const
 {
     const auto found = _blocks.find(std::string(kind) + handle.c_str());
     return found == _blocks.end() ? Block() : found->second;
 }
 
-AK_String DxfObjects::AttributesOf(const AK_String& dictionary) const
+AK_String AK_DxfAttributes::Objects::AttributesOf(const AK_String& dictionary) const
 {
     const Block block = Find(dictionaryKind, dictionary);
     for (int i = block.begin; i + 2 < block.end; ++i)
@@ -309,7 +305,7 @@ AK_String DxfObjects::AttributesOf(const AK_String& dictionary) const
     return "";
 }
 
-AK_String DxfObjects::RecordOf(const AK_String& attributes, const char* name) const
+AK_String AK_DxfAttributes::Objects::RecordOf(const AK_String& attributes, const char* name) const
 {
     const Block block = Find(dictionaryKind, attributes);
     for (int i = block.begin; i + 3 < block.end; ++i) {
@@ -321,28 +317,40 @@ AK_String DxfObjects::RecordOf(const AK_String& attributes, const char* name) co
     return "";
 }
 
-AK_String DxfObjects::ValueOf(const AK_String& record) const
+AK_String AK_DxfAttributes::Objects::ValueOf(const AK_String& record) const
 {
     const Block block = Find(recordKind, record);
     return block.end > block.begin ? _lines[block.end - 1] : AK_String();
 }
 
-AK_String AK_Polyline::LabelFromDxfDict(const AK_String& path, const AK_String& label, double& value)
+AK_DxfAttributes::AK_DxfAttributes(const AK_String& path) : _objects(std::make_unique<Objects>(path)) {}
+
+AK_DxfAttributes::~AK_DxfAttributes() = default;
+
+AK_String AK_DxfAttributes::Value(const AK_String& label, const char* key) const
 {
     static constexpr const char* mark = "_XDICT_";
     const char* handle = std::strstr(label.c_str(), mark);
-    if (!handle) return label;
+    if (!handle) return "";
     handle += std::strlen(mark);
     const char* end = std::strchr(handle, '_');
-    if (!end || end == handle) return label;
+    if (!end || end == handle) return "";
+    return _objects->ValueOf(_objects->RecordOf(_objects->AttributesOf(AK_String(handle, end)), key));
+}
 
-    const DxfObjects objects(path);
-    const AK_String attributes = objects.AttributesOf(AK_String(handle, end));
+// A name says more than the layer, which these tools always write.
+AK_String AK_DxfAttributes::Name(const AK_String& label) const
+{
+    const AK_String name = Value(label, "name");
+    return name.IsEmpty() ? Value(label, "layer") : name;
+}
+
+AK_String AK_Polyline::LabelFromDxfDict(const AK_String& path, const AK_String& label, double& value)
+{
+    const AK_DxfAttributes attributes(path);
     double depth = 0;
-    if (ScanCoordinates(objects.ValueOf(objects.RecordOf(attributes, "d0")).c_str(), false, &depth, 1)) value = depth;
-    // A name says more than the layer, which these tools always write.
-    AK_String name = objects.ValueOf(objects.RecordOf(attributes, "name"));
-    if (name.IsEmpty()) name = objects.ValueOf(objects.RecordOf(attributes, "layer"));
+    if (ScanCoordinates(attributes.Value(label, "d0").c_str(), false, &depth, 1)) value = depth;
+    const AK_String name = attributes.Name(label);
     return name.IsEmpty() ? label : name;
 }
 

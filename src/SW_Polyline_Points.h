@@ -15,6 +15,7 @@
 
 #include "AK_Basic_Vec.h"
 
+#include <memory>
 #include <ostream>
 
 inline void ToFloats(const AK_Vec& v, float* out)
@@ -83,4 +84,21 @@ public:
 
 private:
     int WritePoints(const AK_String& path, int dimension) const;
+};
+
+/// What the extended data of a DXF file tell about its polylines. The file is read once.
+class AK_DxfAttributes {
+public:
+    explicit AK_DxfAttributes(const AK_String& path);   // without such a file there are none
+    ~AK_DxfAttributes();
+
+    /// Value of the first attribute whose name, in lower case, begins with `key`, for the polyline whose label has
+    /// "_XDICT_", the handle of its dictionary and "_" in it; "" if there is none.
+    AK_String Value(const AK_String& label, const char* key) const;
+    /// The attribute "name", else "layer"; "" for neither.
+    AK_String Name(const AK_String& label) const;
+
+private:
+    class Objects;
+    std::unique_ptr<Objects> _objects;
 };

@@ -1,5 +1,5 @@
-// What the classes of line objects share: files of lines, records, projection, texts. For SW_Polyline* and SW_Polygon*
-// only.
+// What the classes of line objects share: files of lines, records, projection, texts. For SW_Polyline*, SW_Polygon* and
+// the lines of scenarios only.
 
 #pragma once
 

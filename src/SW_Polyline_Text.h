@@ -1,4 +1,4 @@
-// Lines and numbers of text files that can hold anything. For SW_Polyline_*.cpp only.
+// Lines and numbers of text files that can hold anything. For SW_Polyline_*.cpp and the files of scenarios only.
 
 #pragma once
 

@@ -97,17 +97,12 @@ void SW_Simulation::SetMesh(const AK_String& path)
     }
     BindFields();
     if (!_mesh) return;
-    for (AK_Object* lines : {static_cast<AK_Object*>(_releaseAreas), static_cast<AK_Object*>(_entrainmentAreas),
-                             static_cast<AK_Object*>(_secondaryReleaseAreas), static_cast<AK_Object*>(_resistanceAreas),
-                             static_cast<AK_Object*>(_wallLines)})
-        for (int i = 0; i < lines->NumComponents(); ++i) ProjectOnMesh(*lines->ComponentAt(i));
+    for (SW_ScenarioLines* lines :
+         {static_cast<SW_ScenarioLines*>(_releaseAreas), static_cast<SW_ScenarioLines*>(_entrainmentAreas),
+          static_cast<SW_ScenarioLines*>(_secondaryReleaseAreas), static_cast<SW_ScenarioLines*>(_resistanceAreas),
+          static_cast<SW_ScenarioLines*>(_wallLines)})
+        lines->ProjectOntoSimulationMesh();
     UpdateReleaseMass();
-}
-
-void SW_Simulation::ProjectOnMesh(AK_Object& object) const
-{
-    const auto* line = dynamic_cast<const SW_Polyline*>(&object);
-    if (line && _mesh && !line->BaseMesh()) object.Set("ProjectOnto", _mesh->IdAbs(&object));
 }
 
 // Particles name cells of the mesh and fields have a value for each vertex of it: after a new import under the same

@@ -108,8 +108,6 @@ public:
     /// Binds the mesh that the text names; the text stays if there is none. On another mesh the state of a run is lost.
     /// Lines and areas without a base mesh are projected.
     void SetMesh(const AK_String& path);
-    /// Projects a line of the scenario on the mesh, unless it has a base mesh or there is no mesh.
-    void ProjectOnMesh(AK_Object& line) const;
     SW_Particles& Particles() { return *_particles; }
     const SW_Particles& Particles() const { return *_particles; }
     SW_InitialConditions& ReleaseAreas() const { return *_releaseAreas; }
@@ -208,6 +206,11 @@ public:
     void RunInBackground(int cont, std::ofstream* out);
     void RunInBackground(const AK_String& ignored);
     void ContinueInBackground(const AK_String& ignored);
+    /// Writes the macro with which the program runs this simulation, or goes on with it, in a tree of its own; false if
+    /// that fails. The command line plays it, in the directory of no one in particular.
+    bool WriteStartMacro(const char* command) const;
+    AK_String StartCommandLine(const char* redirect) const;
+    AK_String StartFile(const char* extension) const;   // "start", in the directory of the simulation
     void ShowShallowWaterLogFile();
     /// The file named by "$psaRestartFile" if it lies in the directory, else "".
     AK_String PsaCurrentRestartFile() const;

@@ -8,15 +8,16 @@
 
 #include "SW_Simulation.h"
 
-static AK_String NameInDirectory(const AK_Object& simulation, const char* extension)
+AK_String SW_Simulation::StartFile(const char* extension) const
 {
-    AK_String name = simulation.ProjectDir() + "/start";
+    AK_String name = ProjectDir() + "/start";
     name.AppendExtension(extension);
     return name;
 }
 
 // The topmost object that has a directory, from which all others below it follow: usually the root.
-static AK_Object* TopOfProject(AK_Object* object)
+template <class Object>
+static Object* TopOfProject(Object* object)
 {
     while (object->Parent() && !object->Parent()->ProjectDir().IsEmpty()) object = object->Parent();
     return object;
@@ -25,19 +26,25 @@ static AK_Object* TopOfProject(AK_Object* object)
 // The path from the root, "" for the root itself.
 static AK_String IdFromRoot(const AK_Object& object) { return object.IdAbs(object.Root()); }
 
-static bool WriteStartMacro(const AK_String& name, AK_Object& simulation, const AK_Object& top, bool goOn)
+bool SW_Simulation::WriteStartMacro(const char* command) const
 {
-    const AK_String container = IdFromRoot(*simulation.Parent());
-    const AK_String id = IdFromRoot(simulation);
-    std::ofstream macro(name.c_str());
+    const AK_String container = IdFromRoot(*Parent());
+    const AK_String id = IdFromRoot(*this);
+    const AK_Object& top = *TopOfProject(static_cast<const AK_Object*>(this));
+    std::ofstream macro(StartFile("macro").c_str());
     for (const AK_String& line :
-         {AK_Object::CommandString(IdFromRoot(top), "ProjectDir", top.ProjectDir()),
-          AK_Object::CommandString(container, "CreateSimulation", simulation.Id()),
-          AK_Object::CommandString(id, "DeactivateLoadingPsaResults", ""),
-          AK_Object::CommandString(id, "LoadProject", ""), AK_Object::CommandString(id, goOn ? "Continue" : "Run", "")})
+         {CommandString(IdFromRoot(top), "ProjectDir", top.ProjectDir()),
+          CommandString(container, "CreateSimulation", Id()), CommandString(id, "DeactivateLoadingPsaResults", ""),
+          CommandString(id, "LoadProject", ""), CommandString(id, command, "")})
         macro << line << "\n";
     macro.close();
     return bool(macro);
+}
+
+AK_String SW_Simulation::StartCommandLine(const char* redirect) const
+{
+    return AK_String("\"") + _argv[0] + "\" -offscreen \"" + StartFile("macro") + "\" " + redirect + " \"" +
+           StartFile("log") + "\"";
 }
 
 void SW_Simulation::RunInBackground(int cont, std::ofstream* out)
@@ -50,18 +57,16 @@ void SW_Simulation::RunInBackground(int cont, std::ofstream* out)
         AK_MSG("WARNING: Save project first!");
         return;
     }
-    AK_Object* const top = TopOfProject(this);
+    AK_Object* const top = TopOfProject(static_cast<AK_Object*>(this));
     if (!(Get("$autosave") == "0")) {
         top->SaveProject("");
         if (!_execStatus.IsEmpty()) return;
     }
-    const AK_String macro = NameInDirectory(*this, "macro");
-    if (!WriteStartMacro(macro, *this, *top, cont != 0)) {
-        _execStatus = AK_String("cannot create start macro file ") + macro;
+    if (!WriteStartMacro(cont ? "Continue" : "Run")) {
+        _execStatus = AK_String("cannot create start macro file ") + StartFile("macro");
         return;
     }
-    const AK_String command = AK_String("\"") + _argv[0] + "\" -offscreen \"" + macro + "\" " + (cont ? ">>" : ">") +
-                              " \"" + NameInDirectory(*this, "log") + "\"";
+    const AK_String command = StartCommandLine(cont ? ">>" : ">");
     if (out)
         *out << command << "\n";
     else
@@ -71,7 +76,7 @@ void SW_Simulation::RunInBackground(int cont, std::ofstream* out)
 void SW_Simulation::StartCommand(const AK_String& command)
 {
     const AK_String former = Status();
-    AK_System::_tmpBatFileName = NameInDirectory(*this, "bat");
+    AK_System::_tmpBatFileName = StartFile("bat");
     AK_MSG("starting " << command << " in background...");
     SetStatus("started");   // before the process starts, which soon says "running"
     SetStatusInfo("started");
@@ -88,4 +93,4 @@ void SW_Simulation::StartCommand(const AK_String& command)
 void SW_Simulation::RunInBackground(const AK_String&) { RunInBackground(0, nullptr); }
 void SW_Simulation::ContinueInBackground(const AK_String&) { RunInBackground(1, nullptr); }
 
-void SW_Simulation::ShowShallowWaterLogFile() { AK_MSG("SHOW_FILE:" << NameInDirectory(*this, "log")); }
+void SW_Simulation::ShowShallowWaterLogFile() { AK_MSG("SHOW_FILE:" << StartFile("log")); }

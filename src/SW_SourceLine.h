@@ -10,11 +10,15 @@
 class SW_SourceLine : public AK_Class<SW_SourceLine, AK_VisObj3d> {
 public:
     static constexpr const char* className = "SW_SourceLine";
+    static constexpr const char* type = "SourceLine";
     static std::span<const Row> Rows();
 
     SW_SourceLine(const AK_String& id, AK_Object* parent);
+    void LoadFinalize() override;
+    int BoundingBox(float* lo, float* hi) const override;
 
-    /// Finds the cells under the line; none if it lies off the mesh.
+    /// Finds the cells under the line; none if both ends lie off the mesh. Of a line that crosses the border the
+    /// stretch inside counts: what flows off the mesh adds no mass, and a warning says so. Null is no mesh.
     void ProjectOnto(const SW_Mesh* mesh);
     const AK_List<int>& Cells() const { return _cells; }
     float MassGainInCell(int i, float dt) const;   // kg that enter cell i of the line in dt seconds
@@ -24,6 +28,10 @@ protected:
     void Draw() override;
 
 private:
+    bool FindCells(const SW_Mesh* mesh);   // false unless both ends lie on the mesh
+    template <AK_Vec2 SW_SourceLine::*point>
+    void SetPoint(const AK_String& text);
+
     AK_Vec2 _startPoint{0, 0}, _endPoint{1, 1};   // m
     double _massFlow = 1;                         // kg/s
     AK_Vec _ends[2];                              // m, on the mesh
@@ -39,7 +47,15 @@ public:
     SW_SourceLines(const AK_String& id, AK_Object* parent);
     AK_Object* CreateComponent(const AK_String& id, const AK_String& type) override;
     void Create(const AK_String& id);
-    void Clone(const AK_String& id);
+    /// Adds a copy of a source line; its name is that of the source with "_cloned" behind.
+    void Clone(const AK_String& path);
+    /// Adds a copy of each line of another container, under its own name.
+    void CopyLinesOf(const SW_SourceLines& source);
+    /// Shows the lines on the mesh of the simulation.
+    void ProjectOntoSimulationMesh();
 
     SW_SourceLine* Line(int i) const { return static_cast<SW_SourceLine*>(_components[i]); }
+
+private:
+    void AddCopy(SW_SourceLine& source, const AK_String& id);
 };

@@ -2,9 +2,15 @@
 
 #include "AK_Colorbar.h"
 #include "AK_Group.h"
+#include "SW_InitialCondition.h"
 #include "SW_Mesh_Container.h"
 #include "SW_Polyline_Container.h"
 #include "SW_Polyline_Labels.h"
+#include "SW_Particles.h"
+#include "SW_ResistanceArea.h"
+#include "SW_Simulation_Container.h"
+#include "SW_SourceLine.h"
+#include "SW_WallLine.h"
 
 // The lowest values of a field fade into the background of the view, as this share of the colour bar's range.
 static constexpr float fadingRange = 0.05f;
@@ -22,9 +28,13 @@ SW_Workspace::SW_Workspace(const AK_String& id, AK_Object* parent) : AK_Class(id
     AddContainers<SW_Meshes>({"DHMs", "ReleaseDHMs"});
     AddContainers<SW_Polygons>({"Polygons"});
     AddContainers<SW_Polylines>({"Polylines"});
-    AddContainers<AK_Container>({"ReleaseAreas", "EntrainmentAreas", "ResistanceAreas", "WallLines", "SourceLines"});
-    AddContainers<AK_Container>({"Simulations"});
+    AddContainers<SW_InitialConditions>({"ReleaseAreas", "EntrainmentAreas"});
+    AddContainers<SW_ResistanceAreas>({"ResistanceAreas"});
+    AddContainers<SW_WallLines>({"WallLines"});
+    AddContainers<SW_SourceLines>({"SourceLines"});
+    AddContainers<SW_Simulations>({"Simulations"});
     AddContainers<SW_Labels>({"Labels"});
+    SW_Particles::RegisterInFormulaLanguage();
     AK_Colorbar::_minColorToBackgroundFadingRange = fadingRange;
     RunInitializationCommands();
 }

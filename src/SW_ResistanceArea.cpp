@@ -1,0 +1,107 @@
+// Resistance areas: attributes, files, container.
+
+#include "SW_ResistanceArea.h"
+
+#include <cmath>
+
+std::span<const AK_Row> SW_ResistanceArea::Rows()
+{
+    using S = SW_ResistanceArea;
+    // clang-format off
+    static constexpr Row rows[] = {
+        {"Height",                   finiteValue<S, &S::_height>},    // m
+        {"Width",                    finiteValue<S, &S::_width>},     // m
+        {"Spacing",                  finiteValue<S, &S::_spacing>},   // m
+        {"ResistanceCoefficient",    finiteValue<S, &S::_resistanceCoefficient>},
+        {"PsaWidth",                 finiteValue<S, &S::_psaWidth>},
+        {"PsaSpacing",               finiteValue<S, &S::_psaSpacing>},
+        {"PsaResistanceCoefficient", finiteValue<S, &S::_psaResistanceCoefficient>},
+        {"Polygon",                  pair<[](const S& area) { return SW_PointsText(area); },
+                                          [](S& area, const AK_String& text) { SW_SetPoints(area, text); }>},
+    };
+    // clang-format on
+    return rows;
+}
+
+SW_ResistanceArea::SW_ResistanceArea(const AK_String& id, AK_Object* parent) : AK_Class(id, parent)
+{
+    ReadClassFiles();
+    RunInitializationCommands();
+}
+
+void SW_ResistanceArea::LoadFinalize() { SW_ProjectOntoSimulationMesh(*this); }
+
+double SW_ResistanceArea::CheckSum() const
+{
+    return _height * _width * _spacing * _resistanceCoefficient * SW_Polygon::CheckSum();
+}
+
+bool SW_ResistanceArea::ReadFromResFile(AK_TextReader& reader)
+{
+    static constexpr double fewestObstacles = 1e-10;   // per m2
+    double values[6];   // height, width, drag coefficient, obstacles per m2, flag, and one that nothing reads
+    const int found = SW_ReadAreaHeader(reader, values, 6, 4);
+    if (found == 0 || !(values[3] >= fewestObstacles)) return false;
+    if (ReadFromKORVO99Ascii(reader)) {
+        AK_MSG("WARNING:the last area of a resistance file is not complete and is left out");
+        return false;
+    }
+    _height = values[0];
+    _width = values[1];
+    _resistanceCoefficient = values[2];
+    _spacing = 1 / std::sqrt(values[3]);
+    const bool powderOnly = found >= 5 && std::trunc(values[4]) == 0;
+    if (!powderOnly) return true;
+    _psaWidth = _width;
+    _psaResistanceCoefficient = _resistanceCoefficient;
+    _psaSpacing = _spacing;
+    _resistanceCoefficient = 0;
+    return true;
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// The container
+// ----------------------------------------------------------------------------------------------------------------
+
+std::span<const AK_Row> SW_ResistanceAreas::Rows()
+{
+    using S = SW_ResistanceAreas;
+    // clang-format off
+    static constexpr Row rows[] = {
+        {"Create",        command<&S::Create>},
+        {"Clone",         command<&S::Clone>},
+        {"LinesOfType",   shown<&S::LinesOfType>},
+        {"Import",        command<&S::Import>},
+        {"LoadResFile",   command<&S::LoadResFile>},
+        {"ProjectOnto",   command<&S::ProjectOnto>},
+        {"MeshPathsList", shown<[](const S& areas) { return SW_PathsOfType(areas, "DHM"); }>},
+    };
+    // clang-format on
+    return rows;
+}
+
+SW_ResistanceAreas::SW_ResistanceAreas(const AK_String& id, AK_Object* parent) : AK_Class(id, parent)
+{
+    ReadClassFiles();
+    RunInitializationCommands();
+}
+
+SW_Polyline* SW_ResistanceAreas::NewLine(const AK_String& id, AK_Object* parent) const
+{
+    return new SW_ResistanceArea(id, parent);
+}
+
+void SW_ResistanceAreas::Import(const AK_String& path)
+{
+    if (path.Extension() == "res")
+        LoadResFile(path);
+    else
+        SW_ScenarioLines::Import(path);
+}
+
+void SW_ResistanceAreas::LoadResFile(const AK_String& path)
+{
+    LoadAreas(path, "res", [](SW_Polyline& area, AK_TextReader& reader) {
+        return static_cast<SW_ResistanceArea&>(area).ReadFromResFile(reader);
+    });
+}
