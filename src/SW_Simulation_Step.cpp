@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -314,8 +315,11 @@ void SW_Simulation::ComputeTimeStep(double t, double dt, AK_List<unsigned char>&
 
     std::clock_t start = std::clock();
     const bool runsFormula = frictionLaw == frictionFormula || _formulas.entrainment_energy_loss;
+    std::optional<CodeOf> running;
+    if (runsFormula) running.emplace(this);   // formula code is for one thread
     InWorkers(runsFormula ? 0 : threads, count,
               [&](int first, int end) { ComputeBodyForces(this, first, end, t, dt, tanDelta, frictionLaw); });
+    running.reset();
     BookEntrainment();
     if (_sphMode == 0 || !(_interactionTypeWithFluidAbove == "none")) LayDownBottomPressure();
     LogTiming(verbose, "body forces ", start);

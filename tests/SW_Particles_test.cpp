@@ -110,6 +110,7 @@ TEST_F(Particles, AreTheSameForEachCreationAndTheirNumberIsRightOnAverage)
 TEST_F(Particles, AreNotCreatedFromWhatCannotBe)
 {
     depth._values.Fill(mesh->NumCells(), 1.0f);
+    Messages();
     Create(0);
     Create(-5);
     Create(std::nan(""));
