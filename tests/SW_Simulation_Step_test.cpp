@@ -134,7 +134,7 @@ TEST_F(Steps, LoseNoMass)
         const double now = P().TotalMass() + sim->MassOffMesh();
         const double expected = start + entrained + flowedIn;
         EXPECT_GT(entrained, 1000);
-        EXPECT_NEAR(flowedIn, 3000 * 6, 1500);   // three particles' rounding
+        EXPECT_NEAR(flowedIn, 3000 * 6, 3 * std::sqrt(60 * 0.24) * 500);   // 3 standard deviations of the draws
         // Messages carry six digits, masses are kept in 32 bits.
         EXPECT_NEAR(now, expected, 2e-5 * expected);
         EXPECT_NEAR(told, P().TotalMass(), 1e-5 * told);
@@ -201,7 +201,7 @@ TEST_F(Steps, SplitHeavyParticlesAndRemoveLightOnes)
         PlaceParticle({50, 50}, c.mass);
         Step(1);
         ASSERT_EQ(P().NumParticles(), c.parts) << c.mass;
-        if (c.parts > 0) EXPECT_NEAR(P().TotalMass(), c.mass, 1e-3);
+        EXPECT_NEAR(P().TotalMass(), c.parts > 0 ? c.mass : 0, 1e-3);
     }
 }
 

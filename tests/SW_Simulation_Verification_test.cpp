@@ -50,20 +50,20 @@ protected:
     }
 
     // A slab of even depth: particles in step with the mesh, four to a cell, so that their depth stays even while they
-    // all move alike. Its inner particles tell.
+    // all move alike. Its inner particle tells, which no wave from the rim reaches within 12 s.
     void Slab(double zeta, double length, double depth, double speed)
     {
         t = 0;
         const double dx = 4;   // m, in plan
-        OnMesh(int((length + 120) / dx), 12, dx, Incline(zeta / rad));
+        OnMesh(int((length + 150) / dx), 30, dx, Incline(zeta / rad));
         P().Clear();
         const double mass = 200 * depth * dx * dx / 4 / std::cos(zeta);
         sim->Set("MassPerParticle", AK_String(mass, "%.15g"));
-        for (double x = 21; x < 90; x += dx / 2)
-            for (double y = 1; y < 48; y += dx / 2)
+        for (double x = 21; x < 121; x += dx / 2)
+            for (double y = 11; y < 109; y += dx / 2)
                 P().AddParticle({x, y, 0}, float(mass), AK_Vec{std::cos(zeta), 0, -std::sin(zeta)} * speed, 0, 0, -1);
         sim->UpdateFields(0);
-        inner = 17 * 24 + 12;   // of 35 rows of 24
+        inner = 25 * 49 + 24;   // of 50 rows of 49
     }
 
     double InnerSpeed() { return Length(P().Velocity()._values[inner]); }
@@ -85,13 +85,13 @@ TEST_F(Verification, TheCentreOfMassFallsLikeABlock)
     const double a = g * (std::sin(zeta) - std::cos(zeta) * std::tan(delta));
     for (const char* sphMode : {"2", "0"}) {
         OnMesh(100, 30, 5, Incline(35));
-        Set({{"SphMode", sphMode}, {"$compat", "v2017"}, {"MassPerParticle", "2000"}});
+        Set({{"SphMode", sphMode}, {"$compat", "v2017"}, {"MassPerParticle", "200"}});
         Friction(std::tan(delta), 0);
         P().Clear();
         AK_System::srand(4);
         const auto draw = [] { return AK_System::rand() / 2147483647.0; };
         for (int i = 0; i < 800; ++i)
-            P().AddParticle({60 + 30 * draw() * draw(), 65 + 20 * draw(), 0}, 2000, {}, 0, 0, -1);
+            P().AddParticle({60 + 30 * draw() * draw(), 65 + 20 * draw(), 0}, 200, {}, 0, 0, -1);
         sim->UpdateFields(0);
         const auto centre = [&] {
             double sum = 0;
@@ -120,13 +120,12 @@ TEST_F(Verification, ASlabReachesTheVoellmySpeed)
     for (double end : {2.0, 5.0, 10.0}) {
         RunTo(end, dt);
         const double u = std::sqrt(A / B) * std::tanh(std::sqrt(A * B) * end);
-        EXPECT_NEAR(InnerSpeed(), u, A * dt / 4) << end;   // a quarter of what a step adds at most
+        EXPECT_NEAR(InnerSpeed(), u, g * std::sin(zeta) * dt / 2) << end;   // the estimate of the speed looks ahead
         EXPECT_GT(InnerSpeed(), before);
         before = InnerSpeed();
     }
-    EXPECT_NEAR(before, 24.1546, A * dt / 4);
-    // On a flat it stops after 148.1 m: with the inner particle 30 m behind the front nothing of the rim gets there.
-    Slab(0, 260, h, 31.31110);
+    EXPECT_NEAR(before, 24.1546, g * std::sin(zeta) * dt / 2);
+    Slab(0, 200, h, 31.31110);
     const double start = X(inner).x;
     RunTo(12, dt);
     EXPECT_NEAR(X(inner).x - start, 148.0878, 148.0878 * 0.01);   // 31 m/s over half a step, and the last creep
@@ -272,12 +271,12 @@ TEST_F(Verification, ACapWithoutFrictionSpreadsAsACircleInTheBedPlane)
     sim->UpdateFields(0);
     const struct {
         double time, radius;
-    } states[] = {{2, 51.4538}, {5, 58.4965}, {8, 70.0}};
+    } states[] = {{2, 51.4538}, {5, 58.4965}, {8, 69.7157}};
     t = 0;
     for (const auto& s : states) {
         RunTo(s.time, 0.05);
         const double radius = std::sqrt(R0 * R0 + 2 * g * std::cos(zeta) * H0 * s.time * s.time);
-        if (s.time < 6) EXPECT_NEAR(radius, s.radius, 1e-3);
+        EXPECT_NEAR(radius, s.radius, 1e-3);
         double mass = 0, x = 0, xx = 0, yy = 0;
         for (int i = 0; i < P().NumParticles(); ++i) {
             const double m = P().Mass()._values[i];
