@@ -89,9 +89,11 @@ void SW_InitialCondition::UpdateMass(const AK_String&)
 {
     const Call running(this);   // a formula may delete the area
     UpdateTrueArea();
-    const SW_Mesh* mesh = HasConstantDepth() ? nullptr : SW_SimulationMesh(*this);
-    if (!HasConstantDepth() && !mesh) mesh = BaseMesh();
-    if (mesh) _depth = MeanDepth(*mesh);
+    if (_depthFunction || _depthMesh.Find(*this)) {
+        const SW_Mesh* mesh = SW_SimulationMesh(*this);
+        if (!mesh) mesh = BaseMesh();
+        if (mesh) _depth = MeanDepth(*mesh);
+    }
     ComputeMass();
 }
 

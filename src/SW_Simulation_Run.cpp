@@ -86,8 +86,7 @@ AK_String SW_Simulation::ContinueVis() const
 {
     if (RunVis() == "r") return "r";
     if (!IsCoupled()) return "w";
-    const AK_String restartFile = VariableValue("$psaRestartFile");
-    return !restartFile.IsEmpty() && AK_System::FileExists(ProjectDir() + "/" + restartFile) ? "w" : "r";
+    return PsaCurrentRestartFile().IsEmpty() ? "r" : "w";
 }
 
 bool SW_Simulation::MayRelease(const char* english, const char* german) const
@@ -335,6 +334,7 @@ void SW_Simulation::FinishRun(const RunState& run)
                                   _entrainmentMass};
     for (AK_Object* object : changed) object->SetExecTime("touch");
     LabelFields();
+    SetVariableValue("$run_time", AK_String(run.watch.Wall(), "%.15g"));   // s
     SetStatus("finished");
     if (_massOffMesh > 0)
         AK_MSG(

@@ -179,25 +179,30 @@ void SW_ScenarioLines::Import(const AK_String& path)
     _dxfAttributes.reset();
 }
 
-// The label of a DXF polyline stands in its id: "file_XDICT_3A_layer" with the handle of its data, or without a handle.
-static AK_String WithoutHandle(const AK_String& label)
+// The label of a DXF polyline stands in its id: "file_XDICT_3A_layer" with the handle of its data, "file__layer"
+// without.
+static AK_String WithoutHandle(const AK_String& label, const AK_String& path)
 {
     static constexpr const char* mark = "_XDICT_";
     const char* begin = std::strstr(label.c_str(), mark);
     const char* layer = begin ? std::strchr(begin + std::strlen(mark), '_') : nullptr;
-    return layer ? AK_String(label.c_str(), begin) + layer : label;
+    if (layer) return AK_String(label.c_str(), begin) + layer;
+    const int length = SW_NameOfFile(path).Length();
+    const bool isDouble = label.Length() > length + 1 && label[length] == '_' && label[length + 1] == '_';
+    return isDouble ? AK_String(label.c_str(), label.c_str() + length) + (label.c_str() + length + 1) : label;
 }
 
-void SW_ScenarioLines::FinishImport(SW_Polyline& line, const AK_String&)
+void SW_ScenarioLines::FinishImport(SW_Polyline& line, const AK_String& path)
 {
     const AK_String label = line.Id();
+    const AK_String annotations = line.Line().annotations;   // an area writes its own there
     const SW_KeysOfLine keys([&](const char* key) {
         const AK_String value = _dxfAttributes ? _dxfAttributes->Value(label, key) : AK_String();
-        return value.IsEmpty() ? line.Line().annotations.KeyValue(key, '=', ';') : value;
+        return value.IsEmpty() ? annotations.KeyValue(key, '=', ';') : value;
     });
     if (_dxfAttributes) {
         const AK_String name = _dxfAttributes->Name(label);
-        line.Id(name.IsEmpty() ? WithoutHandle(label) : name);
+        line.Id(name.IsEmpty() ? WithoutHandle(label, path) : name);
     }
     Enter(line);
     TakeKeys(line, keys);

@@ -266,11 +266,8 @@ void SW_Simulation::LoadTimeStep(const AK_String& name)
 
 void SW_Simulation::LoadFinalizePriv()
 {
-    for (SW_ScalarField* field : {_flowDepth, _peakFlowDepth, _dynamicPeakPressure, _peakForcePerWidth,
-                                  _peakTorquePerWidth, _frontArrivalTime, _entrainmentMass, _entrainmentEnth})
-        field->SetMesh(_mesh);
-    _velocity->SetMesh(_mesh);
-    _particles->SetMesh(_mesh);
+    if (_mesh && _mesh->_vertexNormals.Size() != _mesh->NumVertices()) _mesh->ComputeVertexNormals();
+    BindFields();
     _particles->LoadFinalizePriv();
     constexpr float never = 1e30f;   // s: whatever is really reached later overwrites it
     UpdateFields(never);

@@ -37,6 +37,13 @@ void SW_SourceLine::SetPoint(const AK_String& text)
     LoadFinalize();
 }
 
+void SW_SourceLine::SetEnds(const AK_Vec2& start, const AK_Vec2& end)
+{
+    _startPoint = start;
+    _endPoint = end;
+    LoadFinalize();
+}
+
 // ----------------------------------------------------------------------------------------------------------------
 // Cells
 // ----------------------------------------------------------------------------------------------------------------
@@ -129,6 +136,7 @@ std::span<const AK_Row> SW_SourceLines::Rows()
         {"Create",        command<&S::Create>},
         {"AddSourceLine", command<&S::Create>},
         {"Clone",         command<&S::Clone>},
+        {"Import",        command<&S::Import>},
         {"LinesOfType",   shown<[](const S& lines) { return SW_PathsOfType(lines, SW_SourceLine::type); }>},
     };
     // clang-format on
@@ -150,6 +158,22 @@ void SW_SourceLines::Create(const AK_String& id)
 {
     auto* line = new SW_SourceLine(id, this);
     AddComponent(line);
+}
+
+void SW_SourceLines::Import(const AK_String& path)
+{
+    const SW_LineFormat* format = SW_FormatOfFile(path);
+    if (!format) {
+        AK_MSG("WARNING:no lines are read from '" << path << "': unknown extension");
+        return;
+    }
+    SW_UniqueIds ids(*this);
+    const bool opened = SW_ReadLines(path, *format, [&](const SW_LineOfFile& file) {
+        auto* line = new SW_SourceLine(ids.Unique(SW_IdOfLine(path, *format, file)), nullptr);
+        SW_UniqueIds::Adopt(*this, line);
+        line->SetEnds(file.line._x[0], file.line._x[file.line._x.Size() - 1]);
+    });
+    if (!opened) _execStatus = AK_String("cannot open file ") + path;
 }
 
 void SW_SourceLines::AddCopy(SW_SourceLine& source, const AK_String& id)

@@ -15,6 +15,7 @@ public:
 
     SW_SourceLine(const AK_String& id, AK_Object* parent);
     void LoadFinalize() override;
+    void SetEnds(const AK_Vec2& start, const AK_Vec2& end);
     int BoundingBox(float* lo, float* hi) const override;
 
     /// Finds the cells under the line; none if both ends lie off the mesh. Of a line that crosses the border the
@@ -47,6 +48,8 @@ public:
     SW_SourceLines(const AK_String& id, AK_Object* parent);
     AK_Object* CreateComponent(const AK_String& id, const AK_String& type) override;
     void Create(const AK_String& id);
+    /// Adds a source line from the first to the last point of each line in a file, with the ids of imported lines.
+    void Import(const AK_String& path);
     /// Adds a copy of a source line; its name is that of the source with "_cloned" behind.
     void Clone(const AK_String& path);
     /// Adds a copy of each line of another container, under its own name.

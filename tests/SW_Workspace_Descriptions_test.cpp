@@ -6,6 +6,10 @@
 #include "AK_Basic_TestTools.h"
 #include "AK_Controller.h"
 #include "AK_Group.h"
+#include "SW_InitialCondition.h"
+#include "SW_ResistanceArea.h"
+#include "SW_SourceLine.h"
+#include "SW_WallLine.h"
 
 #include <gtest/gtest.h>
 
@@ -35,6 +39,14 @@ protected:
         Add<AK_Container, AK_Object>("DHMs");
         Add<AK_Group>("Group");
         Add<AK_UserObj, AK_Object>("User");
+        Add<SW_InitialCondition, SW_Polygon, SW_Polyline, AK_VisObj3d, AK_VisibleObject, AK_Object>("Area");
+        Add<SW_ResistanceArea, SW_Polygon, SW_Polyline, AK_VisObj3d, AK_VisibleObject, AK_Object>("Obstacles");
+        Add<SW_WallLine, SW_Polyline, AK_VisObj3d, AK_VisibleObject, AK_Object>("Wall");
+        Add<SW_SourceLine, AK_VisObj3d, AK_VisibleObject, AK_Object>("Source");
+        Add<SW_InitialConditions, AK_Container, AK_Object>("ReleaseAreas");
+        Add<SW_ResistanceAreas, AK_Container, AK_Object>("ResistanceAreas");
+        Add<SW_WallLines, AK_Container, AK_Object>("WallLines");
+        Add<SW_SourceLines, AK_Container, AK_Object>("SourceLines");
     }
 
     template <class Class, class... Bases>
