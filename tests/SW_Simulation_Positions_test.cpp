@@ -189,7 +189,7 @@ TEST_F(Positions, TerrainWithoutHeightsLosesItsParticlesOnly)
                    : kind == 1 ? HoneyCombMesh(20, 22, 5, hole)
                                : IrregularMesh(20, 20, 5, hole));
             P().Clear();
-            Set({{"SphMode", sphMode}, {"MassPerParticle", "1000"}, {"GlobalEntrainmentAreaWeight", "50"}});
+            Set({{"SphMode", sphMode}, {"MassPerParticle", "1000"}, {"GlobalEntrainmentAreaWeight", "0.1"}});
             sim->InitializeCellEntrainmentMass();
             PlaceParticle({50, 50}, 1000, {10, 0, 0});
             PlaceParticle({36, 50}, 1000, {30, 0, 0});
