@@ -205,19 +205,6 @@ TEST_F(Particles, FindTheirCellsAgainAfterLoading)
     EXPECT_EQ(std::string(AK_Object::_execStatus.c_str()).rfind("Particles: IO error at ", 0), 0u);
 }
 
-TEST_F(Particles, ScratchTakes200BytesAParticleWithTheRest)
-{
-    for (int i = 0; i < 3; ++i) AddAt(2 + i, 1);
-    particles->SizeScratch(3);
-    EXPECT_EQ(particles->force.Size(), 3);
-    EXPECT_EQ(particles->bottomForce.Size(), 3);
-    particles->FreeScratch();
-    EXPECT_EQ(particles->force.Capacity() + particles->depth.Capacity(), 2);
-    const size_t bytes = sizeof(int) + sizeof(char) + 2 * sizeof(AK_Vec) + 2 * sizeof(float)   // state
-                         + sizeof(AK_Vec) + 7 * sizeof(float);                                 // scratch
-    EXPECT_LE(bytes, 200u);
-}
-
 TEST_F(Particles, KnowTheStatesOfSnow)
 {
     const struct {
