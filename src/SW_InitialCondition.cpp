@@ -48,27 +48,15 @@ void SW_InitialCondition::LoadFinalize()
     UpdateMass("");
 }
 
-// Reads a number that cannot be negative.
-static void SetAmount(double& value, const AK_String& text)
-{
-    double number = 0;
-    AK_AssignFinite(number, text);
-    if (!AK_Object::_execStatus.IsEmpty()) return;
-    if (number < 0)
-        AK_Object::_execStatus = AK_String("'") + text + "' is negative";
-    else
-        value = number;
-}
-
 void SW_InitialCondition::SetDepth(const AK_String& text)
 {
-    SetAmount(_depth, text);
+    SW_SetAmount(_depth, text);
     ComputeMass();
 }
 
 void SW_InitialCondition::SetDensity(const AK_String& text)
 {
-    SetAmount(_density, text);
+    SW_SetAmount(_density, text);
     ComputeMass();
 }
 

@@ -30,7 +30,25 @@ SW_Mesh::SW_Mesh(const AK_String& id, AK_Object* parent) : AK_Class(id, parent)
     RunInitializationCommands();
 }
 
-SW_Mesh::~SW_Mesh() = default;
+SW_Mesh::~SW_Mesh()
+{
+    while (_watches) _watches->Watch(nullptr);
+}
+
+void SW_MeshWatch::Watch(const SW_Mesh* mesh)
+{
+    if (mesh == _mesh) return;
+    if (_mesh) {
+        *_toThis = _next;
+        if (_next) _next->_toThis = _toThis;
+    }
+    _mesh = mesh;
+    if (!mesh) return;
+    _next = mesh->_watches;
+    if (_next) _next->_toThis = &_next;
+    _toThis = &mesh->_watches;
+    mesh->_watches = this;
+}
 
 void SW_Mesh::Clear()
 {

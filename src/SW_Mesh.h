@@ -31,6 +31,39 @@ struct SW_MeshEdgeIntersection {
     double t;
 };
 
+class SW_Mesh;
+
+/// What a mesh knows about those that point to it: a list through all of them.
+class SW_MeshWatch {
+public:
+    SW_MeshWatch() = default;
+    ~SW_MeshWatch() { Watch(nullptr); }
+    SW_MeshWatch(const SW_MeshWatch&) = delete;
+    SW_MeshWatch& operator=(const SW_MeshWatch&) = delete;
+
+protected:
+    void Watch(const SW_Mesh* mesh);
+    const SW_Mesh* _mesh = nullptr;
+
+private:
+    friend class SW_Mesh;
+    SW_MeshWatch* _next = nullptr;
+    SW_MeshWatch** _toThis = nullptr;   // what points here: the mesh, or the one before in its list
+};
+
+/// A pointer to a mesh that others own, and that they may delete while it is in use: it is null from then on.
+template <class Mesh>
+class SW_MeshPointer : public SW_MeshWatch {
+public:
+    SW_MeshPointer& operator=(Mesh* mesh)
+    {
+        Watch(mesh);
+        return *this;
+    }
+    operator Mesh*() const { return const_cast<Mesh*>(_mesh); }
+    Mesh* operator->() const { return const_cast<Mesh*>(_mesh); }
+};
+
 class SW_Mesh : public AK_Class<SW_Mesh, AK_VisObj3d> {
 public:
     static constexpr const char* className = "SW_Mesh";
@@ -160,6 +193,9 @@ protected:
     void Draw() override;   // (SW_Mesh_Draw.cpp)
 
 private:
+    friend class SW_MeshWatch;
+    mutable SW_MeshWatch* _watches = nullptr;   // those that point here
+
     void SetInclinationColor(const AK_Vec& normal) const;
     void SetContourLineColor() const;
     void DrawFaces() const;

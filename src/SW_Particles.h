@@ -101,7 +101,7 @@ private:
     template <class Change>
     void ForEachScratch(const Change& change);
 
-    const SW_Mesh* _mesh = nullptr;
+    SW_MeshPointer<const SW_Mesh> _mesh;
     SW_Mesh* _position;   // these four are components
     SW_ScalarField* _mass;
     SW_VectorField* _velocity;

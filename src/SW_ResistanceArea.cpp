@@ -2,6 +2,7 @@
 
 #include "SW_ResistanceArea.h"
 
+#include <algorithm>
 #include <cmath>
 
 std::span<const AK_Row> SW_ResistanceArea::Rows()
@@ -9,13 +10,13 @@ std::span<const AK_Row> SW_ResistanceArea::Rows()
     using S = SW_ResistanceArea;
     // clang-format off
     static constexpr Row rows[] = {
-        {"Height",                   finiteValue<S, &S::_height>},    // m
-        {"Width",                    finiteValue<S, &S::_width>},     // m
-        {"Spacing",                  finiteValue<S, &S::_spacing>},   // m
-        {"ResistanceCoefficient",    finiteValue<S, &S::_resistanceCoefficient>},
-        {"PsaWidth",                 finiteValue<S, &S::_psaWidth>},
-        {"PsaSpacing",               finiteValue<S, &S::_psaSpacing>},
-        {"PsaResistanceCoefficient", finiteValue<S, &S::_psaResistanceCoefficient>},
+        {"Height",                   amount<S, &S::_height>},    // m
+        {"Width",                    amount<S, &S::_width>},     // m
+        {"Spacing",                  amountAboveZero<S, &S::_spacing>},   // m
+        {"ResistanceCoefficient",    amount<S, &S::_resistanceCoefficient>},
+        {"PsaWidth",                 amount<S, &S::_psaWidth>},
+        {"PsaSpacing",               amountAboveZero<S, &S::_psaSpacing>},
+        {"PsaResistanceCoefficient", amount<S, &S::_psaResistanceCoefficient>},
         {"Polygon",                  pair<[](const S& area) { return SW_PointsText(area); },
                                           [](S& area, const AK_String& text) { SW_SetPoints(area, text); }>},
     };
@@ -46,9 +47,9 @@ bool SW_ResistanceArea::ReadFromResFile(AK_TextReader& reader)
         AK_MSG("WARNING:the last area of a resistance file is not complete and is left out");
         return false;
     }
-    _height = values[0];
-    _width = values[1];
-    _resistanceCoefficient = values[2];
+    _height = std::max(values[0], 0.0);
+    _width = std::max(values[1], 0.0);
+    _resistanceCoefficient = std::max(values[2], 0.0);
     _spacing = 1 / std::sqrt(values[3]);
     const bool powderOnly = found >= 5 && std::trunc(values[4]) == 0;
     if (!powderOnly) return true;

@@ -165,7 +165,7 @@ protected:
         return AK_String(paths, ak_sep);
     }
 
-    const SW_Mesh* _mesh = nullptr;      // not owned
+    SW_MeshPointer<const SW_Mesh> _mesh;   // not owned
     AK_List<Value> _savedValues{1};      // the data while a conversion for display is in force
     AK_String _selectedPolyline;
 };

@@ -376,7 +376,7 @@ private:
     double _peakKineticEnergy = 0;    // J
     AK_String _additionalPSASolverArgs;
 
-    SW_Mesh* _mesh = nullptr;   // not owned
+    SW_MeshPointer<SW_Mesh> _mesh;   // not owned
     SW_MeshReference _meshReference;
     int _boundVertices = 0, _boundCells = 0;   // of the mesh when it was bound: it may be imported anew
     double _currentTime = 0;                   // s

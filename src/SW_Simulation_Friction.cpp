@@ -17,6 +17,8 @@
 
 #include "SW_Simulation.h"
 
+#include "SW_Polyline_Shared.h"
+#include "SW_Simulation_Scenario.h"
 #include "qvt_sci.h"
 
 #include <algorithm>
@@ -43,26 +45,19 @@ int SW_Simulation::FrictionIndex() const
 
 bool SW_Simulation::HasFrictionLaw() const
 {
-    if (FrictionIndex() != frictionFormula || _formulas.tau || _formulas.shear) return true;
+    if (FrictionIndex() != frictionFormula || _formulas.tau) return true;
+    // A file of that name may have been there when the simulation was saved: not silently another law.
     AK_MSG("WARNING: simulation " << _id << ": FrictionType '" << _frictionType
-                                  << "' is neither a built-in law nor a formula file without errors");
-    return false;
-}
-
-static AK_String BaseName(const AK_String& path)
-{
-    const char* slash = std::strrchr(path.c_str(), '/');
-    AK_String name = slash ? AK_String(slash + 1) : path;
-    name.RemoveExtension();
-    return name;
+                                  << "' is neither a built-in law nor a formula file without errors"
+                                  << (_formulas.shear ? ", BottomShearStressFormula is used" : ""));
+    return _formulas.shear != nullptr;
 }
 
 AK_String SW_Simulation::FrictionTypeOptions()
 {
     AK_String list;
     for (const char* law : builtInLaws) list = list + law + ak_sep;
-    for (const AK_String& file : AttributesFilesList("cint", "rheology")) list = list + BaseName(file) + ak_sep;
-    return list;
+    return list + SW_FormulaNames("rheology");
 }
 
 void SW_Simulation::FrictionType(const AK_String& name)
@@ -207,7 +202,7 @@ void SW_Simulation::BottomShearStressFormulaFile(const AK_String& path)
     _formulaFile = path;
 }
 
-AK_String SW_Simulation::BottomShearStressFormulaFile() const { return BaseName(_formulaFile); }
+AK_String SW_Simulation::BottomShearStressFormulaFile() const { return SW_NameOfFile(_formulaFile); }
 
 AK_String SW_Simulation::FormulaParameters() const
 {

@@ -186,6 +186,9 @@ bool SW_Simulation::Initialize()
         _particles->CreateFromDepthField(_flowDepth, _velocity, &release.enthalpy, release.tags, float(_density),
                                          float(_massPerParticle));
         CorrectMassPerParticle(release.mass);
+        if (release.mass > 0 && _particles->NumParticles() == 0)
+            AK_MSG("WARNING: simulation " << _id << ": MassPerParticle " << _massPerParticle
+                                          << " kg makes no particle of " << release.mass << " kg");
     }
     ClearResults();
     LoadFinalizePriv();

@@ -27,12 +27,8 @@ void SW_ProjectOntoSimulationMesh(SW_Polyline& line)
 
 AK_String SW_FormulaNames(const char* directory)
 {
-    AK_List<AK_String> names(1);
-    for (const AK_String& root : {AK_Object::_userAttributesDirectory, AK_Object::_attributesDirectory})
-        for (AK_String& name : AK_System::FilesList(root + directory, "cint")) {
-            name.RemoveExtension();
-            if (names.IndexOf(name) < 0) names.Append(name);
-        }
+    AK_List<AK_String> names = AK_Object::AttributesFilesList("cint", directory);
+    for (AK_String& name : names) name = SW_NameOfFile(name);
     return AK_String(names, ak_sep);
 }
 
@@ -65,6 +61,17 @@ void SW_SetPoints(SW_Polyline& line, const AK_String& text)
     const SW_Mesh* mesh = line.BaseMesh();
     if (!mesh) mesh = SW_SimulationMesh(line);
     if (mesh) line.Set("ProjectOnto", mesh->IdAbs(&line));
+}
+
+void SW_SetAmount(double& value, const AK_String& text, bool aboveZero)
+{
+    double number = 0;
+    AK_AssignFinite(number, text);
+    if (!AK_Object::_execStatus.IsEmpty()) return;
+    if (number < 0 || (aboveZero && number == 0))
+        AK_Object::_execStatus = AK_String("'") + text + (aboveZero ? "' is not above 0" : "' is negative");
+    else
+        value = number;
 }
 
 int SW_ScanNumbers(const char* text, double* numbers, int n)

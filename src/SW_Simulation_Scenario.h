@@ -18,6 +18,21 @@ SW_Mesh* SW_SimulationMesh(const AK_Object& object);
 /// Projects a line without base mesh on that mesh, by its own command.
 void SW_ProjectOntoSimulationMesh(SW_Polyline& line);
 
+/// Takes a number that cannot be negative, or must be above 0; any other text is told in the status.
+void SW_SetAmount(double& value, const AK_String& text, bool aboveZero = false);
+
+template <class T, auto member, bool aboveZero = false>
+void SW_StoreAmount(AK_Object& object, const AK_String& text)
+{
+    SW_SetAmount(static_cast<T&>(object).*member, text, aboveZero);
+}
+
+/// For the rows of a class T: a member that is such a number. {"Width", amount<T, &T::_width>}
+template <class T, auto member>
+inline constexpr AK_Access amount{&AK_RowsOf<T>::template GetWith<member>, &SW_StoreAmount<T, member>};
+template <class T, auto member>
+inline constexpr AK_Access amountAboveZero{&AK_RowsOf<T>::template GetWith<member>, &SW_StoreAmount<T, member, true>};
+
 /// Base names of the formula files in a directory of the attribute files, of the user's and of the program's, each
 /// followed by the list separator.
 AK_String SW_FormulaNames(const char* directory);

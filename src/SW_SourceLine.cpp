@@ -14,7 +14,7 @@ std::span<const AK_Row> SW_SourceLine::Rows()
     static constexpr Row rows[] = {
         {"StartPoint", pair<[](const S& line) { return line._startPoint; }, &S::SetPoint<&S::_startPoint>>},   // m
         {"EndPoint",   pair<[](const S& line) { return line._endPoint; }, &S::SetPoint<&S::_endPoint>>},       // m
-        {"MassFlow",   finiteValue<S, &S::_massFlow>},                                                         // kg/s
+        {"MassFlow",   amount<S, &S::_massFlow>},                                                         // kg/s
     };
     // clang-format on
     return rows;

@@ -133,6 +133,10 @@ TEST_F(SW_InitialConditionTest, ResistanceFilesGiveTheObstacles)
         }
         EXPECT_EQ(found, c.obstacles) << c.why;
     }
+    obstacles->Create("area");
+    EXPECT_EQ(SetOn(*obstacles->Area(0), "Spacing", "0"), "'0' is not above 0") << "what brakes is divided by it";
+    EXPECT_EQ(SetOn(*obstacles->Area(0), "Width", "0"), "");
+    EXPECT_EQ(SetOn(*obstacles->Area(0), "ResistanceCoefficient", "-1"), "'-1' is negative");
     obstacles->DeleteAll();
     SetOn(*obstacles, "LoadResFile", File("forest.res", "2 3 5 0.04\n2\n3 4\n0 7\n"));
     EXPECT_DOUBLE_EQ(obstacles->Area(0)->CheckSum(), 2 * 3 * 5 * 5 * (5 + 7));   // the points are 5 and 7 m away

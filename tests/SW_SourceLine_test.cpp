@@ -69,6 +69,8 @@ TEST_F(SW_SourceLineTest, AttributesAreCheckedAndCopied)
         EXPECT_FALSE(AK_Object::_execStatus.IsEmpty()) << point;
         EXPECT_EQ(line.Get("EndPoint"), "1 1");
     }
+    line.Set("MassFlow", "-1");
+    EXPECT_EQ(AK_Object::_execStatus, "'-1' is negative");
     Source("1 2", "3 4").Set("Id", "inflow");
     EXPECT_EQ(sim->SourceLines().Set("Clone", "inflow"), 1);
     EXPECT_EQ(AK_Object::_execStatus, "");

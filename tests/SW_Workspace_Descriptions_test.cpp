@@ -8,6 +8,8 @@
 #include "AK_Group.h"
 #include "SW_InitialCondition.h"
 #include "SW_ResistanceArea.h"
+#include "SW_Simulation.h"
+#include "SW_Simulation_Container.h"
 #include "SW_SourceLine.h"
 #include "SW_WallLine.h"
 
@@ -47,6 +49,9 @@ protected:
         Add<SW_ResistanceAreas, AK_Container, AK_Object>("ResistanceAreas");
         Add<SW_WallLines, AK_Container, AK_Object>("WallLines");
         Add<SW_SourceLines, AK_Container, AK_Object>("SourceLines");
+        Add<SW_Simulation, AK_Object>("avalanche");
+        Add<SW_Simulations, AK_Container, AK_Object>("Simulations");
+        Add<SW_PsaMeshes, AK_Container, AK_Object>("PsaMeshes");
     }
 
     template <class Class, class... Bases>
@@ -92,8 +97,7 @@ bool CanBeSet(const Described& c, const AK_String& name)
 bool IsHelper(const std::string& name)
 {
     const auto endsWith = [&](const char* end) { return AK_String(name.c_str()).EndsWith(end); };
-    return endsWith("Vis") || endsWith("Visibility") || endsWith("Options") || name == "VisWrite" ||
-           name == "VisRead" || name == "VisNone";
+    return name.rfind("Vis", 0) == 0 || endsWith("Vis") || endsWith("Visibility") || endsWith("Options");
 }
 
 }   // namespace
@@ -154,9 +158,10 @@ TEST_F(Descriptions, HoldEveryNameThatTheClassAnswers)
 
 TEST_F(Descriptions, AreWrittenInTheFormThatTheProgramReads)
 {
-    const std::set<std::string> kinds = {"obj",  "opr",      "text",      "int",  "double",
-                                         "bool", "filename", "directory", "list", "apply"};
-    const std::set<std::string> properties = {"doc", "german", "set", "options", "vis", "volatile"};
+    const std::set<std::string> kinds = {"obj",  "opr",      "text",      "int",  "float", "double", "point",
+                                         "bool", "filename", "directory", "list", "apply", "color"};
+    const std::set<std::string> properties = {"doc", "german",   "set",        "options",
+                                              "vis", "volatile", "pick world", "pick world multiple"};
     for (const Described& c : classes) {
         SCOPED_TRACE(c.className);
         Nodes nodes;

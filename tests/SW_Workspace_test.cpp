@@ -240,8 +240,9 @@ TEST_F(Macros, RecordedAtTheMenusBringTheSameStateBack)
         session.Do(
             "e obj.Controller obj.Object opr.Macros filename.MacroFileName session.macro q q q bool.Recording q");
         session.Do("Project e opr.Create text.CreateGroup two text.CreateUserObject Mine q");
-        session.Do("obj.Object bool.Active q q ReleaseAreas e obj.Object opr.Macros int.MacroRepetitions 3");
-        session.Do("filename.MacroFileName 50%\"quoted\"$x|y q opr.Project bool.SuppressCreatingComponents q q q q");
+        session.Do(
+            "obj.Object bool.Active q q ReleaseAreas e obj.Container obj.Object opr.Macros int.MacroRepetitions 3");
+        session.Do("filename.MacroFileName 50%\"quoted\"$x|y q opr.Project bool.SuppressCreatingComponents q q q q q");
         session.Do("two e bool.SingleType q q Mine e obj.Object opr.Macros int.MacroRepetitions many q q q q q");
         session.Do("e bool.Recording q " + saved + "first.macro" + home);
         EXPECT_NE(session.Screen().find("\n1:Project\n"), std::string::npos) << session.Screen();
