@@ -111,7 +111,8 @@ struct Refusal {
 bool SW_Simulation::ParametersAllowRun() const
 {
     const double farthest = std::max(std::fabs(_endTime), std::fabs(_currentTime));   // s
-    const int numThreads = int(std::strtol(VariableValue("$n_threads").c_str(), nullptr, 10));
+    int numThreads = 0;
+    AK_FromText(numThreads, VariableValue("$n_threads"));
     const Refusal refusals[] = {
         {!(_deltaT > 0), "DeltaT", "must be above 0", "muss groesser als 0 sein"},
         {!std::isfinite(_endTime), "EndTime", "must be a number", "muss eine Zahl sein"},
@@ -212,7 +213,7 @@ private:
 
 static AK_String HoursMinutesSeconds(double seconds)
 {
-    const long s = long(std::min(std::max(seconds, 0.0), 3600.0 * INT_MAX));
+    const long s = seconds > 0 ? long(std::min(seconds, 3600.0 * INT_MAX)) : 0;
     char text[64];
     std::snprintf(text, sizeof text, "%ld:%ld:%ld", s / 3600, s / 60 % 60, s % 60);
     return text;
@@ -268,6 +269,7 @@ bool SW_Simulation::PrepareRun(RunState& run)
     _massOffMesh = 0;
     if (run.t0 < _deltaT / 2 || _particles->NumParticles() == 0) {
         if (!Initialize()) return false;
+        run.t0 = _currentTime;
         _peakKineticEnergy = 0;
         // The mass per particle is now that of the particles: a run that goes on in another process splits by it.
         if (!ProjectDir().IsEmpty()) SaveAttributes(ProjectDir() + "/" + Type() + ".atr");

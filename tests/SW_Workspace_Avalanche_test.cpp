@@ -132,6 +132,7 @@ TEST_F(Avalanche, IsTheSameInTheBackgroundAndInABatch)
     } ways[] = {{"in the background", Command("RunInBackground")},
                 {"in a batch", "set(\"Project/Simulations\", \"StartActive\", \"0=1\")\n"}};
     for (const auto& way : ways) {
+        AK_System::RemoveFile(SimulationFile(".simulation_status"));
         Say(load + Command("DeleteTimesteps", "all") + way.start);
         ASSERT_TRUE(ComesTo("finished", 60)) << way.why << FileBytes(SimulationFile("start.log"));
         EXPECT_TRUE(Steps() == steps) << way.why << FileBytes(SimulationFile("start.log"));
