@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <regex>
 
 class SW_Simulation_Run : public SimulationTest {
 protected:
@@ -213,6 +212,18 @@ TEST_F(SW_Simulation_Run, EndsAtTheStepNextToTheEndTime)
     }
 }
 
+static std::string WithoutNumbers(const std::string& text)
+{
+    std::string result;
+    for (char c : text) {
+        if (!AK_String::IsDigit(c))
+            result += c;
+        else if (result.empty() || result.back() != '#')
+            result += '#';
+    }
+    return result;
+}
+
 TEST_F(SW_Simulation_Run, TellsHowFarItIs)
 {
     std::string running, info;
@@ -223,9 +234,8 @@ TEST_F(SW_Simulation_Run, TellsHowFarItIs)
     });
     RunIn("run");
     EXPECT_EQ(running, "running");
-    const std::regex form("at time 1 s, run time \\d+:\\d+:\\d+, estimated remaining run time \\d+:\\d+:\\d+, "
-                          "CPU time \\d+:\\d+:\\d+");
-    EXPECT_TRUE(std::regex_match(info, form)) << info;
+    EXPECT_EQ(WithoutNumbers(info), "at time # s, run time #:#:#, estimated remaining run time #:#:#, CPU time #:#:#");
+    EXPECT_EQ(info.rfind("at time 1 s", 0), 0u) << info;
     EXPECT_EQ(Text("$endITC"), "2");
     EXPECT_TRUE(Said("simulation avalanche terminated; CPU time "));
     EXPECT_GT(Number("PeakKineticEnergy"), 0);
