@@ -6,9 +6,8 @@
 //  |__| h          since the position update applies them implicitly.
 //  ====  tau, pn   A moving column sweeps over the snow at its foot and takes a part of it along.
 //
-// The depth comes from the field of the step before. Friction: Chezy, Coulomb and their sum (Voellmy 1955); the law
-// "korvoAT" with its fixed constants, the wet snow law lets the Coulomb part vanish
-// with the internal energy.
+// The depth comes from the field of the step before. Friction: Chezy, Coulomb and their sum (Voellmy 1955). The law
+// "korvoAT" brings its own constants; in the wet snow law the Coulomb part falls as the internal energy rises.
 
 #include "SW_Simulation.h"
 

@@ -193,7 +193,7 @@ static double InternalEnergy(const SW_SimulationPhase& phase, int i)
     return SW_InternalEnergy(double(phase.enthalpy[i]), phase.position[i], phase.velocity[i]);
 }
 
-// Morris et al. (1997): the viscosity is the speed times the depth times the coefficient that is applied later.
+// The viscosity of the flow is the mean speed times the mean depth, times the coefficient that is applied later.
 template <Diffusion diffusion>
 void Sph::Exchanged(int i, int j, double gap, Exchange& exchange) const
 {
