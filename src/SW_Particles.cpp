@@ -82,9 +82,6 @@ void SW_Particles::FreeScratch()
 // Creation
 // ----------------------------------------------------------------------------------------------------------------
 
-// A number in [0, 1).
-static double Draw() { return AK_System::rand() / double(AK_System::rand_max); }
-
 int SW_Particles::RoundedAtRandom(double count)
 {
     const double drawn = Draw();   // always one, so that what follows does not depend on this count

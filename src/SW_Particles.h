@@ -88,6 +88,8 @@ public:
     /// Declares and binds the three in the language's root, once.
     static void RegisterInFormulaLanguage();
 
+    /// A random number in [0, 1).
+    static double Draw() { return AK_System::rand() / double(AK_System::rand_max); }
     /// A number of particles from a fraction: the whole part, and one more with the probability of the rest. Draws one
     /// random number whatever the count is; what is beyond an int gives INT_MAX.
     static int RoundedAtRandom(double count);

@@ -117,6 +117,7 @@ public:
     SW_WallLines& WallLines() const { return *_wallLines; }
     SW_SourceLines& SourceLines() const { return *_sourceLines; }
     double CurrentTime() const { return _currentTime; }   // s
+    double MassOffMesh() const { return _massOffMesh; }   // kg: what has left the terrain in this run
 
     // ---- friction (SW_Simulation_Friction.cpp)
     int FrictionIndex() const;   // SW_FrictionLaw
@@ -402,7 +403,7 @@ private:
 
     AK_List<const SW_ResistanceArea*> _cellResistances{1};   // for each cell, null for none
     SW_StepVariables _stepVariables;
-    double _massOffMesh = 0;   // kg: what has left the terrain in this run
+    double _massOffMesh = 0;   // kg
     bool _loadPsaResults = true;
     mutable AK_String _dataDirectory;   // where the time steps lie: that of the last save or load
 };

@@ -17,13 +17,13 @@ static void WarnOfIncompleteWall(const SW_WallLine& wall)
         AK_MSG("WARNING:wall line " << wall.Id() << " lies on no terrain: it does not reflect anything");
 }
 
-// Cells under the foot line. A walk must begin on the mesh: a segment that comes from outside is walked from its end.
+// Cells under the foot line. A walk must begin on the mesh, and along the edges of a grid it finds its way in one
+// direction only: each segment is walked from both ends.
 static void AppendCellsUnder(const AK_List<AK_Vec>& footLine, const SW_Mesh& mesh, AK_List<int>& cells)
 {
     for (int k = 1; k < footLine.Size(); ++k) {
-        const int before = cells.Size();
         mesh.GetCellsAlongLine(footLine[k - 1], footLine[k], &cells, nullptr);
-        if (cells.Size() == before) mesh.GetCellsAlongLine(footLine[k], footLine[k - 1], &cells, nullptr);
+        mesh.GetCellsAlongLine(footLine[k], footLine[k - 1], &cells, nullptr);
     }
 }
 

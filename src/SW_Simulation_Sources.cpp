@@ -15,9 +15,6 @@ static constexpr double pi = 3.14159265358979323846;
 
 static unsigned long SeedOfTime(double t) { return std::bit_cast<std::uint64_t>(t) & 0xFFFFFFFFu; }
 
-// A number in [0, 1).
-static double Draw() { return AK_System::rand() / double(AK_System::rand_max); }
-
 namespace {
 
 /// Adds particles of one mass, at rest in their heat (enthalpy 0) and free, and counts them.
@@ -79,8 +76,8 @@ static void AddFromPoint(const SW_PointSource& source, const SW_Mesh& mesh, doub
     const int n = inflow.NumberOf(source.strength * dt);
     int cell = -1;
     for (int k = 0; k < n; ++k) {
-        const double distance = Draw() * source.radius;   // m
-        const double angle = 2 * Draw() * pi;
+        const double distance = SW_Particles::Draw() * source.radius;   // m
+        const double angle = 2 * SW_Particles::Draw() * pi;
         const AK_Vec p{source.point.x + distance * std::cos(angle), source.point.y + distance * std::sin(angle), 0};
         cell = mesh.CellContainingPoint(p, cell);
         inflow.Add(p, cell < 0 ? AK_Vec() : SourceVelocity(source, mesh, cell, p));

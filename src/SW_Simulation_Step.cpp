@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -155,7 +156,7 @@ private:
 
 void LocationGrid::Cover(const SW_Mesh& mesh, double radius)
 {
-    static constexpr double maxCells = 1 << 27;   // a kernel far smaller than the terrain's cells takes larger ones
+    static constexpr double maxCells = 1 << 24;   // a kernel far smaller than the terrain's cells takes larger ones
     AK_Vec2 lo(1e300, 1e300), hi(-1e300, -1e300);
     for (const AK_Vec& x : mesh._x) {
         lo = {std::min(lo.x, x.x), std::min(lo.y, x.y)};
@@ -314,8 +315,11 @@ void SW_Simulation::ComputeTimeStep(double t, double dt, AK_List<unsigned char>&
 
     std::clock_t start = std::clock();
     const bool runsFormula = frictionLaw == frictionFormula || _formulas.entrainment_energy_loss;
+    std::optional<CodeOf> running;
+    if (runsFormula) running.emplace(this);   // formula code is for one thread
     InWorkers(runsFormula ? 0 : threads, count,
               [&](int first, int end) { ComputeBodyForces(this, first, end, t, dt, tanDelta, frictionLaw); });
+    running.reset();
     BookEntrainment();
     if (_sphMode == 0 || !(_interactionTypeWithFluidAbove == "none")) LayDownBottomPressure();
     LogTiming(verbose, "body forces ", start);
