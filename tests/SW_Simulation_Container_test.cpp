@@ -306,6 +306,55 @@ TEST_F(SW_SimulationProject, StartFilesAndBatchesNameTheirSimulations)
               "\"true\" -offscreen \"" + dir + "start.macro\" > \"" + dir + "start.log\"\n");
 }
 
+TEST_F(SW_SimulationProject, AnAnimationGoesThroughTheSavedStepsFromTheLoadedOneOn)
+{
+    AK_Object* views =
+        AddedTo(*AddedTo(root, new AK_Object("KeyViewSequences", nullptr)), new AK_Object("Views", nullptr));
+    AddedTo(*views, new AK_Object("front", nullptr));
+    EXPECT_EQ(Text("get_assigned_animation_view_options"), "none%AK_SEP%front%AK_SEP%");
+    sim->Set("set_assigned_animation_view", "front");
+    EXPECT_EQ(AK_Object::_execStatus, "no time step is loaded");
+    root.Set("SaveProjectAs", directory / "p");
+    sim->Set("SaveTimeStep", "");
+    const std::string dir = std::string(sim->ProjectDir().c_str()) + "/at_";
+    for (const char* time : {"0000005.0000", "0000010.0000", "0000015.0000"})
+        AK_System::CpyFile((dir + "0000000.0000.TimeStep").c_str(), (dir + time + ".TimeStep").c_str());
+    const auto loaded = [&] {
+        std::string names;
+        for (const std::string& message : Messages())
+            if (message.rfind("loading time step data from ", 0) == 0)
+                names += message.substr(message.rfind("at_") + 3, 7) + " ";
+        return names;
+    };
+    const struct {
+        const char* command;
+        const char* increment;
+        const char* first;
+        const char* steps;
+    } cases[] = {{"AnimateTimeSteps", "1", "", "0000000 0000005 0000010 0000015 "},
+                 {"AnimateTimeSteps", "2", "at_0000000.0000", "0000000 0000010 "},
+                 {"animate_with_assigned_views", "0", "at_0000000.0000", "0000000 0000005 0000010 0000015 "}};
+    for (const auto& c : cases) {
+        Set({{"AnimationStepIncrement", c.increment}, {"LoadTimeStep", c.first}, {"AnimationWriteImageFiles", "1"}});
+        Messages();
+        sim->Set(c.command, "");
+        EXPECT_EQ(AK_Object::_execStatus, "");
+        EXPECT_EQ(loaded(), c.steps);
+        EXPECT_EQ(Text("$animationFiles"), "") << "no front end writes pictures here";
+    }
+    sim->Set("LoadTimeStep", "at_0000005.0000");
+    sim->Set("set_assigned_animation_view", "front");
+    EXPECT_EQ(Text("get_assigned_animation_view"), "front");
+    EXPECT_EQ(Text("get_assigned_views"), "at_0000005.0000=front%AK_SEP%");
+    sim->Set("LoadTimeStep", "at_0000000.0000");
+    EXPECT_EQ(Text("get_assigned_animation_view"), "none");
+    sim->Set("set_assigned_animation_view", "front");
+    sim->Set("set_assigned_animation_view", "none");
+    EXPECT_EQ(Text("$assigned_views"), "at_0000005.0000=front%AK_SEP%");
+    sim->Set("clear_animation_views", "");
+    EXPECT_EQ(Text("get_assigned_views"), "");
+}
+
 TEST_F(SW_SimulationProject, ARunStopsWhenTheFlowHasNearlyComeToRest)
 {
     EXPECT_EQ(Text("stop_at_low_energy"), "") << "before a run";

@@ -88,6 +88,30 @@ TEST_F(SW_Simulation_Fields, LegendsNameSimulationQuantityUnitAndTime)
     EXPECT_EQ(sim->Particles().Velocity().Label(), "avalanche SPH velocity [m/s] at 0");
 }
 
+TEST_F(SW_Simulation_Fields, ARasterOnTheLatticeOfTheMeshHasTheValuesOfTheField)
+{
+    OnMesh(6, 4, 10, Incline(30));
+    for (int i = 0; i < 9; ++i) PlaceParticle({5 + 6.0 * i, 3 + 4.0 * i}, 1000 + 100 * i);
+    const SW_ScalarField& depth = Part("FlowDepth");
+    Part("FlowDepth").Set("ExportRasterSize", "10");
+    Part("FlowDepth").Set("ExportFieldRasterAscii", directory / "depth.asc");
+    std::ifstream raster((directory / "depth.asc").c_str());
+    std::string word;
+    double number = 0;
+    for (const auto& [name, value] : {std::pair("ncols", 6.0), std::pair("nrows", 4.0), std::pair("xllcenter", 0.0),
+                                      std::pair("yllcenter", 0.0), std::pair("cellsize", 10.0)}) {
+        raster >> word >> number;
+        EXPECT_EQ(word, name);
+        EXPECT_EQ(number, value) << name;
+    }
+    raster >> word >> number;   // no data
+    for (int j = 3; j >= 0; --j)
+        for (int i = 0; i < 6; ++i) {
+            raster >> word;
+            EXPECT_EQ(word, AK_String(double(depth._values[i * 5 + j]), "%g").c_str()) << i << ", " << j;
+        }
+}
+
 // A line along y = 15 from x = 0 to 30, with the inside (left) above; what counts lies right of its chord, which a
 // straight line leaves to points of the outside only: there flow at distance d adds d to error and total alike.
 TEST_F(SW_Simulation_Fields, DepositionIsHeldAgainstALine)
