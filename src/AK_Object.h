@@ -164,6 +164,8 @@ public:
     /// The class's binary record: 0 for success, 1 for failure with the place in `_execStatus`.
     virtual int SaveData(AK_Stream& stream) const;
     virtual int LoadData(AK_Stream& stream);
+    /// Tells in the status that a record could not be read or written, and where the code found it; always 1.
+    int IoError(const char* where) const;
     /// Called when the whole subtree of a load stands.
     virtual void LoadFinalize() {}
     /// Makes a component by type name, which the caller adds; null for an unknown type.
@@ -418,3 +420,9 @@ protected:
     AK_String _projectDir;            // "" when the object has none
     mutable int _parameterSet = -1;   // index into _parsets
 };
+
+/// The text in the language of the program.
+inline const char* InLanguage(const char* english, const char* german)
+{
+    return AK_Object::_lang == 1 ? german : english;
+}

@@ -5,7 +5,6 @@
 
 #include "AK_Object.h"
 #include "AK_Object_Class.h"
-#include "AK_Object_Internal.h"
 
 #include <cerrno>
 #include <climits>

@@ -272,12 +272,6 @@ int SW_Particles::LoadDataFrom(AK_Stream& stream)
     return stream.Failed() ? IoError(AK_HERE) : 0;
 }
 
-int SW_Particles::IoError(const char* where) const
-{
-    _execStatus = IdAbs() + ": IO error at " + where;
-    return 1;
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // States of snow
 // ----------------------------------------------------------------------------------------------------------------

@@ -97,7 +97,6 @@ public:
 private:
     void LayFieldsOnPositions();
     void Touch();
-    int IoError(const char* where) const;
     template <class Change>
     void ForEachScratch(const Change& change);
 

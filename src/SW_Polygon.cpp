@@ -147,6 +147,6 @@ void SW_MeshContourPolygon::Draw()
     for (int k = 0; k < 4; ++k) {
         const int vertex = _corners[k];
         if (vertex < 0 || vertex >= NumVertices()) continue;
-        SW_DrawText(Points()[vertex], _labelFont, _lang == 1 ? german[k] : english[k]);
+        SW_DrawText(Points()[vertex], _labelFont, InLanguage(english[k], german[k]));
     }
 }

@@ -96,7 +96,7 @@ void SW_Polylines::CreateSet(const AK_String& id) { AddComponent(new SW_Polyline
 void SW_Polylines::ImportSet(const AK_String& path)
 {
     if (!AK_System::FileExists(path)) return SW_TellMissingFile(path);
-    auto* set = new SW_PolylineSet(SW_NameOfFile(path), this);
+    auto* set = new SW_PolylineSet(path.BaseName(), this);
     AddComponent(set);
     set->Import(path);
 }

@@ -57,6 +57,15 @@ public:
     AK_String Label() const { return Colorbar()->Label(); }
     void SetLabel(const AK_String& label) { Colorbar()->Label(label); }
 
+    /// Gives the colour bar the range of the values, if it is to follow them.
+    void UpdateColorBar()
+    {
+        AK_Colorbar* bar = Colorbar();
+        if (!(bar->Get("Autoscale") == "1") || _values.Size() == 0) return;
+        bar->Set("Min", static_cast<Field*>(this)->Min());
+        bar->Set("Max", static_cast<Field*>(this)->Max());
+    }
+
     /// Takes the last value for value i: as its location does that is removed.
     void RemoveValue(int i)
     {
@@ -69,7 +78,7 @@ public:
     {
         stream.Write(AK_String(Field::recordTag));
         stream.Write(_values);
-        return stream.Failed() ? IoError(AK_HERE) : 0;
+        return stream.Failed() ? this->IoError(AK_HERE) : 0;
     }
 
     int LoadDataFrom(AK_Stream& stream)
@@ -77,9 +86,9 @@ public:
         _values.Clear();
         AK_String header;
         stream.Read(header);
-        if (!(header == Field::recordTag)) return IoError(AK_HERE);
+        if (!(header == Field::recordTag)) return this->IoError(AK_HERE);
         stream.Read(_values);
-        return stream.Failed() ? IoError(AK_HERE) : 0;
+        return stream.Failed() ? this->IoError(AK_HERE) : 0;
     }
 
     /// Moves the values to the other kind of location: each place gets the plain mean of the values that touch it.
@@ -121,12 +130,6 @@ protected:
     {
         this->AddComponent(new AK_Colorbar("Colorbar", nullptr));
         SetLabel(this->_id);
-    }
-
-    int IoError(const char* where) const
-    {
-        AK_Object::_execStatus = this->IdAbs() + ": IO error at " + where;
-        return 1;
     }
 
     /// Number of values that the mesh asks for.
@@ -219,6 +222,6 @@ protected:
     }
 
     SW_MeshPointer<const SW_Mesh> _mesh;   // not owned
-    AK_List<Value> _savedValues{1};   // the data while a conversion for display is in force
+    AK_List<Value> _savedValues{1};        // the data while a conversion for display is in force
     AK_String _selectedPolyline;
 };

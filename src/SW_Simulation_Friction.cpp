@@ -202,7 +202,7 @@ void SW_Simulation::BottomShearStressFormulaFile(const AK_String& path)
     _formulaFile = path;
 }
 
-AK_String SW_Simulation::BottomShearStressFormulaFile() const { return SW_NameOfFile(_formulaFile); }
+AK_String SW_Simulation::BottomShearStressFormulaFile() const { return _formulaFile.BaseName(); }
 
 AK_String SW_Simulation::FormulaParameters() const
 {

@@ -20,11 +20,6 @@
 #include <cstdio>
 #include <ctime>
 
-static const char* InLanguage(const char* english, const char* german)
-{
-    return AK_Object::_lang == 1 ? german : english;
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // Status files
 // ----------------------------------------------------------------------------------------------------------------

@@ -110,14 +110,6 @@ int SW_VectorField::Convert()
 // Display
 // ----------------------------------------------------------------------------------------------------------------
 
-void SW_VectorField::UpdateColorBar()
-{
-    AK_Colorbar* bar = Colorbar();
-    if (!(bar->Get("Autoscale") == "1") || _values.Size() == 0) return;
-    bar->Set("Min", Min());
-    bar->Set("Max", Max());
-}
-
 void SW_VectorField::CreateMagnitudeField()
 {
     if (!Component("magnitude")) AddComponent(new SW_ScalarField("magnitude", this));
