@@ -33,20 +33,36 @@ struct ValueSentence {
     Sentence before;
     Sentence after;
 };
-static constexpr ValueSentence option{{" and select option '", "' und waehlen Sie '"}, {"'.", "' aus."}};
-static constexpr ValueSentence switchOn{{" and switch to '", "' und schalten Sie auf '"}, {"' (on).", "' (ein)."}};
-static constexpr ValueSentence switchOff{{" and switch to '", "' und schalten Sie auf '"}, {"' (off).", "' (aus)."}};
+static constexpr ValueSentence option{
+    {" and select option '", "' und waehlen Sie '"},
+    {"'.",                   "' aus."             }
+};
+static constexpr ValueSentence switchOn{
+    {" and switch to '", "' und schalten Sie auf '"},
+    {"' (on).",          "' (ein)."                }
+};
+static constexpr ValueSentence switchOff{
+    {" and switch to '", "' und schalten Sie auf '"},
+    {"' (off).",         "' (aus)."                }
+};
 static constexpr ValueSentence fileName{
-    {" and select file '", "' und waehlen Sie die Datei '"},
-    {"'. (Adjust the file name if necessary.)", "' aus. (Dateinamen ggf. anpassen.)"}};
-static constexpr ValueSentence directory{{" and select directory '", "' und waehlen Sie das Verzeichnis '"},
-                                         {"'. (Adjust the directory name or create the directory first if necessary.)",
-                                          "' aus. (Verzeichnisnamen ggf. anpassen bzw. Verzeichnis erst anlegen.)"}};
+    {" and select file '",                      "' und waehlen Sie die Datei '"     },
+    {"'. (Adjust the file name if necessary.)", "' aus. (Dateinamen ggf. anpassen.)"}
+};
+static constexpr ValueSentence directory{
+    {" and select directory '",                                                    "' und waehlen Sie das Verzeichnis '"},
+    {"'. (Adjust the directory name or create the directory first if necessary.)",
+     "' aus. (Verzeichnisnamen ggf. anpassen bzw. Verzeichnis erst anlegen.)"                                           }
+};
 static constexpr ValueSentence pickWorld{
     {" and mouse-click (:pick world or :pick world multiple) or enter the coordinates '",
      "' und klicken Sie mit der Maus (:pick world or :pick world multiple) oder geben die Koordinaten '"},
-    {"'.", "' ein."}};
-static constexpr ValueSentence enterValue{{" and enter '", "' und geben Sie '"}, {"'.", "' ein."}};
+    {"'.",                                                                                "' ein."      }
+};
+static constexpr ValueSentence enterValue{
+    {" and enter '", "' und geben Sie '"},
+    {"'.",           "' ein."           }
+};
 
 static const ValueSentence& SentenceFor(const AK_Attribute* attribute, const AK_String& value)
 {

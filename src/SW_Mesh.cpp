@@ -208,9 +208,9 @@ bool SW_Mesh::ReadGrid(AK_Stream& stream, bool narrow, bool cartesian, int numCe
         SetHoneyCombCells(grid);
     const int nCells = numCells;
     if (cartesian)
-        AK_ASSERT(nCells == _nx * _ny);
+        AK_ASSERT_AS(nCells == _nx * _ny, "nCells == _nx*_ny");
     else
-        AK_ASSERT(nCells == 2 * _nx * _ny);
+        AK_ASSERT_AS(nCells == 2 * _nx * _ny, "nCells == 2*_nx*_ny");
     return true;
 }
 
