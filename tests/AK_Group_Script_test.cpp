@@ -83,18 +83,6 @@ TEST_F(AK_GroupScriptTest, AFilterMayDeleteWhatItIsAskedAbout)
     ExpectConsistent(root);
 }
 
-TEST_F(AK_GroupScriptTest, AFilterIsSavedAndRestored)
-{
-    const char* filter = "char s[10];\n\tget(id, \"Text\", s); return strcmp(s, \"x\") == 0;";
-    root.Component("b")->Set("Text", "x");
-    group->Set("Filter", filter);
-    group->SaveAttributes(directory / "group.macro");
-    auto* copy = AddTo<AK_Group>(root, "copy");
-    copy->ExecMacro(directory / "group.macro", 1);
-    EXPECT_EQ(Text(copy->Get("Filter")), filter);
-    EXPECT_EQ(Listed(copy->Get("GetObjectsOfTypeList")), (Lines{"Viewer/b"}));
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // User objects
 // ----------------------------------------------------------------------------------------------------------------
@@ -141,27 +129,6 @@ TEST_F(AK_GroupScriptTest, CodeMayExchangeTheClassOfItsObjectAndDeleteTheObject)
     Code("void Init() { set(\"..\", \"DeleteObject\", \"user\"); }");
     EXPECT_EQ(root.Component("user"), nullptr);
     ExpectConsistent(root);
-}
-
-TEST_F(AK_GroupScriptTest, CodeWithErrorsIsReportedAndTheClassWorksWithoutIt)
-{
-    Code("void Broken(char s[]) { nosuch(s); }");
-    const Lines messages = Messages();
-    ASSERT_EQ(messages.size(), 1u);
-    EXPECT_EQ(messages[0].rfind("INFO:1 syntax errors in QVT_SCI file ", 0), 0u) << messages[0];
-    EXPECT_EQ(Text(user->Type()), "Made");
-    EXPECT_EQ(Text(user->Get("Broken")), ak_null);
-}
-
-TEST_F(AK_GroupScriptTest, AGroupsBroadcastReachesFormulaAttributes)
-{
-    Code("double x = 0; void X(char s[]) { sprintf(s, \"%g\", x); } void SetX(char s[]) { x = atof(s); }");
-    AK_UserObj* first = user;
-    user = AddTo<AK_UserObj>(root, "second");
-    Code(Text(first->AttributesName()).substr(Text(first->AttributesName()).find("double")));
-    group->Set("ContainedObjectsList", "../user%AK_SEP%../second%AK_SEP%");
-    EXPECT_EQ(group->Set("SetX", "1.5%AK_SEP%2.5%AK_SEP%"), 2);
-    EXPECT_EQ(Listed(group->Get("X")), (Lines{"1.5", "2.5"}));
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -228,22 +195,4 @@ TEST_F(AK_UserClassExample, ComputesTheStateOfSnow)
     }
     user->Set("AddHeat", "500000");
     EXPECT_EQ(Text(AK_Object::_execStatus), "a number from -559958 to 752200 is expected");
-}
-
-TEST_F(AK_UserClassExample, KeepsToAParameterSetUntilAValueIsChangedAndIsSavedWithItsState)
-{
-    user->Set("AttributesName", "SnowState");
-    user->Set("ParameterSet", "settled snow");
-    EXPECT_EQ(Text(user->Get("ParameterSet")), "settled snow");
-    EXPECT_EQ(Text(user->Get("Temperature")), "-2");
-    user->Set("AddHeat", "1");
-    EXPECT_EQ(Text(user->Get("ParameterSet")), "none");
-    user->SaveAs(directory / "user");
-    AK_UserObj* again = AK_UserObj::CreateFromDirectory("again", &root, directory / "user");
-    ASSERT_TRUE(again);
-    root.AddComponent(again);
-    again->Load(directory / "user");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "");
-    EXPECT_EQ(Text(again->Get("SpecificEnthalpy")), "-4099");
-    EXPECT_EQ(Text(again->Get("DrySnowDensity")), "300");
 }

@@ -175,18 +175,6 @@ TEST_F(AK_GroupTest, AChainOfGroupsEndsBeforeTheStackDoes)
     EXPECT_EQ(Text(group->Get("Extra")).find("far"), std::string::npos);
 }
 
-TEST_F(AK_GroupTest, TheStampOfAnAttributeIsItsOwnElseTheLatestOfTheMembers)
-{
-    Append(abc);
-    EXPECT_EQ(group->ExecTime("Number"), 0);
-    things->Component("b")->Set("Number", "1");
-    things->Component("a")->Set("Number", "1");
-    EXPECT_EQ(group->ExecTime("Number"), things->Component("a")->ExecTime("Number"));
-    const long own = group->ExecTime("AppendObject");
-    EXPECT_GT(own, 0);
-    EXPECT_LT(own, group->ExecTime("Number"));
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // Members
 // ----------------------------------------------------------------------------------------------------------------
@@ -258,48 +246,6 @@ TEST_F(AK_GroupTest, ObjectsAreChosenByTypeAndByValue)
     ExpectConsistent(root);
 }
 
-TEST_F(AK_GroupTest, ListsToChooseFromNameEachThingOnce)
-{
-    things->Component("b")->Set("Text", "x");
-    group->Set("SelectedObjectType", "Thing");
-    EXPECT_EQ(Listed(group->Get("GetObjectTypesList")), (Lines{"Thing", "Container", "SpecialThing", "Group"}));
-    EXPECT_EQ(Listed(group->Get("GetObjectsOfTypeList")),
-              (Lines{"Viewer", "Viewer/Things/a", "Viewer/Things/b", "Viewer/Things/c", "Viewer/special"}));
-    const Lines names = Listed(group->Get("AttributeOptions"));
-    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), names.size());
-    EXPECT_EQ(std::count(names.begin(), names.end(), "Number"), 1);
-    EXPECT_EQ(std::count(names.begin(), names.end(), "Extra"), 1);
-    EXPECT_EQ(std::count(names.begin(), names.end(), "Scratch"), 0);   // never saved, so nothing to choose by
-
-    EXPECT_EQ(Text(group->Get("ValueOptions")), "");
-    EXPECT_EQ(Text(group->Get("AttributeVisibility")), "-");
-    group->Set("SelectedAttribute", "Text");
-    EXPECT_EQ(Listed(group->Get("ValueOptions")), (Lines{"", "x"}));
-    EXPECT_EQ(Text(group->Get("AttributeVisibility")), "w");
-}
-
-TEST_F(AK_GroupTest, WorkingOnOneTypeChangesWhatIsShown)
-{
-    for (const char* value : {"0", "1", "2", "yes"}) {
-        group->Set("SingleType", value);
-        const bool single = std::string(value) == "1";
-        EXPECT_EQ(Text(group->Get("SingleType")), single ? "1" : "0");
-        EXPECT_EQ(Text(group->Get("SingleTypeVisibility")), single ? "w" : "-");
-        EXPECT_EQ(Text(group->Get("FullVisibility")), single ? "-" : "w");
-    }
-    EXPECT_TRUE(group->IsOfType("Group"));
-    EXPECT_FALSE(group->IsOfType("Object"));
-}
-
-TEST_F(AK_GroupTest, ReferencesGoWithTheirObjects)
-{
-    Append({"Things/a", "Things/b", "special"});
-    things->DeleteComponent("a");
-    things->UnloadComponent("b");
-    EXPECT_EQ(ComponentIds(*group), (Lines{"special"}));
-    ExpectConsistent(root);
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // The description
 // ----------------------------------------------------------------------------------------------------------------
@@ -337,17 +283,6 @@ TEST_F(AK_GroupTest, GroupsThatHoldEachOtherAreDescribedWithoutACircle)
     EXPECT_FALSE(group->Attributes()->Attribute("NoSuch"));   // walks all of it
     root.DeleteComponent("other");
     EXPECT_FALSE(group->Attributes()->Attribute("NoSuch"));   // as it was, until the members change
-}
-
-TEST_F(AK_GroupTest, AttributesCanBeTakenOverFromAGroupWhileTheDescriptionChanges)
-{
-    Append(abc);
-    auto* copy = AddTo<AK_Group>(root, "copy");
-    copy->Set("SelectedAttribute", "old");
-    group->Set("SelectedAttribute", "Text");
-    copy->AssignAttributesOf(group, AK_List<AK_String>(1));
-    EXPECT_EQ(ComponentIds(*copy), (Lines{"a", "b", "c"}));
-    EXPECT_EQ(Text(copy->Get("SelectedAttribute")), "Text");
 }
 
 TEST_F(AK_GroupTest, IsSavedWithItsMembersPathsAndNothingOfTheirs)

@@ -72,17 +72,6 @@ TEST_F(AK_MacrosTest, LinesThatBeginAsCommandsAreCommands)
     }
 }
 
-TEST_F(AK_MacrosTest, CommandsSeeTheVariablesOfTheObjectThatRuns)
-{
-    EXPECT_EQ(Play("set(\"a\", \"Number\", \"5\")\n"
-                   "get(\"a\", \"Number\", $n)\n"
-                   "set(\"\", \"SetVariableValue\", \"$p=a\")\n"
-                   "set($p, \"Text\", $n)\n"
-                   "set(\"\", \"Text\", \"$n\")\n"),
-              Lines{});
-    EXPECT_EQ(Text(a->Get("Text")) + Text(root.Get("Text")) + Text(a->Get("$n")), "55");
-}
-
 // ------------------------------------------------------------------------------------------------------------ stopping
 
 TEST_F(AK_MacrosTest, AMacroStopsAtAnErrorAndGoesOnBehindANote)
@@ -260,16 +249,6 @@ TEST_F(AK_MacrosTest, ATutorialTellsItsCommentsWithTheCommands)
               "->Thing.Count an. \n(Der entsprechende Makrobefehl ist 'set(\"\", \"Count\", \"\")'.)");
 }
 
-TEST_F(AK_MacrosTest, ABlockStaysOpenAcrossRepetitions)
-{
-    root.Set("MacroRepetitions", "3");
-    Play("set(\"\", \"Count\", \"\")\n/*\none\n");
-    EXPECT_EQ(root._count, 1);
-    EXPECT_EQ(Text(AK_Object::_macroComment), "/*\none\n") << "each pass opens it anew";
-    Play("set(\"\", \"Count\", \"\")\n*/\nset(\"\", \"Count\", \"\")\n/*\n");
-    EXPECT_EQ(root._count, 4) << "two, then one behind the end of the block";
-}
-
 // ---------------------------------------------------------------------------------------------- which file, which kind
 
 TEST_F(AK_MacrosTest, AMacroIsLookedUpByItsName)
@@ -307,37 +286,6 @@ TEST_F(AK_MacrosTest, AMacroFoundByItsShortNameCannotRunItselfForEver)
     EXPECT_EQ(AK_Object::_macroFileNameStack.Size(), 0);
 }
 
-TEST_F(AK_MacrosTest, FormulaCodeAndScriptsAreTakenByTheirExtension)
-{
-    root.ExecMacro("nosuch.cint", 0);
-    EXPECT_EQ(Status(), "can neither open macro file 'nosuch.cint' nor 'DIR/attributes/nosuch.cint'");
-    root.Set("MacroFileName", "own.cint");
-    root.ExecMacro("", 0);
-    EXPECT_EQ(Status(), "can neither open macro file '' nor 'DIR/attributes/own.cint'");
-    root.ExecMacro(directory / "nosuch.cint", 0);
-    EXPECT_EQ(Status(), "can neither open macro file 'DIR/nosuch.cint' nor 'DIR/nosuch.cint'");
-    root.ExecMacro("nosuch.py", 0);
-    EXPECT_EQ(Status(), "can neither open python file 'nosuch.py' nor 'DIR/attributes/nosuch.py'");
-    AK_Object::_execStatus = "";
-
-    const std::string script = "print(1)\n" + std::string(1000, '#');
-    const AK_String file = File("x.py", script);
-    root.ExecMacro(file, 0);
-    EXPECT_EQ(Status(), "Python macros not supported");
-    static std::string run;
-    AK_Object::_execStatus = "";
-    AK_Object::py_run_simple_string = [](const char* text) {
-        run = text;
-        return 0;
-    };
-    root.ExecMacro(file, 0);
-    EXPECT_EQ(run, script);
-    EXPECT_EQ(Status(), "");
-    AK_System::CreateDir(directory / "dir.py");
-    root.ExecMacro(directory / "dir.py", 0);
-    EXPECT_EQ(Status(), "can not open python file 'DIR/dir.py'");
-}
-
 // ------------------------------------------------------------------------------------------------------ hostile input
 
 TEST_F(AK_MacrosTest, LongLinesAreReadInPieces)
@@ -354,14 +302,6 @@ TEST_F(AK_MacrosTest, LongLinesAreReadInPieces)
     EXPECT_EQ(root._count, 1);
 }
 
-TEST_F(AK_MacrosTest, AMegabyteOfCommentIsCollected)
-{
-    std::string text = "/*\n";
-    for (int i = 0; i < 300000; ++i) text += "ab\n";
-    Play(text + "*/\n");
-    EXPECT_EQ(AK_Object::_macroComment.Length(), 3 + 900000 + 3);
-}
-
 TEST_F(AK_MacrosTest, ABinaryFileIsFreeText)
 {
     std::string bytes;
@@ -374,15 +314,4 @@ TEST_F(AK_MacrosTest, ABinaryFileIsFreeText)
     program.read(head.data(), std::streamsize(head.size()));
     Play(head);
     ExpectConsistent(root);
-}
-
-TEST_F(AK_MacrosTest, NamesOfAnyKindAreNoFiles)
-{
-    for (const std::string& name : {std::string(100000, 'x'), std::string(100000, '/'), std::string(100000, '.'),
-                                    std::string("\x01\xff\n"), std::string("/dev/null"), std::string("."),
-                                    std::string(50000, '.') + "cint", std::string(5000, '/') + ".py"}) {
-        root.ExecMacro(name.c_str(), 0);
-        root.Set((name + ".macro").c_str(), "");
-    }
-    EXPECT_EQ(AK_Object::_macroFileNameStack.Size(), 0);
 }
