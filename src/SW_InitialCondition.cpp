@@ -146,7 +146,7 @@ std::span<const AK_Row> SW_InitialConditions::Rows()
         {"Import",       command<&S::Import>},
         {"LoadRelFile",  command<&S::LoadRelFile>},
         {"ProjectOnto",  command<&S::ProjectOnto>},
-        {"MeshPathsList", shown<[](const S& areas) { return SW_PathsOfType(areas, "DHM"); }>},
+        {"MeshPathsList", shown<&S::MeshPathsList>},
     };
     // clang-format on
     return rows;

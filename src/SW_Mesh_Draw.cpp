@@ -8,7 +8,7 @@
 
 #include <cmath>
 
-static constexpr double radians = 3.14159265358979323846 / 180;
+static constexpr double radians = ak_pi / 180;
 static constexpr double breakLinesOff = 0.1;   // degrees: an angle up to this draws none
 static constexpr int maxGridLines = 10000;     // of a coordinate grid with a size far too small for the mesh
 

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-static constexpr double degrees = 180 / 3.14159265358979323846;
+static constexpr double degrees = 180 / ak_pi;
 static constexpr double noArea = 1e-30;   // m2: guards divisions
 
 std::span<const AK_Row> SW_Polygon::Rows()

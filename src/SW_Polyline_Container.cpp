@@ -48,10 +48,7 @@ AK_String SW_LineContainer::MeshNamesList() const
 {
     const AK_Object* meshes = Parent() ? Parent()->Component("DHMs") : nullptr;
     AK_ASSERT_AS(meshes, "Parent()->Component(\"DHMs\")");
-    AK_String list;
-    for (int i = 0; i < meshes->NumComponents(); ++i)
-        if (meshes->ComponentAt(i)->IsOfType("DHM")) list = list + meshes->ComponentAt(i)->IdAbs(this) + ak_sep;
-    return list;
+    return SW_PathsOfMeshesIn(meshes, *this);
 }
 
 // ----------------------------------------------------------------------------------------------------------------

@@ -26,8 +26,6 @@
 #include <cstdio>
 #include <cstring>
 
-static constexpr double pi = 3.14159265358979323846;
-
 // ORDER FRICTION LAWS: the index of a law in SW_FrictionLaw.
 static const char* const builtInLaws[] = {"Chezy", "Chezy + Mohr-Coulomb",
                                           "Mohr-Coulomb with max of dynamic and granular pressure (KORVO classic)",
@@ -99,16 +97,16 @@ namespace {
 // Makes a namespace below the language's root active, which it creates if there is none yet, and goes back at the end.
 class FormulaSpace {
 public:
-    explicit FormulaSpace(Namespace*& _formulaNameSpace) : _before(qvt_sci_NamespaceGetCurrent())
+    explicit FormulaSpace(Namespace*& space) : _before(qvt_sci_NamespaceGetCurrent())
     {
-        if (!_formulaNameSpace) {
+        if (!space) {
             Namespace* global = _before;
             while (Namespace* parent = qvt_sci_NamespaceParent(global)) global = parent;
             qvt_sci_NamespaceSwitchTo(global);
-            _formulaNameSpace = qvt_sci_NamespaceCreate();
-            AK_ASSERT(_formulaNameSpace);
+            space = qvt_sci_NamespaceCreate();
+            AK_ASSERT_AS(space, "_formulaNameSpace");
         }
-        _space = _formulaNameSpace;
+        _space = space;
         qvt_sci_NamespaceSwitchTo(_space);
     }
     ~FormulaSpace() { qvt_sci_NamespaceSwitchTo(_before); }
@@ -237,8 +235,8 @@ void SW_Simulation::ComputeEarthPressureCoefficients()
         AK_MSG("WARNING: internal friction angle cannot be smaller than bed friction angle!");
         _internalFrictionAngle = _bedFrictionAngle;
     }
-    const double phi = _internalFrictionAngle * pi / 180;   // rad
-    const double delta = _bedFrictionAngle * pi / 180;
+    const double phi = _internalFrictionAngle * ak_pi / 180;   // rad
+    const double delta = _bedFrictionAngle * ak_pi / 180;
     const double cos2Phi = std::cos(phi) * std::cos(phi);
     const double cosDelta = std::cos(delta);
     const double tan2Delta = std::tan(delta) * std::tan(delta);

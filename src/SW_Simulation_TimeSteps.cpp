@@ -204,8 +204,7 @@ bool SW_Simulation::TimeStepIsSound() const
     if (_particles->Mass()._values.Size() != n || _particles->Velocity()._values.Size() != n) return false;
     if (!AllFinite(_particles->Position()._x) || !AllFinite(_particles->Velocity()._values)) return false;
     if (!AllFinite(_particles->Mass()._values) || !AllFinite(_particles->TotalEnthalpy()._values)) return false;
-    for (const SW_ScalarField* field : {_peakFlowDepth, _dynamicPeakPressure, _peakForcePerWidth, _peakTorquePerWidth,
-                                        _frontArrivalTime, _entrainmentMass, _entrainmentEnth}) {
+    for (const SW_ScalarField* field : StoredFields()) {
         const int size = !_mesh                ? field->_values.Size()
                          : field->OnVertices() ? _mesh->NumVertices()
                                                : _mesh->NumCells();
@@ -220,8 +219,7 @@ void SW_Simulation::ForgetState()
     _particles->Clear();
     _currentTime = 0;
     _currentTimeStep = "";
-    for (SW_ScalarField* field : {_peakFlowDepth, _dynamicPeakPressure, _peakForcePerWidth, _peakTorquePerWidth,
-                                  _frontArrivalTime, _entrainmentMass, _entrainmentEnth}) {
+    for (SW_ScalarField* field : StoredFields()) {
         field->SetMesh(nullptr);
         field->SetMesh(_mesh);
     }

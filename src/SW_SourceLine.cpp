@@ -195,8 +195,3 @@ void SW_SourceLines::CopyLinesOf(const SW_SourceLines& source)
 {
     for (int i = 0; i < source.NumComponents(); ++i) AddCopy(*source.Line(i), source.Line(i)->Id());
 }
-
-void SW_SourceLines::ProjectOntoSimulationMesh()
-{
-    for (int i = 0; i < NumComponents(); ++i) Line(i)->LoadFinalize();
-}

@@ -10,7 +10,7 @@
 #include <cmath>
 #include <cstring>
 
-static constexpr double degrees = 180 / 3.14159265358979323846;
+static constexpr double degrees = 180 / ak_pi;
 
 // ----------------------------------------------------------------------------------------------------------------
 // Attributes
@@ -273,7 +273,7 @@ std::span<const AK_Row> SW_WallLines::Rows()
         {"LinesOfType",   shown<&S::LinesOfType>},
         {"Import",        command<[](S& walls, const AK_String& path) { walls.Import(path); }>},
         {"ProjectOnto",   command<&S::ProjectOnto>},
-        {"MeshPathsList", shown<[](const S& walls) { return SW_PathsOfType(walls, "DHM"); }>},
+        {"MeshPathsList", shown<&S::MeshPathsList>},
     };
     // clang-format on
     return rows;
