@@ -3,8 +3,8 @@
 #include "SW_InitialCondition.h"
 
 #include "AK_Group.h"
+#include "AK_Object_Namespace.h"
 #include "SW_Mesh.h"
-#include "qvt_sci.h"
 
 #include <cstdio>
 #include <cstring>
@@ -104,11 +104,7 @@ void SW_InitialCondition::LoadFormula(const AK_String& name)
         AK_MSG("ERROR: could not open formula file " << path);
         return;
     }
-    // Directly below the language's root, so that the file sees the same names whatever code is running.
-    Namespace* before = qvt_sci_NamespaceGetCurrent();
-    Namespace* root = before;
-    while (Namespace* parent = qvt_sci_NamespaceParent(root)) root = parent;
-    qvt_sci_NamespaceSwitchTo(root);
+    const AK_ActiveNamespace root(AK_RootNamespace());
     Namespace* space = qvt_sci_NamespaceOpen();
     const int errors = qvt_sci_Parse(file);
     std::fclose(file);
@@ -123,7 +119,6 @@ void SW_InitialCondition::LoadFormula(const AK_String& name)
         qvt_sci_InitAll();
         if (_init) qvt_sci_Call(_init);
     }
-    qvt_sci_NamespaceSwitchTo(before);
 }
 
 AK_String SW_InitialCondition::RelDepFuncPar() const

@@ -2,7 +2,7 @@
 
 #include "SW_Particles.h"
 
-#include "qvt_sci.h"
+#include "AK_Object_Namespace.h"
 
 #include <algorithm>
 #include <cmath>
@@ -295,15 +295,11 @@ void SW_Particles::RegisterInFormulaLanguage()
     static bool registered = false;
     if (registered) return;
     registered = true;
-    Namespace* const active = qvt_sci_NamespaceGetCurrent();
-    Namespace* root = active;
-    while (Namespace* parent = qvt_sci_NamespaceParent(root)) root = parent;
-    qvt_sci_NamespaceSwitchTo(root);
+    const AK_ActiveNamespace root(AK_RootNamespace());
     qvt_sci_ParseString("double TemperatureFromEnthalpy(double h);"
                         "double WaterMassFractionFromEnthalpy(double h);"
                         "double EnthalpyFromTemperatureAndWaterMassFraction(double T, double w);");
     qvt_sci_Bind("TemperatureFromEnthalpy", TemperatureFromEnthalpy);
     qvt_sci_Bind("WaterMassFractionFromEnthalpy", WaterMassFractionFromEnthalpy);
     qvt_sci_Bind("EnthalpyFromTemperatureAndWaterMassFraction", EnthalpyFromTemperatureAndWaterMassFraction);
-    qvt_sci_NamespaceSwitchTo(active);
 }

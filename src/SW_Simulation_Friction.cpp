@@ -17,9 +17,8 @@
 
 #include "SW_Simulation.h"
 
-#include "SW_Polyline_Shared.h"
+#include "AK_Object_Namespace.h"
 #include "SW_Simulation_Scenario.h"
-#include "qvt_sci.h"
 
 #include <algorithm>
 #include <cmath>
@@ -97,21 +96,13 @@ namespace {
 // Makes a namespace below the language's root active, which it creates if there is none yet, and goes back at the end.
 class FormulaSpace {
 public:
-    explicit FormulaSpace(Namespace*& space) : _before(qvt_sci_NamespaceGetCurrent())
+    explicit FormulaSpace(Namespace*& space) : _root(AK_RootNamespace())
     {
-        if (!space) {
-            Namespace* global = _before;
-            while (Namespace* parent = qvt_sci_NamespaceParent(global)) global = parent;
-            qvt_sci_NamespaceSwitchTo(global);
-            space = qvt_sci_NamespaceCreate();
-            AK_ASSERT_AS(space, "_formulaNameSpace");
-        }
+        if (!space) space = qvt_sci_NamespaceCreate();
+        AK_ASSERT_AS(space, "_formulaNameSpace");
         _space = space;
         qvt_sci_NamespaceSwitchTo(_space);
     }
-    ~FormulaSpace() { qvt_sci_NamespaceSwitchTo(_before); }
-    FormulaSpace(const FormulaSpace&) = delete;
-    FormulaSpace& operator=(const FormulaSpace&) = delete;
 
     /// A parse that fails inside a function leaves the namespace of that function active.
     bool Parse(std::FILE* file, const char* text) const
@@ -130,7 +121,7 @@ public:
     }
 
 private:
-    Namespace* _before;
+    AK_ActiveNamespace _root;   // puts back at the end what was active before
     Namespace* _space;
 };
 
