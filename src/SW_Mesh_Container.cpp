@@ -74,9 +74,7 @@ void SW_Meshes::ImportAreas(const AK_String& path)
         const char* command;
     } sideFiles[] = {{"rel", "ReleaseAreas", "LoadRelFile"}, {"res", "ResistanceAreas", "LoadResFile"}};
     for (const auto& side : sideFiles) {
-        AK_String file = path;
-        file.RemoveExtension();
-        file.AppendExtension(side.extension);
+        const AK_String file = path.WithExtension(side.extension);
         AK_Object* sibling = Parent() ? Parent()->Component(side.sibling) : nullptr;
         if (sibling && AK_System::FileExists(file)) sibling->Set(side.command, file);
     }

@@ -249,7 +249,7 @@ void SW_PolylineSet::Draw()
         else
             SetInverseColor(_color.v);
         aglBegin(GL_LINE_STRIP);
-        for (const AK_Vec& p : x) SW_DrawPoint(p);
+        for (const AK_Vec& p : x) AK_DrawVertex(p);
         aglEnd();
         if (_displayLabels && x.Size() > 0) SW_DrawText(x[0], _labelFont, _names[i]);
     }

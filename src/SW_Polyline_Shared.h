@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "AK_sogl.h"
+#include "AK_VisObj3d_Draw.h"
 #include "SW_Polyline_Points.h"
 
 #include <functional>
@@ -64,6 +64,5 @@ private:
 bool SW_AreCoordinates(const AK_List<AK_Vec>& points);
 /// Gives each point the height of the surface below it; points outside keep theirs.
 void SW_ProjectPoints(AK_List<AK_Vec>& points, const SW_Mesh& mesh);
-inline void SW_DrawPoint(const AK_Vec& p) { aglVertex3f(float(p.x), float(p.y), float(p.z)); }
 /// Writes a text at a point of the world, in front of everything.
 void SW_DrawText(const AK_Vec& p, const AK_String& font, const AK_String& text);

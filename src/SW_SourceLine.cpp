@@ -118,8 +118,8 @@ void SW_SourceLine::Draw()
 {
     for (const auto shape : {GL_LINE_STRIP, GL_POINTS}) {
         aglBegin(shape);
-        SW_DrawPoint(_ends[0]);
-        SW_DrawPoint(_ends[1]);
+        AK_DrawVertex(_ends[0]);
+        AK_DrawVertex(_ends[1]);
         aglEnd();
     }
 }

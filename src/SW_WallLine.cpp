@@ -248,12 +248,12 @@ void SW_WallLine::Draw()
     const AK_List<AK_Vec>& foot = _footLine._x;
     if (!HasHeights() || foot.Size() != NumVertices()) return;
     aglBegin(GL_LINE_STRIP);
-    for (int i = 0; i < NumVertices(); ++i) SW_DrawPoint(Crown(i));
+    for (int i = 0; i < NumVertices(); ++i) AK_DrawVertex(Crown(i));
     aglEnd();
     aglBegin(GL_LINES);
     for (int i = 0; i < NumVertices(); ++i) {
-        SW_DrawPoint(Crown(i));
-        SW_DrawPoint(foot[i]);
+        AK_DrawVertex(Crown(i));
+        AK_DrawVertex(foot[i]);
     }
     aglEnd();
 }
