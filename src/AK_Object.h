@@ -301,7 +301,8 @@ public:
     AK_Object* LoadedComponent(const AK_String& id);
 
     // ---- formula code (AK_Object_Script.cpp)
-    /// Loads a class's formula code, or the code itself when `source` begins with "//qvt_sci"; null if it has none.
+    static constexpr const char* codeMarker = "//qvt_sci";   // what begins like this is code, not the name of a file
+    /// Loads a class's formula code, or the code itself when `source` begins with the marker; null if it has none.
     Namespace* Load_QVT_SCI_code(const AK_String& source);
     void Execute_QVT_SCI_code(const AK_String& file);
     /// Offers an attribute to formula code; 1 if it handled the name.

@@ -25,8 +25,6 @@ static constexpr size_t textBufferSize = 131072;
 // A line of the language's messages in a report.
 static constexpr int maxMessageLine = 511;
 
-static const char* const codeMarker = "//qvt_sci";   // what begins like this is code, not the name of a file
-
 namespace {
 
 // Collects the messages of a parse; afterwards they go to standard output, where the terminal shows them.
