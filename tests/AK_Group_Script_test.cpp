@@ -162,37 +162,3 @@ TEST_F(AK_UserClassExample, ItsMacroReportsWhatItsReadmeSays)
               (Lines{"-5 degrees C, 0 kg water in a kg, 200 kg/m3", "0 degrees C, 0.1 kg water in a kg, 444.444 kg/m3",
                      "0 degrees C, 0.2 kg water in a kg, 500 kg/m3"}));
 }
-
-TEST_F(AK_UserClassExample, ComputesTheStateOfSnow)
-{
-    user->Set("AttributesName", "SnowState");
-    const struct {
-        const char* enthalpy;
-        const char* dryDensity;
-        const char *temperature, *water, *density, *visibility;
-    } cases[] = {
-        {"-20500", "100", "-10", "0", "100", "-"},
-        {"0", "300", "0", "0", "300", "-"},
-        {"166750", "400", "0", "0.5", "800", "w"},
-        {"166750", "900", "0", "0.5", "956.703", "w"},   // no air left: 1/(0.5/917 + 0.5/1000)
-        {"333500", "300", "0", "1", "1000", "w"},
-        {"375370", "300", "10", "1", "1000", "w"},
-    };
-    for (const auto& c : cases) {
-        user->Set("SetSpecificEnthalpy", c.enthalpy);
-        user->Set("SetDrySnowDensity", c.dryDensity);
-        EXPECT_EQ(Text(AK_Object::_execStatus), "");
-        EXPECT_EQ(Text(user->Get("SpecificEnthalpy")), c.enthalpy);
-        EXPECT_EQ(Text(user->Get("Temperature")), c.temperature) << c.enthalpy;
-        EXPECT_EQ(Text(user->Get("WaterMassFraction")), c.water) << c.enthalpy;
-        EXPECT_EQ(Text(user->Get("Density")), c.density) << c.enthalpy << " " << c.dryDensity;
-        EXPECT_EQ(Text(user->Get("WaterVis")), c.visibility) << c.enthalpy;
-    }
-    for (const char* bad : {"", "warm", "nan", "1e9", "-1e9"}) {
-        user->Set("SetSpecificEnthalpy", bad);
-        EXPECT_EQ(Text(AK_Object::_execStatus), "a number from -559958 to 752200 is expected") << bad;
-        EXPECT_EQ(Text(user->Get("SpecificEnthalpy")), "375370");
-    }
-    user->Set("AddHeat", "500000");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "a number from -559958 to 752200 is expected");
-}

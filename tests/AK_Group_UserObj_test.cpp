@@ -56,20 +56,6 @@ TEST_F(AK_UserObjTest, HasTheClassThatItsAttributesNameTells)
     EXPECT_NE(Text(object->Type()), Text(other->Type()));
 }
 
-TEST_F(AK_UserObjTest, ItsDefaultsRunWhenItGetsItsClassAndNotAgain)
-{
-    ClassFile("Snow.def", "set(\"\", \"$wet\", \"1\")\nset(\"\", \"Active\", \"0\")\n");
-    object->Set("AttributesName", "Snow");
-    EXPECT_EQ(Text(object->Get("$wet")), "1");
-    EXPECT_EQ(Text(object->Get("Active")), "0");
-    object->Set("$wet", "0");
-    object->Set("AttributesName", "Snow");   // as a macro does that restores the object
-    EXPECT_EQ(Text(object->Get("$wet")), "0");
-    object->Set("AttributesName", "");
-    object->Set("AttributesName", "Snow");
-    EXPECT_EQ(Text(object->Get("$wet")), "1");
-}
-
 TEST_F(AK_UserObjTest, ClassesWhoseDefaultsNameEachOtherDoNotGoOnForEver)
 {
     ClassFile("Snow.def", "set(\"\", \"AttributesName\", \"Rock\")\n");

@@ -1,7 +1,5 @@
 #include "AK_Group_TestSupport.h"
 
-#include <chrono>
-
 class AK_GroupTest : public GroupTest {
 protected:
     // Viewer: Things (a, b, c of type Thing), special (SpecialThing), group.
@@ -66,20 +64,6 @@ TEST_F(AK_GroupTest, AValueGoesToAllMembersAndAListGivesOneToEach)
     }
 }
 
-TEST_F(AK_GroupTest, AnswersAreJoinedUnlessAMemberLacksTheAttribute)
-{
-    EXPECT_EQ(Text(group->Get("NoSuch")), "");   // nobody to ask
-    EXPECT_EQ(Text(group->Get("Type")), "");
-    Append({"Things/a", "special"});
-    EXPECT_EQ(Listed(group->Get("Number")), (Lines{"0", "100"}));
-    EXPECT_EQ(Listed(group->Get("Type")), (Lines{"Thing", "SpecialThing"}));
-    EXPECT_EQ(Text(group->Get("NoSuch")), ak_null);
-    EXPECT_EQ(Text(group->Get("Extra")), ak_null);   // only one has it
-
-    things->Component("a")->SetVariableValue("$x", "1");   // every object answers for any variable
-    EXPECT_EQ(Listed(group->Get("$x")), (Lines{"1", ""}));
-}
-
 TEST_F(AK_GroupTest, ItsOwnNamesAreItsOwnAndAllOthersItsMembers)
 {
     Append(abc);
@@ -141,23 +125,6 @@ TEST_F(AK_GroupTest, GroupsThatHoldEachOtherComeToAnEnd)
     EXPECT_EQ(Text(group->AK_Object::Get("Active")), "0");
     EXPECT_EQ(Text(group->Get("NoSuch")), ak_null);
     EXPECT_GT(group->ExecTime("Number"), 0);
-}
-
-TEST_F(AK_GroupTest, ADozenGroupsThatAllHoldEachOtherAnswerInTime)
-{
-    std::vector<AK_Group*> groups;
-    for (int i = 0; i < 12; ++i) groups.push_back(AddTo<AK_Group>(root, ("g" + std::to_string(i)).c_str()));
-    for (AK_Group* g : groups) {
-        g->Set("SelectedObjectType", "Group");
-        g->AppendAllMatchingObjects();
-        g->AppendObject("Things/a");
-    }
-    const auto start = std::chrono::steady_clock::now();
-    groups[0]->Set("Count", "");
-    groups[0]->Get("Number");
-    groups[0]->ExecTime("NoSuch");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
-    EXPECT_GT(things->Component("a")->ExecTime("Count"), 0);
 }
 
 TEST_F(AK_GroupTest, AChainOfGroupsEndsBeforeTheStackDoes)
@@ -304,14 +271,4 @@ TEST_F(AK_GroupTest, IsSavedWithItsMembersPathsAndNothingOfTheirs)
     EXPECT_EQ(SharedClass(*copy), "Thing");
     for (const char* name : {"SelectedObjectType", "SelectedValue"})
         EXPECT_EQ(Text(copy->Get(name)), Text(group->Get(name)));
-}
-
-TEST_F(AK_GroupTest, IsWrittenEvenWhenAMemberHasJustBeenSaved)
-{
-    group->SaveAs(directory / "group");
-    auto* another = AddTo<AK_Group>(root, "another");
-    another->Set("AppendObject", "Things/b");
-    things->Component("b")->SaveAs(directory / "b");   // its stamp of saving is later than any of the group's
-    another->SaveAs(directory / "group");
-    EXPECT_NE(FileBytes(directory / "group/Group.atr").find("/b%AK_SEP%"), std::string::npos);
 }

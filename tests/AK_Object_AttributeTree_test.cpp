@@ -43,8 +43,6 @@ Lines Ids(const AK_List<const AK_Attribute*>& nodes)
     return ids;
 }
 
-std::string IdOf(const AK_Attribute* node) { return node ? Text(node->_id) : "none"; }
-
 }   // namespace
 
 class AK_AttributeTest : public ObjectTest {
@@ -114,31 +112,6 @@ TEST_F(AK_AttributeTest, ATextWithoutALineEndIsFatal)
 }
 
 // ----------------------------------------------------------------------------------------------------------- searches
-
-TEST_F(AK_AttributeTest, SearchesAreDepthFirstAndEndAtTheFirst)
-{
-    const TestSpecialThing special("s", nullptr);
-    const AK_Attribute* d = special.Attributes();
-    const struct {
-        const char* what;
-        const AK_Attribute* found;
-        const char* id;
-    } cases[] = {
-        {"name",                      d->Attribute("Number"),                "int.Number"            },
-        {"name of a root",            d->Attribute("Thing"),                 "obj.Thing"             },
-        {"no such name",              d->Attribute("Volume"),                "none"                  },
-        {"set",                       d->AttributeOfSetCmd("Fail"),          "apply.Fail"            },
-        {"set of the base class",     d->AttributeOfSetCmd("MacroFileName"), "filename.MacroFileName"},
-        {"not a get",                 d->AttributeOfSetCmd("KindOptions"),   "none"                  },
-        {"get, of an inner node too", d->SubAttribute("KindOptions"),        "options"               },
-        {"set, by SubAttribute",      d->SubAttribute("Count"),              "apply.Count"           },
-        {"child",                     d->Component("obj.Thing"),             "obj.Thing"             },
-        {"a grandchild is no child",  d->Component("int.Number"),            "none"                  },
-    };
-    for (const auto& c : cases) EXPECT_EQ(IdOf(c.found), c.id) << c.what;
-    EXPECT_EQ(Text(d->AttributeOfSetCmd("Number")->SetCmd()), "Number");
-    EXPECT_EQ(Text(d->SetCmd()), "");
-}
 
 TEST_F(AK_AttributeTest, ListsCollectWhatTheyAreNamedAfter)
 {

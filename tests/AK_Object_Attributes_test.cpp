@@ -54,17 +54,6 @@ TEST_F(AK_AttributesTest, ValuesAreReadAndWrittenInTheirFormats)
 
 // -------------------------------------------------------------------------------------------- whose a name is
 
-TEST_F(AK_AttributesTest, TheMostDerivedClassThatKnowsANameAnswers)
-{
-    TestSpecialThing special("s", nullptr);
-    EXPECT_EQ(special.Set("Number", "5"), 1) << "its Set is that of the base class";
-    EXPECT_EQ(special.Get("Number"), "105");
-    EXPECT_EQ(special.Set("Extra", "e"), 1);
-    EXPECT_EQ(special.Get("Extra"), "e");
-    EXPECT_EQ(special.Get("Type"), "SpecialThing");
-    EXPECT_EQ(special.Get("IdVis"), "r");
-}
-
 TEST_F(AK_AttributesTest, WhatNobodyKnowsLeavesTheStatusAlone)
 {
     AK_Object::_execStatus = "old";
@@ -76,17 +65,6 @@ TEST_F(AK_AttributesTest, WhatNobodyKnowsLeavesTheStatusAlone)
         EXPECT_EQ(root.Set(name, "1"), 0) << name;
     EXPECT_EQ(Text(AK_Object::_execStatus), "old");
     EXPECT_EQ(Messages(), Lines{});
-}
-
-TEST_F(AK_AttributesTest, ARecognisedNameEmptiesTheStatusFirst)
-{
-    AK_Object::_execStatus = "old";
-    root.Get("Number");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "");
-    EXPECT_EQ(root.Set("Fail", "because"), 1) << "known, whatever came of it";
-    EXPECT_EQ(Text(AK_Object::_execStatus), "failed: because");
-    root.Set("Number", "1");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "");
 }
 
 TEST_F(AK_AttributesTest, PathsInNamesReachOtherObjects)

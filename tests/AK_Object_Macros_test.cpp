@@ -107,12 +107,6 @@ TEST_F(AK_MacrosTest, AMacroStopsAtAnErrorAndGoesOnBehindANote)
           "error when executing 'set(\"a\", \"ExecMacro\", \"DIR/inner\")':failed: in",
           "error 'failed: in' when executing macro command 'set(\"a\", \"ExecMacro\", \"DIR/inner\")'!"},
          "failed: in", 0},
-        {"one that cannot be opened",
-         "set(\"\", \"ExecMacro\", \"DIR/nosuch\")\nset(\"\", \"Count\", \"\")\n",
-         {"error when executing 'set(\"\", \"ExecMacro\", \"DIR/nosuch\")':cannot open macro file 'DIR/nosuch'",
-          "error 'cannot open macro file 'DIR/nosuch'' when executing macro command "
-          "'set(\"\", \"ExecMacro\", \"DIR/nosuch\")'!"},
-         "cannot open macro file 'DIR/nosuch'", 0},
         {"a macro that runs itself",
          "set(\"\", \"Count\", \"\")\nset(\"\", \"ExecMacro\", \"DIR/test.macro\")\nset(\"\", \"Count\", \"\")\n",
          {"error when executing 'set(\"\", \"ExecMacro\", \"DIR/test.macro\")':recursive macro call ignored",
@@ -124,20 +118,9 @@ TEST_F(AK_MacrosTest, AMacroStopsAtAnErrorAndGoesOnBehindANote)
          {"error when executing 'set(\"a\", \"DIR/test.macro\", \"\")':recursive macro call ignored",
           "error 'recursive macro call ignored' when executing macro command 'set(\"a\", \"DIR/test.macro\", \"\")'!"},
          "recursive macro call ignored", 0},
-        {"an error that the next command would empty still ends it",
-         "set(\"\", \"ParameterSet\", \"bad\")\nset(\"\", \"Count\", \"\")\n",
-         {"WARNING: parameter set bad: error when setting 'Fail' to value 'p':failed: p",
-          "error when executing 'set(\"\", \"ParameterSet\", \"bad\")':failed: p",
-          "error 'failed: p' when executing macro command 'set(\"\", \"ParameterSet\", \"bad\")'!"},
-         "failed: p", 0},
     };
     // clang-format on
     File("inner", "set(\"\", \"Fail\", \"in\")\n");
-    AK_ParameterSet bad;
-    bad._name = "bad";
-    bad._attributes.Append("Fail");
-    bad._values.Append("p");
-    AK_Object::_parsets.Append(bad);
     for (const auto& c : cases) {
         EXPECT_EQ(Play(c.text), c.messages) << c.why;
         EXPECT_EQ(Status(), c.status) << c.why;
@@ -197,18 +180,13 @@ TEST_F(AK_MacrosTest, BlocksBecomeTheCommentOfTheNextCommand)
     } cases[] = {
         {"none", "default", "text\n", ""},
         {"a block", "default", "/*\none\n two\n*/\n", "/*\none\n two\n\n*/"},
-        {"an empty one", "default", "/*\n*/\n", "/*\n\n*/"},
-        {"what stands behind the marks is dropped", "default", "/* begin\none\n*/ end\n", "/*\none\n\n*/"},
         {"the later of two", "default", "/*\none\n*/\n/*\ntwo\n*/\n", "/*\ntwo\n\n*/"},
         {"one within another starts over", "default", "/*\none\n/*\ntwo\n*/\nrest\n*/\n", "/*\ntwo\n\n*/"},
         {"an open one", "default", "/*\none\n", "/*\none\n"},
-        {"the end of none", "default", "*/\none\n", ""},
         {"text and this language", "default", "/*\none\n%lang default\ntwo\n*/\n", "/*\ntwo\n\n*/"},
         {"text and another language", "default", "/*\none\n%lang german\nzwei\n*/\n", "/*\none\n"},
         {"both, this one first", "default", "/*\n%lang default\none\n%lang german\nzwei\n*/\n", "/*\none\n"},
         {"both, this one last", "german", "/*\n%lang default\none\n%lang german\nzwei\n*/\n", "/*\n"},
-        {"several names in a line", "german", "/*\n%lang default german\nbeide\n*/\n", "/*\nbeide\n\n*/"},
-        {"without a blank", "german", "/*\n%language=german\nja\n*/\n", "/*\nja\n\n*/"},
         {"a figure", "default", "/*\none\n//fig 3\ntwo\n*/\n", "/*\none\ntwo\n\n*/"},
     };
     // clang-format on
@@ -247,34 +225,6 @@ TEST_F(AK_MacrosTest, ATutorialTellsItsCommentsWithTheCommands)
     EXPECT_EQ(Play(tutorial).at(0),
               "CMD-INFO:/*\nWir zaehlen.\n\n*/\n\n\nWaehlen Sie das Objekt 'Viewer' (->Thing.)\nund wenden Sie "
               "->Thing.Count an. \n(Der entsprechende Makrobefehl ist 'set(\"\", \"Count\", \"\")'.)");
-}
-
-// ---------------------------------------------------------------------------------------------- which file, which kind
-
-TEST_F(AK_MacrosTest, AMacroIsLookedUpByItsName)
-{
-    ClassFile("shared", "set(\"\", \"Count\", \"\")\n");
-    ClassFile("a.macro", "set(\"\", \"Text\", \"of the program\")\n");
-    WriteFile(directory / "user/a.macro", "set(\"\", \"Text\", \"of the user\")\n");
-    AK_System::CreateDir(directory / "with.point");
-    File("with.point/cint", "set(\"\", \"Count\", \"\")\n");
-    File("x.", "set(\"\", \"Count\", \"\")\n");
-
-    root.ExecMacro("shared", 0);
-    EXPECT_EQ(root._count, 1) << "in the directory of the program";
-    a->ExecMacro("", 0);
-    EXPECT_EQ(a->Get("Text"), "of the user") << "its own macro, the user's first";
-    root.ExecMacro(directory / "with.point/cint", 0);
-    root.ExecMacro(directory / "x.", 0);
-    EXPECT_EQ(root._count, 3) << "a point in a directory and one at the end make no extension";
-
-    root.ExecMacro("nosuch", 0);
-    EXPECT_EQ(Status(), "cannot open macro file 'DIR/attributes/nosuch'");
-    root.ExecMacro(directory / "nosuch", 0);
-    EXPECT_EQ(Status(), "cannot open macro file 'DIR/nosuch'");
-    AK_Object::_execStatus = "";
-    root.ExecMacro(directory.Path(), 0);
-    EXPECT_EQ(Status(), "") << "a directory is a file without lines";
 }
 
 TEST_F(AK_MacrosTest, AMacroFoundByItsShortNameCannotRunItselfForEver)

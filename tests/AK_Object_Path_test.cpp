@@ -64,17 +64,6 @@ TEST_F(AK_PathTest, IdsAreMadeLegalAndUnique)
     }
 }
 
-TEST_F(AK_PathTest, ARenamedObjectMayKeepItsIdAndTakesAFreeOne)
-{
-    x->Id("x");
-    EXPECT_EQ(Text(x->Id()), "x");
-    Run(root, R"(set("Project/Simulations/x", "Id", "a new one"))");
-    EXPECT_EQ(Text(x->IdAbs()), "Viewer/Project/Simulations/a_new_one");
-    x->Id("");
-    EXPECT_EQ(Text(x->Id()), "Thing_6") << "its type and the number of objects made so far";
-    EXPECT_EQ(x->Get("MacroFileName"), "x.macro") << "the name from its construction";
-}
-
 TEST_F(AK_PathTest, RenamingMovesTheDirectory)
 {
     root.ProjectDir(directory / "p");
@@ -137,19 +126,6 @@ TEST_F(AK_PathTest, PathsLeadFromAnObjectToAnother)
         {alp,   "../root",                &root        },
     };
     for (const auto& c : cases) EXPECT_EQ(c.from->ObjectById(c.path), c.to) << c.from->Id() << " -> " << c.path;
-}
-
-TEST_F(AK_PathTest, APathToEachObjectLeadsThereFromEachOther)
-{
-    const std::vector<AK_Object*> all = {&root, project, alp->Parent(), alp, x->Parent(), x};
-    for (AK_Object* from : all) {
-        for (AK_Object* to : all) EXPECT_EQ(from->ObjectById(to->IdAbs(from)), to) << from->Id() << " -> " << to->Id();
-    }
-    EXPECT_EQ(Text(x->IdAbs(alp)), "../../Simulations/x");
-    EXPECT_EQ(Text(project->IdAbs(alp)), "../../");
-    EXPECT_EQ(Text(alp->IdAbs(project)), "DHMs/alp");
-    EXPECT_EQ(Text(alp->IdAbs(alp)), "");
-    EXPECT_EQ(Text(alp->IdAbs()), "Viewer/Project/DHMs/alp");
 }
 
 TEST_F(AK_PathTest, OnlyAddressesOfLiveObjectsAreFollowed)

@@ -473,27 +473,3 @@ TEST_F(AK_ObjectPersistenceTest, ADamagedAttributeFileDoesNoMoreThanItsLinesSay)
     ExpectStatus(*thing, "Load", directory / "x", "");
     EXPECT_EQ(Text(thing->Get("Text")), "quoted \"text\", with a comma) and a $variable.");
 }
-
-// ----------------------------------------------------------------------------------------------------------------
-// Attributes of a subtree
-// ----------------------------------------------------------------------------------------------------------------
-
-TEST_F(AK_ObjectPersistenceTest, TheAttributesOfASubtreeFitIntoOneMacro)
-{
-    RecordThing root("Viewer", nullptr);
-    RecordThing* top = Add(root, "top", 1);
-    Add(*Add(*top, "a", 2), "b", 3);
-    top->Set("SaveAttributesRecursively", directory / "all.macro");
-    const std::string macro = FileBytes(directory / "all.macro");
-    const size_t own = macro.find("set(\"\", \"Number\", \"1\")"), a = macro.find("set(\"a\", \"Number\", \"2\")"),
-                 b = macro.find("set(\"a/b\", \"Number\", \"3\")");
-    EXPECT_TRUE(own < a && a < b && b < macro.size()) << macro;
-
-    RecordThing* copy = Add(root, "copy", 9);
-    Add(*Add(*copy, "a", 9), "b", 9);
-    ExpectStatus(*copy, "ExecMacro", directory / "all.macro", "");
-    EXPECT_EQ(Text(copy->Get("a/b:Number")), "3");
-    copy->Set("MacroFileName", directory / "copy.macro");
-    copy->Set("SaveAttributes", "");   // no name: the object's macro
-    EXPECT_TRUE(AK_System::FileExists(directory / "copy.macro"));
-}
