@@ -12,9 +12,6 @@
 static constexpr const char* meshPrefix = "from_ReleaseDHM_";
 static constexpr const char* meshContainer = "root/Project/ReleaseDHMs";
 
-// Room for the parameters as a formula file writes them.
-static constexpr int parameterBufferSize = 131072;
-
 AK_String SW_InitialCondition::RelDepFuncNameOpts() const
 {
     AK_String list = AK_String("const") + ak_sep;
@@ -124,13 +121,8 @@ void SW_InitialCondition::LoadFormula(const AK_String& name)
 AK_String SW_InitialCondition::RelDepFuncPar() const
 {
     if (!_getpar) return _relDepFuncPar;
-    AK_List<char> text(1);
-    text.SetSize(parameterBufferSize);
-    text[0] = text[parameterBufferSize - 1] = 0;
-    qvt_sci_BindArgLength(_getpar, 0, parameterBufferSize - 1);
     const CodeOf running(this);
-    qvt_sci_Call(_getpar, text.Data());
-    return text.Data();
+    return CallWithText(_getpar, "");
 }
 
 void SW_InitialCondition::SetRelDepFuncPar(const AK_String& parameters)
@@ -138,11 +130,9 @@ void SW_InitialCondition::SetRelDepFuncPar(const AK_String& parameters)
     _relDepFuncPar = parameters;
     if (!_setpar) return;
     const Call living(this);
-    AK_String text = parameters;   // which the code may write into
-    qvt_sci_BindArgLength(_setpar, 0, text.Length() + 1);
     {
         const CodeOf running(this);
-        qvt_sci_Call(_setpar, &text[0]);
+        CallWithText(_setpar, parameters);
     }
     UpdateMass("");
 }

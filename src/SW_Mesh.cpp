@@ -70,11 +70,7 @@ void SW_Mesh::SetVertexMesh(int n)
     _x.Fill(n, AK_Vec());
 }
 
-void SW_Mesh::RemoveVertex(int i)
-{
-    _x[i] = _x[_x.Size() - 1];
-    _x.SetSize(_x.Size() - 1);
-}
+void SW_Mesh::RemoveVertex(int i) { _x.RemoveUnordered(i); }
 
 void SW_Mesh::SetCartesianCells(const SW_Grid& grid)
 {

@@ -183,14 +183,6 @@ int SW_Particles::SplitParticle(int i, int n)
     return added;
 }
 
-// Fills the gap at i with the last entry.
-template <class T>
-static void MoveLastInto(AK_List<T>& list, int i)
-{
-    list[i] = list[list.Size() - 1];
-    list.SetSize(list.Size() - 1);
-}
-
 double SW_Particles::RemoveUnlocatedParticles(double massThreshold)
 {
     int removed = 0;
@@ -200,8 +192,8 @@ double SW_Particles::RemoveUnlocatedParticles(double massThreshold)
         const double mass = double(_mass->_values[i]);   // kg
         if (cell[i] >= 0 && mass > massThreshold) continue;
         if (cell[i] < 0) massOffMesh += mass;
-        MoveLastInto(cell, i);
-        if (!tag.IsEmpty()) MoveLastInto(tag, i);
+        cell.RemoveUnordered(i);
+        if (!tag.IsEmpty()) tag.RemoveUnordered(i);
         _mass->RemoveValue(i);
         _velocity->RemoveValue(i);
         _totalEnthalpy->RemoveValue(i);

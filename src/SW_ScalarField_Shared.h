@@ -67,11 +67,7 @@ public:
     }
 
     /// Takes the last value for value i: as its location does that is removed.
-    void RemoveValue(int i)
-    {
-        _values[i] = _values[_values.Size() - 1];
-        _values.SetSize(_values.Size() - 1);
-    }
+    void RemoveValue(int i) { _values.RemoveUnordered(i); }
 
     /// The record: tag, number of values, the values. The mesh is not part of it. 0 on success, else 1 with a status.
     int SaveDataTo(AK_Stream& stream) const
