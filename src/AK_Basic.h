@@ -133,6 +133,8 @@ public:
     void RemoveExtension();                             // cuts at the last ".", wherever it stands
     AK_String Extension() const;                        // behind the last "." of the last path segment, or ""
     AK_String BaseName() const;                         // the last path segment without its extension
+    /// The path with its extension replaced, or with the extension if it has none.
+    AK_String WithExtension(const AK_String& extension) const;
     void RemoveDotsep(char sep);                        // each "./" at the start or behind a separator
     /// Makes the path absolute and plain: "/" for "\", no doubled "/", no "./", no "..", no "/" at the end. A relative
     /// path starts at the working directory; if there is none it stays relative. The root stays "/".

@@ -116,6 +116,14 @@ public:
         --_size;
     }
 
+    /// Takes out one element by moving the last one into its place: quick, but the order is lost.
+    void RemoveUnordered(int index)
+    {
+        AK_ASSERT(index >= 0 && index < _size);
+        if (index != _size - 1) _data[index] = _data[_size - 1];
+        --_size;
+    }
+
     /// Makes the list empty; the capacity stays.
     void Clear() { _size = 0; }
 

@@ -19,6 +19,14 @@ void AK_String::AppendExtension(const AK_String& extension)
     Swap(path);
 }
 
+AK_String AK_String::WithExtension(const AK_String& extension) const
+{
+    AK_String result = *this;
+    if (!Extension().IsEmpty()) result.RemoveExtension();
+    result.AppendExtension(extension);
+    return result;
+}
+
 AK_String AK_String::BaseName() const
 {
     const char* separator = std::strrchr(_s, '/');

@@ -6,6 +6,8 @@
 
 #include <cmath>
 
+inline constexpr double ak_pi = 3.14159265358979323846;
+
 /// Three coordinates or components, 64 bits each.
 struct AK_Vec {
     double x = 0, y = 0, z = 0;

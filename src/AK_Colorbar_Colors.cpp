@@ -136,7 +136,7 @@ AK_String AK_Colorbar::ColorTableOptions()
     for (const AK_String* directory : {&_attributesDirectory, &_userAttributesDirectory}) {
         for (AK_String name : AK_System::FilesList(*directory, "rgb")) {
             name.RemoveExtension();
-            if (std::find(listed.begin(), listed.end(), name) != listed.end()) continue;   // the user has his own
+            if (listed.IndexOf(name) >= 0) continue;   // the user has his own
             listed.Append(name);
             options = options + name + ak_sep;
         }

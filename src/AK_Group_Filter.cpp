@@ -6,7 +6,7 @@
 
 #include "AK_Group.h"
 
-#include "qvt_sci.h"
+#include "AK_Object_Namespace.h"
 
 #include <cstring>
 
@@ -16,19 +16,16 @@ static constexpr int pathBufferSize = 131072;
 /// A filter that is compiled as long as this lives.
 class AK_Group::CompiledFilter {
 public:
-    explicit CompiledFilter(const AK_String& text) : _before(qvt_sci_NamespaceGetCurrent()), _isEmpty(text.IsEmpty())
+    explicit CompiledFilter(const AK_String& text) : _isEmpty(text.IsEmpty())
     {
         if (_isEmpty) return;
-        Namespace* root = _before;
-        while (Namespace* parent = qvt_sci_NamespaceParent(root)) root = parent;
-        qvt_sci_NamespaceSwitchTo(root);
+        const AK_ActiveNamespace root(AK_RootNamespace());
         _space = qvt_sci_NamespaceOpen();
         const AK_String code = AK_String("int pass(char id[]){") + text + "}";
         const int errors = qvt_sci_ParseAny(nullptr, code.c_str());
         qvt_sci_NamespaceSwitchTo(_space);   // an error inside the function leaves the function's namespace active
         Symbol* function = errors ? nullptr : qvt_sci_FuncPtr("pass");
         if (qvt_sci_Takes(function, "char[]")) _pass = function;
-        qvt_sci_NamespaceSwitchTo(_before);
         _path.SetSize(pathBufferSize);
     }
     ~CompiledFilter() { qvt_sci_NamespaceDestroy(_space); }
@@ -53,7 +50,6 @@ public:
     }
 
 private:
-    Namespace* _before;
     Namespace* _space = nullptr;
     Symbol* _pass = nullptr;
     AK_List<char> _path{1};   // what the formula gets, which may write into it

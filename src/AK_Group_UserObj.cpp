@@ -13,8 +13,6 @@
 
 #include <cstring>
 
-static constexpr const char* codeMarker = "//qvt_sci";
-
 // A command that carries a whole class with it is longer than any command of a macro; what is longer yet is no class.
 static constexpr int maxClassText = 16 << 20;
 

@@ -302,6 +302,12 @@ int AK_Object::SaveData(AK_Stream&) const { return 0; }
 
 int AK_Object::LoadData(AK_Stream&) { return 0; }
 
+int AK_Object::IoError(const char* where) const
+{
+    _execStatus = IdAbs() + ": IO error at " + where;
+    return 1;
+}
+
 AK_Object* AK_Object::CreateComponent(const AK_String&, const AK_String&) { return nullptr; }
 
 void AK_Object::UnloadAllContainers(const AK_String& ignored)

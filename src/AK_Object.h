@@ -164,6 +164,8 @@ public:
     /// The class's binary record: 0 for success, 1 for failure with the place in `_execStatus`.
     virtual int SaveData(AK_Stream& stream) const;
     virtual int LoadData(AK_Stream& stream);
+    /// Tells in the status that a record could not be read or written, and where the code found it; always 1.
+    int IoError(const char* where) const;
     /// Called when the whole subtree of a load stands.
     virtual void LoadFinalize() {}
     /// Makes a component by type name, which the caller adds; null for an unknown type.
@@ -299,7 +301,8 @@ public:
     AK_Object* LoadedComponent(const AK_String& id);
 
     // ---- formula code (AK_Object_Script.cpp)
-    /// Loads a class's formula code, or the code itself when `source` begins with "//qvt_sci"; null if it has none.
+    static constexpr const char* codeMarker = "//qvt_sci";   // what begins like this is code, not the name of a file
+    /// Loads a class's formula code, or the code itself when `source` begins with the marker; null if it has none.
     Namespace* Load_QVT_SCI_code(const AK_String& source);
     void Execute_QVT_SCI_code(const AK_String& file);
     /// Offers an attribute to formula code; 1 if it handled the name.
@@ -418,3 +421,9 @@ protected:
     AK_String _projectDir;            // "" when the object has none
     mutable int _parameterSet = -1;   // index into _parsets
 };
+
+/// The text in the language of the program.
+inline const char* InLanguage(const char* english, const char* german)
+{
+    return AK_Object::_lang == 1 ? german : english;
+}

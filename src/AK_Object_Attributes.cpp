@@ -5,7 +5,6 @@
 
 #include "AK_Object.h"
 #include "AK_Object_Class.h"
-#include "AK_Object_Internal.h"
 
 #include <cerrno>
 #include <climits>
@@ -400,16 +399,9 @@ AK_String AK_Object::DocText(const AK_Attribute* attribute)
 // Stamps
 // ----------------------------------------------------------------------------------------------------------------
 
-static int IndexIn(const AK_List<AK_String>& names, const AK_String& name)
-{
-    for (int i = 0; i < names.Size(); ++i)
-        if (names[i] == name) return i;
-    return -1;
-}
-
 void AK_Object::SetExecTime(const AK_String& attr)
 {
-    int i = IndexIn(_execTimeIds, attr);
+    int i = _execTimeIds.IndexOf(attr);
     if (i < 0) {
         i = _execTimeIds.Append(attr);
         _execTimes.Append(0);
@@ -420,7 +412,7 @@ void AK_Object::SetExecTime(const AK_String& attr)
 
 long AK_Object::ExecTime(const AK_String& attr) const
 {
-    const int i = IndexIn(_execTimeIds, attr);
+    const int i = _execTimeIds.IndexOf(attr);
     if (i >= 0) return _execTimes[i];
     AK_String path, remote;
     if (!ParseRemoteCommand(attr, path, remote)) return 0;
@@ -466,7 +458,7 @@ bool AK_Object::IsVariableName(const AK_String& name)
 
 AK_String AK_Object::VariableValue(const AK_String& name) const
 {
-    const int i = IndexIn(_variableNames, name);
+    const int i = _variableNames.IndexOf(name);
     if (i >= 0) return _variableValues[i];
     _variableNames.Append(name);
     _variableValues.Append("");
@@ -476,7 +468,7 @@ AK_String AK_Object::VariableValue(const AK_String& name) const
 void AK_Object::SetVariableValue(const AK_String& name, const AK_String& value)
 {
     if (name.IsEmpty()) return;
-    const int i = IndexIn(_variableNames, name);
+    const int i = _variableNames.IndexOf(name);
     if (i >= 0) {
         _variableValues[i] = value;
         return;

@@ -10,7 +10,7 @@ namespace {
 struct Sentence {
     const char* english;
     const char* german;
-    const char* Text() const { return AK_Object::_lang == 1 ? german : english; }
+    const char* Text() const { return InLanguage(english, german); }
 };
 
 }   // namespace

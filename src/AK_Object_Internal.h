@@ -10,9 +10,3 @@ void DefineObjectFunctions();
 
 /// The declarations with their comments: what formula code can use of the object tree, for its users.
 AK_String ObjectFunctionsText();
-
-/// The text in the language of the program.
-inline const char* InLanguage(const char* english, const char* german)
-{
-    return AK_Object::_lang == 1 ? german : english;
-}

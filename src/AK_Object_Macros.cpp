@@ -29,12 +29,6 @@ int AK_Object::Signal()
     return result;
 }
 
-static AK_String Extension(const AK_String& name)
-{
-    const char* point = std::strrchr(name.c_str(), '.');
-    return !point || std::strchr(point, '/') ? AK_String() : AK_String(point + 1);
-}
-
 // The file itself, or that of the attribute directories when it does not exist and its name is relative.
 static AK_String Resolved(const AK_String& name)
 {
@@ -72,7 +66,7 @@ void AK_Object::ExecMacro(const AK_String& file, int noExplain)
 {
     const Call running(this);
     const AK_String name = file.IsEmpty() ? _macroFileName : file;
-    const AK_String extension = Extension(name);
+    const AK_String extension = name.Extension();
     if (extension == "cint") {
         const AK_String resolved = Resolved(name);
         if (AK_System::FileExists(resolved))
@@ -158,10 +152,7 @@ static bool CanBeRead(const AK_String& name) { return AK_System::IsDirectory(nam
 static bool IsRunning(const AK_String& name)
 {
     const AK_List<AK_String>& running = AK_Object::_macroFileNameStack;
-    if (running.Size() >= maxRunningMacros) return true;
-    for (const AK_String& other : running)
-        if (other == name) return true;
-    return false;
+    return running.Size() >= maxRunningMacros || running.IndexOf(name) >= 0;
 }
 
 // Runs the file once; false when something ended the macro.

@@ -8,7 +8,6 @@
 // puts a picture there.
 
 #include "AK_Object.h"
-#include "AK_Object_Internal.h"
 
 #include <cctype>
 #include <cstdio>

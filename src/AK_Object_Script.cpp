@@ -11,6 +11,7 @@
 
 #include "AK_Object.h"
 #include "AK_Object_Internal.h"
+#include "AK_Object_Namespace.h"
 
 #include "qvt_sci.h"
 
@@ -24,24 +25,7 @@ static constexpr size_t textBufferSize = 131072;
 // A line of the language's messages in a report.
 static constexpr int maxMessageLine = 511;
 
-static const char* const codeMarker = "//qvt_sci";   // what begins like this is code, not the name of a file
-
 namespace {
-
-// Makes a namespace active and puts the one before it back at the end.
-class ActiveNamespace {
-public:
-    explicit ActiveNamespace(Namespace* space) : _before(qvt_sci_NamespaceGetCurrent())
-    {
-        qvt_sci_NamespaceSwitchTo(space);
-    }
-    ~ActiveNamespace() { qvt_sci_NamespaceSwitchTo(_before); }
-    ActiveNamespace(const ActiveNamespace&) = delete;
-    ActiveNamespace& operator=(const ActiveNamespace&) = delete;
-
-private:
-    Namespace* _before;
-};
 
 // Collects the messages of a parse; afterwards they go to standard output, where the terminal shows them.
 class CapturedMessages {
@@ -99,7 +83,7 @@ static int ParseCode(std::FILE* file, const AK_String& source)
 Symbol* AK_Object::FormulaFunction(Namespace* space, const AK_String& name, const char* formals)
 {
     if (!space) return nullptr;
-    const ActiveNamespace active(space);
+    const AK_ActiveNamespace active(space);
     Symbol* function = qvt_sci_FuncPtr(name.c_str());
     return qvt_sci_Takes(function, formals) ? function : nullptr;
 }
@@ -125,7 +109,7 @@ void AK_Object::RunLoadedCode(const char* function)
 
 Namespace* AK_Object::Load_QVT_SCI_code(const AK_String& source)
 {
-    const ActiveNamespace global(GlobalNamespace());
+    const AK_ActiveNamespace global(GlobalNamespace());
     std::FILE* file = nullptr;
     AK_String name = source;
     if (!source.StartsWith(codeMarker)) {
@@ -139,7 +123,7 @@ Namespace* AK_Object::Load_QVT_SCI_code(const AK_String& source)
     }
     Namespace* space = qvt_sci_NamespaceCreate();
     if (space) {
-        const ActiveNamespace active(space);
+        const AK_ActiveNamespace active(space);
         if (ParseCode(file, name) == 0) RunLoadedCode("Init");
     } else
         AK_MSG("cannot create QVT_SCI namespace!");
@@ -155,10 +139,10 @@ void AK_Object::Execute_QVT_SCI_code(const AK_String& name)
         AK_MSG("cannot open QVT_SCI file " << name);
         return;
     }
-    const ActiveNamespace global(GlobalNamespace());
+    const AK_ActiveNamespace global(GlobalNamespace());
     Namespace* space = qvt_sci_NamespaceCreate();
     if (space) {
-        const ActiveNamespace active(space);
+        const AK_ActiveNamespace active(space);
         if (ParseCode(file, name) == 0)
             RunLoadedCode("main");
         else

@@ -47,7 +47,7 @@ float AK_Text2d::LineWidth(const AK_BitmapFont* font, const AK_String& line)
 void AK_Text2d::DrawLine(const AK_BitmapFont* font, const AK_String& line, float x, float y)
 {
     aglRasterPos2f(x, y);
-    for (const char* c = line.c_str(); *c; ++c) aglutBitmapCharacter(font, static_cast<unsigned char>(*c));
+    AK_DrawBitmapText(font, line.c_str());
 }
 
 void AK_Text2d::Draw()

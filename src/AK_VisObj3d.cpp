@@ -1,7 +1,7 @@
 #include "AK_VisObj3d.h"
 
 #include "AK_VisObj3d_Clones.h"
-#include "AK_sogl.h"
+#include "AK_VisObj3d_Draw.h"
 
 #include <algorithm>
 #include <cfloat>
@@ -179,10 +179,7 @@ void AK_VisObj3d::DrawRotationAxis() const
         }
     }
     aglBegin(GL_LINES);
-    for (const double along : {from, to}) {
-        const AK_Vec end = axis.point + axis.direction * along;
-        aglVertex3f(float(end.x), float(end.y), float(end.z));
-    }
+    for (const double along : {from, to}) AK_DrawVertex(axis.point + axis.direction * along);
     aglEnd();
 }
 

@@ -132,7 +132,7 @@ void AK_VisibleObject::LoadTexture()
 {
     int width, height;
     if (!LoadPicture(&width, &height)) return;
-    if (LoadTexPar(AK_WithExtension(_textureFileName, "texpar"))) return;
+    if (LoadTexPar(_textureFileName.WithExtension("texpar"))) return;
     LoadWorldFile(AK_WorldFile::Name(_textureFileName), width, height);
 }
 
@@ -184,7 +184,7 @@ void AK_VisibleObject::SaveTexPar(const AK_String& name)
         _execStatus = "there is no picture whose parameters could be saved";
         return;
     }
-    const AK_String path = AK_WithExtension(picture, "texpar");
+    const AK_String path = picture.WithExtension("texpar");
     FILE* file = std::fopen(path.c_str(), "w");
     if (!file) {
         _execStatus = AK_String("cannot open ") + path;

@@ -5,14 +5,6 @@
 
 static constexpr int maxFileLength = 4096;   // bytes that are looked at; six numbers of 25 characters need 156
 
-AK_String AK_WithExtension(const AK_String& name, const char* extension)
-{
-    AK_String result = name;
-    if (!name.Extension().IsEmpty()) result.RemoveExtension();
-    result.AppendExtension(extension);
-    return result;
-}
-
 bool AK_ReadNumbersOfFile(const AK_String& name, double* numbers, int n)
 {
     AK_TextReader reader(name);
@@ -35,8 +27,8 @@ AK_String AK_WorldFile::Name(const AK_String& picture)
     static constexpr const char* extensions[][2] = {{"jpg", "jgw"}, {"JPG", "JGW"}, {"ppm", "pmw"}};
     const AK_String extension = picture.Extension();
     for (const auto& [ofPicture, ofWorldFile] : extensions)
-        if (extension == ofPicture) return AK_WithExtension(picture, ofWorldFile);
-    return AK_WithExtension(picture, "xxw");
+        if (extension == ofPicture) return picture.WithExtension(ofWorldFile);
+    return picture.WithExtension("xxw");
 }
 
 bool AK_WorldFile::Read(const AK_String& name)

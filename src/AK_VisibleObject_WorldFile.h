@@ -22,9 +22,6 @@ struct AK_WorldFile {
     bool Write(const AK_String& name) const;
 };
 
-/// The name with its extension replaced, or with the extension if it has none.
-AK_String AK_WithExtension(const AK_String& name, const char* extension);
-
 /// Reads the first n numbers of a small text file, which are separated by whitespace. True if there are n and all are
 /// finite.
 bool AK_ReadNumbersOfFile(const AK_String& name, double* numbers, int n);

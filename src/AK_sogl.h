@@ -184,6 +184,7 @@ const char* AK_BitmapFontName(int i);
 /// Draws one glyph at the raster position and moves it on. The pixel store state is saved before and restored after.
 /// A character that the font does not have, or a null font, draws nothing.
 void aglutBitmapCharacter(const AK_BitmapFont* font, int character);
+void AK_DrawBitmapText(const AK_BitmapFont* font, const char* text);   // its characters one after the other
 
 /// Advance of a character, and the sum over a text, in pixels, each truncated. 0 for a character that the font does
 /// not have.

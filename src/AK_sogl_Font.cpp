@@ -62,6 +62,11 @@ void aglutBitmapCharacter(const AK_BitmapFont* font, int character)
     for (int i = 0; i < count; ++i) aglPixelStorei(pixelStoreNames[i], saved[i]);
 }
 
+void AK_DrawBitmapText(const AK_BitmapFont* font, const char* text)
+{
+    for (; *text; ++text) aglutBitmapCharacter(font, static_cast<unsigned char>(*text));
+}
+
 int aglutBitmapWidth(const AK_BitmapFont* font, int character)
 {
     const AK_BitmapGlyph* glyph = FindGlyph(font, character);

@@ -3,12 +3,11 @@
 #include "SW_InitialCondition.h"
 
 #include "SW_Mesh.h"
+#include "SW_Particles.h"
 #include "SW_Polyline_Text.h"
 
 #include <algorithm>
 #include <cstring>
-
-static constexpr double heatCapacityOfIce = 2050;   // J/(kg K)
 
 std::span<const AK_Row> SW_InitialCondition::Rows()
 {
@@ -127,7 +126,7 @@ void SW_InitialCondition::TakeKeys(const SW_KeysOfLine& keys)
     if (keys.Number("ah", value)) _depth = std::max(value * _cosMeanIncl, 0.0);
     if (keys.Number("d0", value)) _depth = std::max(value, 0.0);
     if (keys.Number("rho", value)) _density = std::max(value, 0.0);
-    if (keys.Number("temp", value)) _enthalpy = heatCapacityOfIce * std::min(value, 0.0);
+    if (keys.Number("temp", value)) _enthalpy = SW_Particles::cp_ice * std::min(value, 0.0);
     UpdateMass("");
 }
 
@@ -146,7 +145,7 @@ std::span<const AK_Row> SW_InitialConditions::Rows()
         {"Import",       command<&S::Import>},
         {"LoadRelFile",  command<&S::LoadRelFile>},
         {"ProjectOnto",  command<&S::ProjectOnto>},
-        {"MeshPathsList", shown<[](const S& areas) { return SW_PathsOfType(areas, "DHM"); }>},
+        {"MeshPathsList", shown<&S::MeshPathsList>},
     };
     // clang-format on
     return rows;

@@ -3,17 +3,14 @@
 #include "SW_InitialCondition.h"
 
 #include "AK_Group.h"
+#include "AK_Object_Namespace.h"
 #include "SW_Mesh.h"
-#include "qvt_sci.h"
 
 #include <cstdio>
 #include <cstring>
 
 static constexpr const char* meshPrefix = "from_ReleaseDHM_";
 static constexpr const char* meshContainer = "root/Project/ReleaseDHMs";
-
-// Room for the parameters as a formula file writes them.
-static constexpr int parameterBufferSize = 131072;
 
 AK_String SW_InitialCondition::RelDepFuncNameOpts() const
 {
@@ -104,11 +101,7 @@ void SW_InitialCondition::LoadFormula(const AK_String& name)
         AK_MSG("ERROR: could not open formula file " << path);
         return;
     }
-    // Directly below the language's root, so that the file sees the same names whatever code is running.
-    Namespace* before = qvt_sci_NamespaceGetCurrent();
-    Namespace* root = before;
-    while (Namespace* parent = qvt_sci_NamespaceParent(root)) root = parent;
-    qvt_sci_NamespaceSwitchTo(root);
+    const AK_ActiveNamespace root(AK_RootNamespace());
     Namespace* space = qvt_sci_NamespaceOpen();
     const int errors = qvt_sci_Parse(file);
     std::fclose(file);
@@ -123,19 +116,13 @@ void SW_InitialCondition::LoadFormula(const AK_String& name)
         qvt_sci_InitAll();
         if (_init) qvt_sci_Call(_init);
     }
-    qvt_sci_NamespaceSwitchTo(before);
 }
 
 AK_String SW_InitialCondition::RelDepFuncPar() const
 {
     if (!_getpar) return _relDepFuncPar;
-    AK_List<char> text(1);
-    text.SetSize(parameterBufferSize);
-    text[0] = text[parameterBufferSize - 1] = 0;
-    qvt_sci_BindArgLength(_getpar, 0, parameterBufferSize - 1);
     const CodeOf running(this);
-    qvt_sci_Call(_getpar, text.Data());
-    return text.Data();
+    return CallWithText(_getpar, "");
 }
 
 void SW_InitialCondition::SetRelDepFuncPar(const AK_String& parameters)
@@ -143,11 +130,9 @@ void SW_InitialCondition::SetRelDepFuncPar(const AK_String& parameters)
     _relDepFuncPar = parameters;
     if (!_setpar) return;
     const Call living(this);
-    AK_String text = parameters;   // which the code may write into
-    qvt_sci_BindArgLength(_setpar, 0, text.Length() + 1);
     {
         const CodeOf running(this);
-        qvt_sci_Call(_setpar, &text[0]);
+        CallWithText(_setpar, parameters);
     }
     UpdateMass("");
 }

@@ -70,11 +70,7 @@ void SW_Mesh::SetVertexMesh(int n)
     _x.Fill(n, AK_Vec());
 }
 
-void SW_Mesh::RemoveVertex(int i)
-{
-    _x[i] = _x[_x.Size() - 1];
-    _x.SetSize(_x.Size() - 1);
-}
+void SW_Mesh::RemoveVertex(int i) { _x.RemoveUnordered(i); }
 
 void SW_Mesh::SetCartesianCells(const SW_Grid& grid)
 {
@@ -167,9 +163,7 @@ int SW_Mesh::SaveData(AK_Stream& stream) const
             stream.Write(_segments);
         }
     }
-    if (!stream.Failed()) return 0;
-    _execStatus = IdAbs() + ": IO error at " + AK_HERE;
-    return 1;
+    return stream.Failed() ? IoError(AK_HERE) : 0;
 }
 
 static void ReadGridValue(AK_Stream& stream, bool narrow, double& value)
@@ -210,9 +204,9 @@ bool SW_Mesh::ReadGrid(AK_Stream& stream, bool narrow, bool cartesian, int numCe
         SetHoneyCombCells(grid);
     const int nCells = numCells;
     if (cartesian)
-        AK_ASSERT(nCells == _nx*_ny);
+        AK_ASSERT_AS(nCells == _nx * _ny, "nCells == _nx*_ny");
     else
-        AK_ASSERT(nCells == 2*_nx*_ny);
+        AK_ASSERT_AS(nCells == 2 * _nx * _ny, "nCells == 2*_nx*_ny");
     return true;
 }
 
@@ -250,14 +244,10 @@ int SW_Mesh::LoadData(AK_Stream& stream)
     AK_String header;
     stream.Read(header);
     const bool narrow = header == "SW_Mesh:v0";
-    if (!narrow && !(header == "SW_Mesh:v1")) {
-        _execStatus = IdAbs() + ": IO error at " + AK_HERE;
-        return 1;
-    }
+    if (!narrow && !(header == "SW_Mesh:v1")) return IoError(AK_HERE);
     if (!ReadRecord(stream, narrow)) {
         Clear();   // no half-loaded mesh survives
-        _execStatus = IdAbs() + ": IO error at " + AK_HERE;
-        return 1;
+        return IoError(AK_HERE);
     }
     ComputeConnectivity();
     _totalNormal = Normal();

@@ -21,6 +21,8 @@
 #include "SW_Mesh_Query.h"
 #include "SW_Mesh_Reference.h"
 
+#include <cstdio>
+#include <functional>
 #include <memory>
 
 class SW_ContourLines;
@@ -249,6 +251,10 @@ public:
     /// Writes the text of the coordinate system that came with the raster beside another one, so that a GIS puts that
     /// in the right place. Nothing if none came. (SW_Mesh_Export.cpp)
     void WriteProjectionBeside(const AK_String& raster) const;
+    /// Writes an ESRI ASCII grid, from the top row down: where a point of it lies in a cell `writeValue` writes the
+    /// value and a blank, elsewhere stands the no-data value. (SW_Mesh_Export.cpp)
+    void WriteRaster(std::FILE* file, int columns, int rows, const AK_Vec2& xll, double cellSize,
+                     const std::function<void(int cell, const double* weights)>& writeValue) const;
 
 protected:
     void Draw() override;   // (SW_Mesh_Draw.cpp)

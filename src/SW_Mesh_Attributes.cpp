@@ -4,7 +4,7 @@
 
 #include "SW_Mesh_Contour.h"
 
-#include "AK_sogl.h"
+#include "AK_Text2d.h"
 
 static AK_String HeightAt(const SW_Mesh& mesh, const AK_Vec2& p)
 {
@@ -17,13 +17,6 @@ static AK_String NormalAt(const SW_Mesh& mesh, const AK_Vec2& p)
 {
     const int cell = mesh.CellContainingPoint(p, -1);
     return cell < 0 ? AK_String("0 0 1") : AK_ToText(Normalized(mesh.CellNormal(cell)), nullptr);
-}
-
-static AK_String FontOptions()
-{
-    AK_String list;
-    for (int i = 0; const char* name = AK_BitmapFontName(i); ++i) list = list + name + ak_sep;
-    return list;
 }
 
 AK_String SW_Mesh::MeshNamesList() const { return SW_PathsOfType(*this, "DHM"); }
@@ -103,7 +96,7 @@ std::span<const AK_Row> SW_Mesh::Rows()
         {"ContourLinesLabelsVis", editable<&S::_contourLinesLabelled>},
         {"ContourLinesLabelDistance", value<&S::_contourLinesLabelDistance>},   // m
         {"ContourLinesLabelsFont", value<&S::_contourLinesLabelsFont>},
-        {"ContourLinesLabelsFontOptions", shown<[](const S&) { return FontOptions(); }>},
+        {"ContourLinesLabelsFontOptions", shown<[](const S&) { return AK_Text2d::FontList(); }>},
     };
     return rows;
 }

@@ -44,8 +44,7 @@ static long ConnectByEdges(const AK_List<IA4>& lcv, AK_List<IA4>& lcc, AK_List<A
             }
             lcc[cell][face] = bucket[i].cell;
             lcc[bucket[i].cell][bucket[i].face] = cell;
-            bucket[i] = bucket[bucket.Size() - 1];
-            bucket.SetSize(bucket.Size() - 1);
+            bucket.RemoveUnordered(i);
         }
     }
     return looked;

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
-#include <cstring>
 
 static constexpr double sameCellSize = 0.001;   // m: as close as this to the default size, a raster is for simulations
 
@@ -67,14 +66,6 @@ bool SW_Meshes::IsSimulationCellSize(double cellSize) const
 // Import
 // ----------------------------------------------------------------------------------------------------------------
 
-static AK_String BaseName(const AK_String& path)
-{
-    const char* slash = std::strrchr(path.c_str(), '/');
-    AK_String name = slash ? AK_String(slash + 1) : path;
-    name.RemoveExtension();
-    return name;
-}
-
 void SW_Meshes::ImportAreas(const AK_String& path)
 {
     static constexpr struct {
@@ -83,9 +74,7 @@ void SW_Meshes::ImportAreas(const AK_String& path)
         const char* command;
     } sideFiles[] = {{"rel", "ReleaseAreas", "LoadRelFile"}, {"res", "ResistanceAreas", "LoadResFile"}};
     for (const auto& side : sideFiles) {
-        AK_String file = path;
-        file.RemoveExtension();
-        file.AppendExtension(side.extension);
+        const AK_String file = path.WithExtension(side.extension);
         AK_Object* sibling = Parent() ? Parent()->Component(side.sibling) : nullptr;
         if (sibling && AK_System::FileExists(file)) sibling->Set(side.command, file);
     }
@@ -93,7 +82,7 @@ void SW_Meshes::ImportAreas(const AK_String& path)
 
 void SW_Meshes::Import(const AK_String& path, int nReduce)
 {
-    SW_Mesh* mesh = CreateMesh(BaseName(path));
+    SW_Mesh* mesh = CreateMesh(path.BaseName());
     mesh->Import(path, nReduce);
     ImportAreas(path);
     if (mesh->NumCells() > 0 && mesh->IsCartesian() && IsSimulationCellSize(mesh->Grid().dx))

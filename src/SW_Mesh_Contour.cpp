@@ -7,7 +7,7 @@
 
 #include "SW_Mesh_Contour.h"
 
-#include "AK_sogl.h"
+#include "AK_VisObj3d_Draw.h"
 #include "SW_Mesh.h"
 
 #include <algorithm>
@@ -135,16 +135,11 @@ void SW_ContourLine::WriteToNxyz(std::ostream& stream) const
     _line.WriteToNxyz(stream, AK_Polyline::writtenDigits);
 }
 
-static void DrawText(const AK_BitmapFont* font, const AK_String& text)
-{
-    for (const char* s = text.c_str(); *s; ++s) aglutBitmapCharacter(font, *s);
-}
-
 void SW_ContourLine::Update() const
 {
     const AK_List<AK_Vec>& x = _line._x;
     aglBegin(GL_LINE_STRIP);
-    for (const AK_Vec& p : x) aglVertex3f(float(p.x), float(p.y), float(p.z));
+    for (const AK_Vec& p : x) AK_DrawVertex(p);
     aglEnd();
     if (!_labelled || x.Size() == 0) return;
     const AK_String label(double(_value), "%g");
@@ -152,8 +147,7 @@ void SW_ContourLine::Update() const
     AK_Vec last = x[0];
     for (const AK_Vec& p : x) {
         if (!(Length(p - last) > double(_labelDistance)) || !(Length(p - x[0]) > double(_labelDistance))) continue;
-        aglRasterPos3f(float(p.x), float(p.y), float(p.z));
-        DrawText(_font, label);
+        AK_DrawTextAt(p, _font, label);
         last = p;
     }
     aglEnable(GL_DEPTH_TEST);

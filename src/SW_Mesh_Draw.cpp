@@ -4,11 +4,11 @@
 
 #include "SW_Mesh_Contour.h"
 
-#include "AK_sogl.h"
+#include "AK_VisObj3d_Draw.h"
 
 #include <cmath>
 
-static constexpr double radians = 3.14159265358979323846 / 180;
+static constexpr double radians = ak_pi / 180;
 static constexpr double breakLinesOff = 0.1;   // degrees: an angle up to this draws none
 static constexpr int maxGridLines = 10000;     // of a coordinate grid with a size far too small for the mesh
 
@@ -45,14 +45,6 @@ void SW_Mesh::Draw()
     if (_drawGrid) DrawCoordinateGrid();
 }
 
-static void Vertex(const AK_Vec& p) { aglVertex3f(float(p.x), float(p.y), float(p.z)); }
-
-static void DrawTextAt(const AK_Vec& p, const AK_BitmapFont* font, const AK_String& text)
-{
-    aglRasterPos3f(float(p.x), float(p.y), float(p.z));
-    for (const char* s = text.c_str(); *s; ++s) aglutBitmapCharacter(font, *s);
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // Faces
 // ----------------------------------------------------------------------------------------------------------------
@@ -73,7 +65,7 @@ void SW_Mesh::DrawFaces(const SW_Mesh& surface) const
 {
     const auto setNormal = [&](const AK_Vec& area) {
         const AK_Vec n = Normalized(area);
-        aglNormal3f(float(n.x), float(n.y), float(n.z));
+        AK_DrawNormal(n);
         SetInclinationColor(n);
     };
     for (int corners : {3, 4}) {
@@ -84,7 +76,7 @@ void SW_Mesh::DrawFaces(const SW_Mesh& surface) const
             if (!_smoothShading) setNormal(surface.CellNormal(cell));
             for (int k = 0; k < corners; ++k) {
                 if (_smoothShading) setNormal(surface._vertexNormals[c[k]]);
-                Vertex(surface._x[c[k]]);
+                AK_DrawVertex(surface._x[c[k]]);
             }
         }
         aglEnd();
@@ -134,8 +126,8 @@ void SW_Mesh::DrawBreakLines()
         for (int k = 0; k < NumCorners(c); ++k) {
             const int other = _lcc[cell][k];
             if (other < cell || Dot(Normalized(CellNormal(cell)), Normalized(CellNormal(other))) >= limit) continue;
-            Vertex(_x[c[k]]);
-            Vertex(_x[c[NextCorner(c, k)]]);
+            AK_DrawVertex(_x[c[k]]);
+            AK_DrawVertex(_x[c[NextCorner(c, k)]]);
         }
     }
     aglEnd();
@@ -149,8 +141,8 @@ void SW_Mesh::DrawConnectivity()
         for (int k = 0; k < 4; ++k) {
             if (_lcc[cell][k] < 0) continue;
             const AK_Vec center = CellCenter(cell);
-            Vertex(center);
-            Vertex((center + CellCenter(_lcc[cell][k])) * 0.5);
+            AK_DrawVertex(center);
+            AK_DrawVertex((center + CellCenter(_lcc[cell][k])) * 0.5);
         }
     aglEnd();
 }
@@ -158,7 +150,7 @@ void SW_Mesh::DrawConnectivity()
 void SW_Mesh::DrawNodeLabels() const
 {
     const AK_BitmapFont* font = AK_FindBitmapFont("8_BY_13");
-    for (int i = 0; i < NumVertices(); ++i) DrawTextAt(_x[i], font, AK_String(i, "%d"));
+    for (int i = 0; i < NumVertices(); ++i) AK_DrawTextAt(_x[i], font, AK_String(i, "%d"));
 }
 
 void SW_Mesh::DrawCoordinateGrid() const
@@ -173,17 +165,17 @@ void SW_Mesh::DrawCoordinateGrid() const
     if (!(columns < maxGridLines) || !(rows < maxGridLines)) return;
     aglBegin(GL_LINES);
     for (int i = 0; i <= int(columns + 0.5); ++i) {
-        Vertex({min.x + i * _gridSize, min.y, min.z});
-        Vertex({min.x + i * _gridSize, max.y, min.z});
+        AK_DrawVertex({min.x + i * _gridSize, min.y, min.z});
+        AK_DrawVertex({min.x + i * _gridSize, max.y, min.z});
     }
     for (int j = 0; j <= int(rows + 0.5); ++j) {
-        Vertex({min.x, min.y + j * _gridSize, min.z});
-        Vertex({max.x, min.y + j * _gridSize, min.z});
+        AK_DrawVertex({min.x, min.y + j * _gridSize, min.z});
+        AK_DrawVertex({max.x, min.y + j * _gridSize, min.z});
     }
     aglEnd();
     const AK_BitmapFont* font = AK_FindBitmapFont("8_BY_13");
     const auto label = [&](double x, double y) {
-        DrawTextAt({x, y, min.z}, font, AK_String(x, "%.15g") + ", " + AK_String(y, "%.15g"));
+        AK_DrawTextAt({x, y, min.z}, font, AK_String(x, "%.15g") + ", " + AK_String(y, "%.15g"));
     };
     for (int i = 0; i <= int(columns + 0.5); ++i) label(min.x + i * _gridSize, min.y);
     for (int j = 1; j <= int(rows + 0.5); ++j) label(min.x, min.y + j * _gridSize);

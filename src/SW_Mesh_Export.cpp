@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <climits>
 #include <cstdio>
-#include <cstring>
 
 static constexpr double writtenNoData = -9999;
 
@@ -26,9 +25,7 @@ AK_String SW_Mesh::ReadProjection(const AK_String& path)
 void SW_Mesh::WriteProjectionBeside(const AK_String& raster) const
 {
     if (_projection.IsEmpty()) return;
-    AK_String path = raster;
-    path.RemoveExtension();
-    path.AppendExtension("prj");
+    const AK_String path = raster.WithExtension("prj");
     std::FILE* file = std::fopen(path.c_str(), "w");
     const bool written = file && std::fputs(_projection.c_str(), file) >= 0;
     if ((file && std::fclose(file) != 0) || !written) AK_MSG("WARNING: cannot write " << path);
@@ -39,15 +36,15 @@ static void WritePoints(std::FILE* file, const AK_List<AK_Vec>& points)
     for (const AK_Vec& p : points) std::fprintf(file, "%.10g %.10g %.10g\n", p.x, p.y, p.z);
 }
 
-// Heights at the points of the lattice that the attributes describe, from the top row down.
-void SW_Mesh::WriteGrid(std::FILE* file) const
+void SW_Mesh::WriteRaster(std::FILE* file, int columns, int rows, const AK_Vec2& xll, double cellSize,
+                          const std::function<void(int cell, const double* weights)>& writeValue) const
 {
-    std::fprintf(file, "ncols         %d\nnrows         %d\n", _nx + 1, _ny + 1);
-    std::fprintf(file, "xllcenter     %.10g\nyllcenter     %.10g\n", _xll.x, _xll.y);
-    std::fprintf(file, "cellsize      %.10g\nNODATA_value  %g\n", _dx, writtenNoData);
-    for (int j = _ny; j >= 0; --j) {
-        for (int i = 0; i <= _nx; ++i) {
-            const AK_Vec2 p(i * _dx + _xll.x, j * _dx + _xll.y);
+    std::fprintf(file, "ncols         %d\nnrows         %d\n", columns, rows);
+    std::fprintf(file, "xllcenter     %.10g\nyllcenter     %.10g\n", xll.x, xll.y);
+    std::fprintf(file, "cellsize      %.10g\nNODATA_value  %g\n", cellSize, writtenNoData);
+    for (int row = rows - 1; row >= 0; --row) {
+        for (int column = 0; column < columns; ++column) {
+            const AK_Vec2 p(column * cellSize + xll.x, row * cellSize + xll.y);
             const int cell = CellContainingPoint(p, -1);
             if (cell < 0) {
                 std::fprintf(file, "%g ", writtenNoData);
@@ -55,10 +52,18 @@ void SW_Mesh::WriteGrid(std::FILE* file) const
             }
             double weights[4];
             GetWeights(cell, p, weights);
-            std::fprintf(file, "%.8g ", InterpolatedVector(cell, weights, _x).z);
+            writeValue(cell, weights);
         }
         std::fputc('\n', file);
     }
+}
+
+// Heights at the points of the lattice that the attributes describe.
+void SW_Mesh::WriteGrid(std::FILE* file) const
+{
+    WriteRaster(file, _nx + 1, _ny + 1, _xll, _dx, [&](int cell, const double* weights) {
+        std::fprintf(file, "%.8g ", InterpolatedVector(cell, weights, _x).z);
+    });
 }
 
 // What is no Cartesian grid is sampled over its box.

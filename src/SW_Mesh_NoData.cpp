@@ -53,8 +53,7 @@ void SW_Mesh::RemoveNoDataAreas(double noDataValue)
             remains = corners[k] >= 0;
         }
         if (remains) continue;
-        _lcv[cell] = _lcv[NumCells() - 1];
-        _lcv.SetSize(NumCells() - 1);
+        _lcv.RemoveUnordered(cell);
         ++numCellsRemoved;
     }
     if (numCellsRemoved == 0) return;

@@ -20,7 +20,6 @@
 
 #include <climits>
 #include <cmath>
-#include <cstring>
 
 namespace {
 
@@ -332,15 +331,6 @@ void SW_Mesh::ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& gr
 // Import
 // ----------------------------------------------------------------------------------------------------------------
 
-// The path with another extension.
-static AK_String SideFile(const AK_String& path, const char* extension)
-{
-    AK_String file = path;
-    file.RemoveExtension();
-    file.AppendExtension(extension);
-    return file;
-}
-
 // Where cells are no grid: what a cover or an export of the mesh is to be like.
 void SW_Mesh::DeriveGridDescription()
 {
@@ -356,14 +346,11 @@ void SW_Mesh::DeriveGridDescription()
 
 void SW_Mesh::ImportSideFiles(const AK_String& path)
 {
-    const AK_String labels = SideFile(path, "ano");
+    const AK_String labels = path.WithExtension("ano");
     AK_Object* project = Parent() ? Parent()->Parent() : nullptr;
     AK_Object* polylines = project ? project->Component("Polylines") : nullptr;
     if (polylines && AK_System::FileExists(labels)) {
-        AK_String name = labels;
-        name.RemoveExtension();
-        if (const char* slash = std::strrchr(name.c_str(), '/')) name = AK_String(slash + 1);
-        polylines->Set("CreateSet", name);
+        polylines->Set("CreateSet", labels.BaseName());
         AK_Object* set = polylines->Component(polylines->VariableValue("$latest_comp"));
         if (set && set->Type() == "PolylineSet") {
             set->Set("Import", labels);
@@ -371,12 +358,12 @@ void SW_Mesh::ImportSideFiles(const AK_String& path)
         }
     }
     for (const char* extension : {"jpg", "ppm"}) {
-        const AK_String picture = SideFile(path, extension);
+        const AK_String picture = path.WithExtension(extension);
         if (!AK_System::FileExists(picture)) continue;
         Set("TextureFileName", picture);
         break;
     }
-    _projection = ReadProjection(SideFile(path, "prj"));
+    _projection = ReadProjection(path.WithExtension("prj"));
 }
 
 void SW_Mesh::Import(const AK_String& path, int nReduce)

@@ -36,3 +36,11 @@ AK_String SW_PathsOfType(const AK_Object& from, const char* type)
         if (object != &from) list = list + object->IdAbs(&from) + ak_sep;
     return list;
 }
+
+AK_String SW_PathsOfMeshesIn(const AK_Object* container, const AK_Object& from)
+{
+    AK_String list;
+    for (int i = 0; container && i < container->NumComponents(); ++i)
+        if (container->ComponentAt(i)->IsOfType("DHM")) list = list + container->ComponentAt(i)->IdAbs(&from) + ak_sep;
+    return list;
+}

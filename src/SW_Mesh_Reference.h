@@ -29,3 +29,5 @@ private:
 
 /// All objects of a type in the tree but `from` itself, as paths from it, each followed by the list separator.
 AK_String SW_PathsOfType(const AK_Object& from, const char* type);
+/// The meshes among the components of a container, in the same form; none without a container.
+AK_String SW_PathsOfMeshesIn(const AK_Object* container, const AK_Object& from);

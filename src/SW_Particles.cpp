@@ -2,7 +2,7 @@
 
 #include "SW_Particles.h"
 
-#include "qvt_sci.h"
+#include "AK_Object_Namespace.h"
 
 #include <algorithm>
 #include <cmath>
@@ -183,14 +183,6 @@ int SW_Particles::SplitParticle(int i, int n)
     return added;
 }
 
-// Fills the gap at i with the last entry.
-template <class T>
-static void MoveLastInto(AK_List<T>& list, int i)
-{
-    list[i] = list[list.Size() - 1];
-    list.SetSize(list.Size() - 1);
-}
-
 double SW_Particles::RemoveUnlocatedParticles(double massThreshold)
 {
     int removed = 0;
@@ -200,8 +192,8 @@ double SW_Particles::RemoveUnlocatedParticles(double massThreshold)
         const double mass = double(_mass->_values[i]);   // kg
         if (cell[i] >= 0 && mass > massThreshold) continue;
         if (cell[i] < 0) massOffMesh += mass;
-        MoveLastInto(cell, i);
-        if (!tag.IsEmpty()) MoveLastInto(tag, i);
+        cell.RemoveUnordered(i);
+        if (!tag.IsEmpty()) tag.RemoveUnordered(i);
         _mass->RemoveValue(i);
         _velocity->RemoveValue(i);
         _totalEnthalpy->RemoveValue(i);
@@ -272,12 +264,6 @@ int SW_Particles::LoadDataFrom(AK_Stream& stream)
     return stream.Failed() ? IoError(AK_HERE) : 0;
 }
 
-int SW_Particles::IoError(const char* where) const
-{
-    _execStatus = IdAbs() + ": IO error at " + where;
-    return 1;
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // States of snow
 // ----------------------------------------------------------------------------------------------------------------
@@ -301,15 +287,11 @@ void SW_Particles::RegisterInFormulaLanguage()
     static bool registered = false;
     if (registered) return;
     registered = true;
-    Namespace* const active = qvt_sci_NamespaceGetCurrent();
-    Namespace* root = active;
-    while (Namespace* parent = qvt_sci_NamespaceParent(root)) root = parent;
-    qvt_sci_NamespaceSwitchTo(root);
+    const AK_ActiveNamespace root(AK_RootNamespace());
     qvt_sci_ParseString("double TemperatureFromEnthalpy(double h);"
                         "double WaterMassFractionFromEnthalpy(double h);"
                         "double EnthalpyFromTemperatureAndWaterMassFraction(double T, double w);");
     qvt_sci_Bind("TemperatureFromEnthalpy", TemperatureFromEnthalpy);
     qvt_sci_Bind("WaterMassFractionFromEnthalpy", WaterMassFractionFromEnthalpy);
     qvt_sci_Bind("EnthalpyFromTemperatureAndWaterMassFraction", EnthalpyFromTemperatureAndWaterMassFraction);
-    qvt_sci_NamespaceSwitchTo(active);
 }

@@ -30,8 +30,8 @@ public:
 
     // ---- particles
     AK_List<int> cell{1};   // the cell of the simulation mesh that a particle stands in, negative for none
-    AK_List<unsigned char> tag{
-        1};   // empty, or for each particle: 0 free, else the secondary release area that holds it
+    // Empty, or for each particle: 0 free, else the secondary release area that holds it.
+    AK_List<unsigned char> tag{1};
 
     SW_Mesh& Position() { return *_position; }   // vertices only; m
     const SW_Mesh& Position() const { return *_position; }
@@ -97,7 +97,6 @@ public:
 private:
     void LayFieldsOnPositions();
     void Touch();
-    int IoError(const char* where) const;
     template <class Change>
     void ForEachScratch(const Change& change);
 

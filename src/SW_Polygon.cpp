@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-static constexpr double degrees = 180 / 3.14159265358979323846;
+static constexpr double degrees = 180 / ak_pi;
 static constexpr double noArea = 1e-30;   // m2: guards divisions
 
 std::span<const AK_Row> SW_Polygon::Rows()
@@ -147,6 +147,6 @@ void SW_MeshContourPolygon::Draw()
     for (int k = 0; k < 4; ++k) {
         const int vertex = _corners[k];
         if (vertex < 0 || vertex >= NumVertices()) continue;
-        SW_DrawText(Points()[vertex], _labelFont, _lang == 1 ? german[k] : english[k]);
+        SW_DrawText(Points()[vertex], _labelFont, InLanguage(english[k], german[k]));
     }
 }

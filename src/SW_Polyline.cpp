@@ -212,12 +212,6 @@ void SW_Polyline::ProjectedDistance(const AK_String& text)
 //   points             x, y, z each, doubles
 // ----------------------------------------------------------------------------------------------------------------
 
-int SW_IoError(const AK_Object& object, const char* where)
-{
-    AK_Object::_execStatus = object.IdAbs() + ": IO error at " + where;
-    return 1;
-}
-
 bool SW_AreCoordinates(const AK_List<AK_Vec>& points)
 {
     for (const AK_Vec& p : points)
@@ -229,17 +223,17 @@ int SW_Polyline::SaveData(AK_Stream& stream) const
 {
     stream.Write(AK_String("SW_Polyline:v0"));
     stream.Write(_line._x);
-    return stream.Failed() ? SW_IoError(*this, AK_HERE) : 0;
+    return stream.Failed() ? IoError(AK_HERE) : 0;
 }
 
 int SW_Polyline::LoadData(AK_Stream& stream)
 {
     AK_String header;
     stream.Read(header);
-    if (!(header == "SW_Polyline:v0") && !(header == "SW_Polygon:v0")) return SW_IoError(*this, AK_HERE);
+    if (!(header == "SW_Polyline:v0") && !(header == "SW_Polygon:v0")) return IoError(AK_HERE);
     AK_List<AK_Vec> points(1);
     stream.Read(points);
-    if (stream._status != 0 || !SW_AreCoordinates(points)) return SW_IoError(*this, AK_HERE);
+    if (stream._status != 0 || !SW_AreCoordinates(points)) return IoError(AK_HERE);
     _line._x.Swap(points);
     UpdateBox();
     return 0;

@@ -48,10 +48,7 @@ AK_String SW_LineContainer::MeshNamesList() const
 {
     const AK_Object* meshes = Parent() ? Parent()->Component("DHMs") : nullptr;
     AK_ASSERT_AS(meshes, "Parent()->Component(\"DHMs\")");
-    AK_String list;
-    for (int i = 0; i < meshes->NumComponents(); ++i)
-        if (meshes->ComponentAt(i)->IsOfType("DHM")) list = list + meshes->ComponentAt(i)->IdAbs(this) + ak_sep;
-    return list;
+    return SW_PathsOfMeshesIn(meshes, *this);
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -96,7 +93,7 @@ void SW_Polylines::CreateSet(const AK_String& id) { AddComponent(new SW_Polyline
 void SW_Polylines::ImportSet(const AK_String& path)
 {
     if (!AK_System::FileExists(path)) return SW_TellMissingFile(path);
-    auto* set = new SW_PolylineSet(SW_NameOfFile(path), this);
+    auto* set = new SW_PolylineSet(path.BaseName(), this);
     AddComponent(set);
     set->Import(path);
 }

@@ -9,10 +9,8 @@
 
 void SW_DrawText(const AK_Vec& p, const AK_String& font, const AK_String& text)
 {
-    const AK_BitmapFont* bitmaps = AK_FindBitmapFont(font.c_str());
     aglDisable(GL_DEPTH_TEST);
-    aglRasterPos3f(float(p.x), float(p.y), float(p.z));
-    for (const char* s = text.c_str(); *s; ++s) aglutBitmapCharacter(bitmaps, *s);
+    AK_DrawTextAt(p, AK_FindBitmapFont(font.c_str()), text);
     aglEnable(GL_DEPTH_TEST);
 }
 
@@ -30,7 +28,7 @@ static void DrawBetween(const SW_Mesh& mesh, const AK_Vec& a, const AK_Vec& b, i
     for (int k = 1; k < steps; ++k) {
         AK_Vec p = a + (b - a) * (double(k) / steps);
         cell = mesh.Project(p, cell);
-        SW_DrawPoint(p);
+        AK_DrawVertex(p);
     }
 }
 
@@ -39,10 +37,10 @@ void SW_Polyline::DrawLine() const
     const SW_Mesh* mesh = _drawResampled ? BaseMesh() : nullptr;
     int cell = -1;
     aglBegin(GL_LINE_STRIP);
-    if (NumVertices() > 0) SW_DrawPoint(_line._x[0]);
+    if (NumVertices() > 0) AK_DrawVertex(_line._x[0]);
     for (int i = 0; i < NumSegments(); ++i) {
         if (mesh) DrawBetween(*mesh, _line._x[i], SegmentEnd(i), cell);
-        SW_DrawPoint(SegmentEnd(i));
+        AK_DrawVertex(SegmentEnd(i));
     }
     aglEnd();
 }
@@ -50,12 +48,12 @@ void SW_Polyline::DrawLine() const
 void SW_Polyline::DrawVertices() const
 {
     aglBegin(GL_POINTS);
-    for (const AK_Vec& p : _line._x) SW_DrawPoint(p);
+    for (const AK_Vec& p : _line._x) AK_DrawVertex(p);
     aglEnd();
     if (HasSelectedVertex()) {
         SetInverseColor(_color.v);
         aglBegin(GL_POINTS);
-        SW_DrawPoint(_line._x[_selected]);
+        AK_DrawVertex(_line._x[_selected]);
         aglEnd();
         ResetColor(_autoColored);
     }

@@ -86,17 +86,9 @@ bool SW_ReadLines(const AK_String& path, const SW_LineFormat& format, const std:
     return true;
 }
 
-AK_String SW_NameOfFile(const AK_String& path)
-{
-    const char* slash = std::strrchr(path.c_str(), '/');
-    AK_String name = slash ? AK_String(slash + 1) : path;
-    name.RemoveExtension();
-    return name;
-}
-
 AK_String SW_IdOfLine(const AK_String& path, const SW_LineFormat& format, const SW_LineOfFile& line)
 {
-    const AK_String file = SW_NameOfFile(path);
+    const AK_String file = path.BaseName();
     if (!line.name.IsEmpty()) return format.nameFollowsFile ? file + "_" + line.name : line.name;
     return format.number ? file + AK_String(line.number, format.number) : file;
 }

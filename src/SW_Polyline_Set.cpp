@@ -202,7 +202,7 @@ int SW_PolylineSet::SaveData(AK_Stream& stream) const
         stream.Write(_names[i]);
         stream.Write(_selected[i]);
     }
-    return stream.Failed() ? SW_IoError(*this, AK_HERE) : 0;
+    return stream.Failed() ? IoError(AK_HERE) : 0;
 }
 
 int SW_PolylineSet::LoadData(AK_Stream& stream)
@@ -210,7 +210,7 @@ int SW_PolylineSet::LoadData(AK_Stream& stream)
     constexpr long leastBytesPerLine = 4 + 4 + 1;
     AK_String header;
     stream.Read(header);
-    if (!(header == "SW_PolylineSet:v0")) return SW_IoError(*this, AK_HERE);
+    if (!(header == "SW_PolylineSet:v0")) return IoError(AK_HERE);
     const int n = stream.ReadCount(leastBytesPerLine);
     AK_List<AK_Polyline> polylines(1);
     AK_List<AK_String> names(1);
@@ -222,12 +222,12 @@ int SW_PolylineSet::LoadData(AK_Stream& stream)
         stream.Read(line._x);
         stream.Read(name);
         stream.Read(flag);
-        if (!SW_AreCoordinates(line._x)) return SW_IoError(*this, AK_HERE);
+        if (!SW_AreCoordinates(line._x)) return IoError(AK_HERE);
         polylines.Append(std::move(line));
         names.Append(name);
         selected.Append(flag != 0);
     }
-    if (stream._status != 0) return SW_IoError(*this, AK_HERE);
+    if (stream._status != 0) return IoError(AK_HERE);
     _polylines.Swap(polylines);
     _names.Swap(names);
     _selected.Swap(selected);
@@ -249,7 +249,7 @@ void SW_PolylineSet::Draw()
         else
             SetInverseColor(_color.v);
         aglBegin(GL_LINE_STRIP);
-        for (const AK_Vec& p : x) SW_DrawPoint(p);
+        for (const AK_Vec& p : x) AK_DrawVertex(p);
         aglEnd();
         if (_displayLabels && x.Size() > 0) SW_DrawText(x[0], _labelFont, _names[i]);
     }

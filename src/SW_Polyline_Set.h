@@ -21,7 +21,6 @@ public:
     int Size() const { return _polylines.Size(); }
     const AK_Polyline& Line(int i) const { return _polylines[i]; }
     const AK_String& Name(int i) const { return _names[i]; }
-    bool IsSelected(int i) const { return _selected[i] != 0; }
 
     /// Adds the lines of a file, by its extension: dxf, ano, nxyz, xy, xyz. Each one is selected. Names: the layer in a
     /// DXF file, the name line in an ano file, else the annotation "name"; "pl_" or "p_" and a number without one.

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "AK_sogl.h"
+#include "AK_VisObj3d_Draw.h"
 #include "SW_Polyline_Points.h"
 
 #include <functional>
@@ -39,8 +39,6 @@ bool SW_ReadLines(const AK_String& path, const SW_LineFormat& format, const std:
 AK_String SW_IdOfLine(const AK_String& path, const SW_LineFormat& format, const SW_LineOfFile& line);
 /// Writes a DXF file: its frame, and in it what `writeLines` writes. 1 if that failed.
 int SW_WriteDxfFile(const AK_String& path, const std::function<void(std::ostream&)>& writeLines);
-/// The name of a file without directory and extension.
-AK_String SW_NameOfFile(const AK_String& path);
 /// Tell in the status that there is no such file, no such line object.
 void SW_TellMissingFile(const AK_String& path);
 void SW_TellNoLine(const AK_String& id);
@@ -62,12 +60,9 @@ private:
 
 // ---- records, projection, drawing (SW_Polyline.cpp, SW_Polyline_Draw.cpp)
 
-/// Tells in the status that a record cannot be written or read, and returns 1.
-int SW_IoError(const AK_Object& object, const char* where);
 /// True if every number of the points can be a coordinate.
 bool SW_AreCoordinates(const AK_List<AK_Vec>& points);
 /// Gives each point the height of the surface below it; points outside keep theirs.
 void SW_ProjectPoints(AK_List<AK_Vec>& points, const SW_Mesh& mesh);
-inline void SW_DrawPoint(const AK_Vec& p) { aglVertex3f(float(p.x), float(p.y), float(p.z)); }
 /// Writes a text at a point of the world, in front of everything.
 void SW_DrawText(const AK_Vec& p, const AK_String& font, const AK_String& text);

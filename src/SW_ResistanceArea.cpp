@@ -75,7 +75,7 @@ std::span<const AK_Row> SW_ResistanceAreas::Rows()
         {"Import",        command<&S::Import>},
         {"LoadResFile",   command<&S::LoadResFile>},
         {"ProjectOnto",   command<&S::ProjectOnto>},
-        {"MeshPathsList", shown<[](const S& areas) { return SW_PathsOfType(areas, "DHM"); }>},
+        {"MeshPathsList", shown<&S::MeshPathsList>},
     };
     // clang-format on
     return rows;

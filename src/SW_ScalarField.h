@@ -36,7 +36,6 @@ public:
     /// Replaces the values by what is displayed: converted by the class's formula, else smoothed. 1 if a formula was
     /// asked for. Reconvert() brings the data back; the two bracket every reader and do not nest.
     int Convert();
-    void UpdateColorBar();
     void UpdateContourLines();
 
     /// The plane through the differences to the neighbours, fitted in the surface: a field of the values' unit per m.
@@ -57,7 +56,6 @@ private:
     void Smooth(int rounds);
     void CreateGradientField();
     void TakeRasterExtentOfMesh();
-    void WriteRaster(std::FILE* file) const;
     void DrawCells() const;
     void DrawContourLines() const;
     AK_Vec GradientAt(int i, const AK_Vec& normal, const AK_List<int>& neighbors, const AK_Vec& unchanged) const;
@@ -71,7 +69,7 @@ private:
     double _contourLinesLabelDistance = 200.0;   // m
     double _exportRasterSize = 10.0;             // m
     int _exportRasterAutoRange = 1;
-    AK_Vec2 _exportRasterLL{0, 0};               // m
+    AK_Vec2 _exportRasterLL{0, 0};   // m
     int _exportRasterNumColumns = 100, _exportRasterNumRows = 100;
     AK_String _valueAtPoint;
     double _areaValueLimit = 0.0;

@@ -60,14 +60,6 @@ void SW_ScalarField::Smooth(int rounds)
     }
 }
 
-void SW_ScalarField::UpdateColorBar()
-{
-    AK_Colorbar* bar = Colorbar();
-    if (!(bar->Get("Autoscale") == "1") || _values.Size() == 0) return;
-    bar->Set("Min", Min());
-    bar->Set("Max", Max());
-}
-
 void SW_ScalarField::UpdateContourLines()
 {
     if (!_mesh || !_onVertices || _values.Size() != WantedSize() || _mesh->_lcc.Size() == 0) return;

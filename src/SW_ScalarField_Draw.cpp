@@ -2,7 +2,7 @@
 
 #include "SW_ScalarField.h"
 
-#include "AK_sogl.h"
+#include "AK_VisObj3d_Draw.h"
 
 void SW_ScalarField::Draw()
 {
@@ -14,10 +14,6 @@ void SW_ScalarField::Draw()
 void SW_ScalarField::DrawCells() const
 {
     const AK_Colorbar* bar = Colorbar();
-    const auto setNormal = [](const AK_Vec& area) {
-        const AK_Vec n = Normalized(area);
-        aglNormal3f(float(n.x), float(n.y), float(n.z));
-    };
     const bool haveNormals = _mesh->_vertexNormals.Size() == _mesh->NumVertices();
     bar->BeginColor();
     for (int corners : {3, 4}) {
@@ -29,12 +25,11 @@ void SW_ScalarField::DrawCells() const
             for (int k = 0; k < corners; ++k)
                 shown = shown && !(double(_values[_onVertices ? c[k] : cell]) < _minDisplayedValue);
             if (!shown) continue;
-            if (!haveNormals) setNormal(_mesh->CellNormal(cell));
+            if (!haveNormals) AK_DrawNormal(Normalized(_mesh->CellNormal(cell)));
             for (int k = 0; k < corners; ++k) {
-                const AK_Vec& x = _mesh->_x[c[k]];
-                if (haveNormals) setNormal(_mesh->_vertexNormals[c[k]]);
+                if (haveNormals) AK_DrawNormal(Normalized(_mesh->_vertexNormals[c[k]]));
                 bar->SetColor(double(_values[_onVertices ? c[k] : cell]), _opacity);
-                aglVertex3f(float(x.x), float(x.y), float(x.z));
+                AK_DrawVertex(_mesh->_x[c[k]]);
             }
         }
         aglEnd();

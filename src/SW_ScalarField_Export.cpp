@@ -6,7 +6,6 @@
 #include <cmath>
 #include <fstream>
 
-static constexpr double writtenNoData = -9999;
 static constexpr double maxRasterValues = 1e9;   // a size mistyped by some zeros must not fill the disc
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -28,28 +27,6 @@ void SW_ScalarField::TakeRasterExtentOfMesh()
     _exportRasterNumRows = ColumnsIn(double(hi[1]) - _exportRasterLL.y, size);
 }
 
-void SW_ScalarField::WriteRaster(std::FILE* file) const
-{
-    const double size = _exportRasterSize;
-    std::fprintf(file, "ncols         %d\nnrows         %d\n", _exportRasterNumColumns, _exportRasterNumRows);
-    std::fprintf(file, "xllcenter     %.10g\nyllcenter     %.10g\n", _exportRasterLL.x, _exportRasterLL.y);
-    std::fprintf(file, "cellsize      %.10g\nNODATA_value  %g\n", size, writtenNoData);
-    for (int row = _exportRasterNumRows - 1; row >= 0; --row) {
-        for (int column = 0; column < _exportRasterNumColumns; ++column) {
-            const AK_Vec2 p(column * size + _exportRasterLL.x, row * size + _exportRasterLL.y);
-            const int cell = _mesh->CellContainingPoint(p, -1);
-            double value = writtenNoData;
-            if (cell >= 0) {
-                double weights[4];
-                _mesh->GetWeights(cell, p, weights);
-                value = double(_mesh->InterpolatedScalar(cell, weights, _values.Data()));
-            }
-            std::fprintf(file, "%g ", value);
-        }
-        std::fputc('\n', file);
-    }
-}
-
 void SW_ScalarField::ExportFieldRasterAscii(const AK_String& path)
 {
     if (!_mesh) return;
@@ -69,7 +46,11 @@ void SW_ScalarField::ExportFieldRasterAscii(const AK_String& path)
     Convert();
     const bool written = SW_WriteTextFile(path, [&](std::FILE* file) {
         AK_MSG("writing field raster data to " << path);
-        WriteRaster(file);
+        _mesh->WriteRaster(file, _exportRasterNumColumns, _exportRasterNumRows, _exportRasterLL, _exportRasterSize,
+                           [&](int cell, const double* weights) {
+                               const auto value = _mesh->InterpolatedScalar(cell, weights, _values.Data());
+                               std::fprintf(file, "%g ", double(value));
+                           });
     });
     Reconvert();
     if (!written) {

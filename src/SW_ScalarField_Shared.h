@@ -57,19 +57,24 @@ public:
     AK_String Label() const { return Colorbar()->Label(); }
     void SetLabel(const AK_String& label) { Colorbar()->Label(label); }
 
-    /// Takes the last value for value i: as its location does that is removed.
-    void RemoveValue(int i)
+    /// Gives the colour bar the range of the values, if it is to follow them.
+    void UpdateColorBar()
     {
-        _values[i] = _values[_values.Size() - 1];
-        _values.SetSize(_values.Size() - 1);
+        AK_Colorbar* bar = Colorbar();
+        if (!(bar->Get("Autoscale") == "1") || _values.Size() == 0) return;
+        bar->Set("Min", static_cast<Field*>(this)->Min());
+        bar->Set("Max", static_cast<Field*>(this)->Max());
     }
+
+    /// Takes the last value for value i: as its location does that is removed.
+    void RemoveValue(int i) { _values.RemoveUnordered(i); }
 
     /// The record: tag, number of values, the values. The mesh is not part of it. 0 on success, else 1 with a status.
     int SaveDataTo(AK_Stream& stream) const
     {
         stream.Write(AK_String(Field::recordTag));
         stream.Write(_values);
-        return stream.Failed() ? IoError(AK_HERE) : 0;
+        return stream.Failed() ? this->IoError(AK_HERE) : 0;
     }
 
     int LoadDataFrom(AK_Stream& stream)
@@ -77,9 +82,9 @@ public:
         _values.Clear();
         AK_String header;
         stream.Read(header);
-        if (!(header == Field::recordTag)) return IoError(AK_HERE);
+        if (!(header == Field::recordTag)) return this->IoError(AK_HERE);
         stream.Read(_values);
-        return stream.Failed() ? IoError(AK_HERE) : 0;
+        return stream.Failed() ? this->IoError(AK_HERE) : 0;
     }
 
     /// Moves the values to the other kind of location: each place gets the plain mean of the values that touch it.
@@ -121,12 +126,6 @@ protected:
     {
         this->AddComponent(new AK_Colorbar("Colorbar", nullptr));
         SetLabel(this->_id);
-    }
-
-    int IoError(const char* where) const
-    {
-        AK_Object::_execStatus = this->IdAbs() + ": IO error at " + where;
-        return 1;
     }
 
     /// Number of values that the mesh asks for.
@@ -219,6 +218,6 @@ protected:
     }
 
     SW_MeshPointer<const SW_Mesh> _mesh;   // not owned
-    AK_List<Value> _savedValues{1};   // the data while a conversion for display is in force
+    AK_List<Value> _savedValues{1};        // the data while a conversion for display is in force
     AK_String _selectedPolyline;
 };

@@ -74,11 +74,16 @@ void SW_Simulation::LoadFinalize() { SetExecTime("LoadFinalize"); }
 // The mesh
 // ----------------------------------------------------------------------------------------------------------------
 
+std::array<SW_ScalarField*, 7> SW_Simulation::StoredFields() const
+{
+    return {_peakFlowDepth,    _dynamicPeakPressure, _peakForcePerWidth, _peakTorquePerWidth,
+            _frontArrivalTime, _entrainmentMass,     _entrainmentEnth};
+}
+
 void SW_Simulation::BindFields()
 {
-    for (SW_ScalarField* field : {_flowDepth, _peakFlowDepth, _dynamicPeakPressure, _peakForcePerWidth,
-                                  _peakTorquePerWidth, _frontArrivalTime, _entrainmentMass, _entrainmentEnth})
-        field->SetMesh(_mesh);
+    for (SW_ScalarField* field : StoredFields()) field->SetMesh(_mesh);
+    _flowDepth->SetMesh(_mesh);
     _velocity->SetMesh(_mesh);
     _particles->SetMesh(_mesh);
     _cellResistances.Clear();
@@ -124,19 +129,11 @@ AK_Object* SW_Simulation::ProjectContainer(const char* id) const
     return project ? project->Component(id) : nullptr;
 }
 
-static AK_String MeshesOf(const AK_Object* container, const AK_Object& from)
-{
-    AK_String list;
-    for (int i = 0; container && i < container->NumComponents(); ++i)
-        if (container->ComponentAt(i)->IsOfType("DHM")) list = list + container->ComponentAt(i)->IdAbs(&from) + ak_sep;
-    return list;
-}
-
-AK_String SW_Simulation::MeshNamesList() const { return MeshesOf(ProjectContainer("DHMs"), *this); }
+AK_String SW_Simulation::MeshNamesList() const { return SW_PathsOfMeshesIn(ProjectContainer("DHMs"), *this); }
 
 AK_String SW_Simulation::DepthMeshOptions() const
 {
-    return AK_String("none") + ak_sep + MeshesOf(ProjectContainer("ReleaseDHMs"), *this);
+    return AK_String("none") + ak_sep + SW_PathsOfMeshesIn(ProjectContainer("ReleaseDHMs"), *this);
 }
 
 const SW_Mesh* SW_Simulation::DepthMesh(const AK_String& name) const

@@ -29,6 +29,7 @@
 
 #include "SW_Particles.h"
 
+#include <array>
 #include <cstdlib>
 #include <fstream>
 
@@ -150,6 +151,7 @@ public:
     double EntrainmentAreasMass() const;   // kg
     /// False if nothing could flow: no release area, no mesh of release depths, no point source.
     bool HasRelease() const;
+    double PointSourceStrength() const;   // kg/s; 0 for no point source
 
     // ---- one step (SW_Simulation_Step.cpp)
     void ReadStepVariables();
@@ -234,6 +236,7 @@ public:
 private:
     // (SW_Simulation.cpp, SW_Simulation_Attributes.cpp)
     void AddFields();
+    std::array<SW_ScalarField*, 7> StoredFields() const;   // those that a time step holds
     void BindFields();
     /// A mesh that has been imported anew costs the state of the run. To be called before a run goes on.
     void ForgetStateOfChangedMesh();
@@ -251,7 +254,6 @@ private:
     bool HasFormulaParameters() const;
     AK_String EarthPressureCoefficientsVis() const;
     void ForgetFormulas();
-    bool TakeFormulas(const AK_String& path);
 
     // (SW_Simulation_Initialize.cpp)
     struct Release;

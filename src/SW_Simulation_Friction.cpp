@@ -17,16 +17,13 @@
 
 #include "SW_Simulation.h"
 
-#include "SW_Polyline_Shared.h"
+#include "AK_Object_Namespace.h"
 #include "SW_Simulation_Scenario.h"
-#include "qvt_sci.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-
-static constexpr double pi = 3.14159265358979323846;
 
 // ORDER FRICTION LAWS: the index of a law in SW_FrictionLaw.
 static const char* const builtInLaws[] = {"Chezy", "Chezy + Mohr-Coulomb",
@@ -99,21 +96,13 @@ namespace {
 // Makes a namespace below the language's root active, which it creates if there is none yet, and goes back at the end.
 class FormulaSpace {
 public:
-    explicit FormulaSpace(Namespace*& _formulaNameSpace) : _before(qvt_sci_NamespaceGetCurrent())
+    explicit FormulaSpace(Namespace*& space) : _root(AK_RootNamespace())
     {
-        if (!_formulaNameSpace) {
-            Namespace* global = _before;
-            while (Namespace* parent = qvt_sci_NamespaceParent(global)) global = parent;
-            qvt_sci_NamespaceSwitchTo(global);
-            _formulaNameSpace = qvt_sci_NamespaceCreate();
-            AK_ASSERT(_formulaNameSpace);
-        }
-        _space = _formulaNameSpace;
+        if (!space) space = qvt_sci_NamespaceCreate();
+        AK_ASSERT_AS(space, "_formulaNameSpace");
+        _space = space;
         qvt_sci_NamespaceSwitchTo(_space);
     }
-    ~FormulaSpace() { qvt_sci_NamespaceSwitchTo(_before); }
-    FormulaSpace(const FormulaSpace&) = delete;
-    FormulaSpace& operator=(const FormulaSpace&) = delete;
 
     /// A parse that fails inside a function leaves the namespace of that function active.
     bool Parse(std::FILE* file, const char* text) const
@@ -132,7 +121,7 @@ public:
     }
 
 private:
-    Namespace* _before;
+    AK_ActiveNamespace _root;   // puts back at the end what was active before
     Namespace* _space;
 };
 
@@ -202,7 +191,7 @@ void SW_Simulation::BottomShearStressFormulaFile(const AK_String& path)
     _formulaFile = path;
 }
 
-AK_String SW_Simulation::BottomShearStressFormulaFile() const { return SW_NameOfFile(_formulaFile); }
+AK_String SW_Simulation::BottomShearStressFormulaFile() const { return _formulaFile.BaseName(); }
 
 AK_String SW_Simulation::FormulaParameters() const
 {
@@ -237,8 +226,8 @@ void SW_Simulation::ComputeEarthPressureCoefficients()
         AK_MSG("WARNING: internal friction angle cannot be smaller than bed friction angle!");
         _internalFrictionAngle = _bedFrictionAngle;
     }
-    const double phi = _internalFrictionAngle * pi / 180;   // rad
-    const double delta = _bedFrictionAngle * pi / 180;
+    const double phi = _internalFrictionAngle * ak_pi / 180;   // rad
+    const double delta = _bedFrictionAngle * ak_pi / 180;
     const double cos2Phi = std::cos(phi) * std::cos(phi);
     const double cosDelta = std::cos(delta);
     const double tan2Delta = std::tan(delta) * std::tan(delta);

@@ -26,11 +26,15 @@ struct SW_Simulation::Release {
     int numCells = 0, numSecondaryCells = 0;
 };
 
+double SW_Simulation::PointSourceStrength() const
+{
+    return std::strtod(VariableValue("$source_strength").c_str(), nullptr);
+}
+
 bool SW_Simulation::HasRelease() const
 {
     const bool hasDepthMesh = !_releaseDHM.IsEmpty() && !(_releaseDHM == "none");
-    const double sourceStrength = std::strtod(VariableValue("$source_strength").c_str(), nullptr);   // kg/s
-    return _releaseAreas->NumComponents() > 0 || hasDepthMesh || sourceStrength > 0;
+    return _releaseAreas->NumComponents() > 0 || hasDepthMesh || PointSourceStrength() > 0;
 }
 
 // ----------------------------------------------------------------------------------------------------------------

@@ -20,11 +20,6 @@
 #include <cstdio>
 #include <ctime>
 
-static const char* InLanguage(const char* english, const char* german)
-{
-    return AK_Object::_lang == 1 ? german : english;
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // Status files
 // ----------------------------------------------------------------------------------------------------------------
@@ -136,8 +131,7 @@ bool SW_Simulation::ParametersAllowRun() const
 // Sources count their particles in units of the mass per particle.
 bool SW_Simulation::SourcesHaveParticleMass() const
 {
-    const bool hasSource =
-        _sourceLines->NumComponents() > 0 || std::strtod(VariableValue("$source_strength").c_str(), nullptr) > 0;
+    const bool hasSource = _sourceLines->NumComponents() > 0 || PointSourceStrength() > 0;
     if (!hasSource || _massPerParticle > 0) return true;
     AK_MSG("WARNING: simulation " << Id() << InLanguage(" is not started: ", " wird nicht gestartet: ")
                                   << "MassPerParticle "

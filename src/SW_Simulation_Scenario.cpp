@@ -28,7 +28,7 @@ void SW_ProjectOntoSimulationMesh(SW_Polyline& line)
 AK_String SW_FormulaNames(const char* directory)
 {
     AK_List<AK_String> names = AK_Object::AttributesFilesList("cint", directory);
-    for (AK_String& name : names) name = SW_NameOfFile(name);
+    for (AK_String& name : names) name = name.BaseName();
     return AK_String(names, ak_sep);
 }
 
@@ -194,7 +194,7 @@ static AK_String WithoutHandle(const AK_String& label, const AK_String& path)
     const char* begin = std::strstr(label.c_str(), mark);
     const char* layer = begin ? std::strchr(begin + std::strlen(mark), '_') : nullptr;
     if (layer) return AK_String(label.c_str(), begin) + layer;
-    const int length = SW_NameOfFile(path).Length();
+    const int length = path.BaseName().Length();
     const bool isDouble = label.Length() > length + 1 && label[length] == '_' && label[length + 1] == '_';
     return isDouble ? AK_String(label.c_str(), label.c_str() + length) + (label.c_str() + length + 1) : label;
 }
@@ -226,7 +226,7 @@ void SW_ScenarioLines::LoadAreas(const AK_String& path, const char* kind,
     SW_UniqueIds ids(*this);
     bool found = false;
     for (int number = 1;; ++number) {
-        const AK_String id = SW_NameOfFile(path) + AK_String(number, "_%04d");
+        const AK_String id = path.BaseName() + AK_String(number, "_%04d");
         std::unique_ptr<SW_Polyline> area(NewLine(id, nullptr));
         if (!read(*area, reader)) break;
         if (area->NumVertices() == 0) continue;

@@ -77,6 +77,7 @@ public:
     void ProjectOntoSimulationMesh();
     /// The lines of this type anywhere in the tree, as paths from here.
     AK_String LinesOfType() const { return SW_PathsOfType(*this, LineType()); }
+    AK_String MeshPathsList() const { return SW_PathsOfType(*this, "DHM"); }
 
 protected:
     using SW_LineContainer::SW_LineContainer;

@@ -11,8 +11,6 @@
 #include <cmath>
 #include <cstdint>
 
-static constexpr double pi = 3.14159265358979323846;
-
 static unsigned long SeedOfTime(double t) { return std::bit_cast<std::uint64_t>(t) & 0xFFFFFFFFu; }
 
 namespace {
@@ -59,7 +57,7 @@ static void AddFromLine(const SW_SourceLine& line, double t, double dt, Inflow& 
 static AK_Vec SourceVelocity(const SW_PointSource& source, const SW_Mesh& mesh, int cell, const AK_Vec2& p)
 {
     static constexpr AK_Vec north{0, 1, 0};
-    const double angle = (90 - source.angle) * pi / 180;           // counter-clockwise from east
+    const double angle = (90 - source.angle) * ak_pi / 180;        // counter-clockwise from east
     const double eastwards = std::cos(angle) * source.velocity;    // m/s
     const double northwards = std::sin(angle) * source.velocity;   // m/s
     double weights[4];
@@ -77,7 +75,7 @@ static void AddFromPoint(const SW_PointSource& source, const SW_Mesh& mesh, doub
     int cell = -1;
     for (int k = 0; k < n; ++k) {
         const double distance = SW_Particles::Draw() * source.radius;   // m
-        const double angle = 2 * SW_Particles::Draw() * pi;
+        const double angle = 2 * SW_Particles::Draw() * ak_pi;
         const AK_Vec p{source.point.x + distance * std::cos(angle), source.point.y + distance * std::sin(angle), 0};
         cell = mesh.CellContainingPoint(p, cell);
         inflow.Add(p, cell < 0 ? AK_Vec() : SourceVelocity(source, mesh, cell, p));

@@ -33,12 +33,6 @@ double SW_Simulation::TimeStepFromName(const AK_String& name)
     return std::sscanf(name.c_str(), "at_%lf", &t) == 1 ? t : -1.0;
 }
 
-static int IoError(const AK_Object& object, const char* where)
-{
-    AK_Object::_execStatus = object.IdAbs() + ": IO error at " + where;
-    return 1;
-}
-
 static AK_String TimeStepPath(const AK_String& directory, const AK_String& name)
 {
     return directory + "/" + name + "." + extension;
@@ -53,7 +47,7 @@ int SW_Simulation::SaveDataTo(AK_Stream& stream) const
     stream.Write(AK_String("SW_Simulation:v1"));
     stream.Write(_currentTime);
     stream.Write(_peakKineticEnergy);
-    return stream.Failed() ? IoError(*this, AK_HERE) : 0;
+    return stream.Failed() ? IoError(AK_HERE) : 0;
 }
 
 int SW_Simulation::LoadDataFrom(AK_Stream& stream)
@@ -62,10 +56,10 @@ int SW_Simulation::LoadDataFrom(AK_Stream& stream)
     double time = 0, peak = 0;
     stream.Read(header);
     const bool hasPeak = header == "SW_Simulation:v1";
-    if (!hasPeak && !(header == "SW_Simulation:v0")) return IoError(*this, AK_HERE);
+    if (!hasPeak && !(header == "SW_Simulation:v0")) return IoError(AK_HERE);
     stream.Read(time);
     if (hasPeak) stream.Read(peak);
-    if (stream.Failed() || !std::isfinite(time) || !std::isfinite(peak)) return IoError(*this, AK_HERE);
+    if (stream.Failed() || !std::isfinite(time) || !std::isfinite(peak)) return IoError(AK_HERE);
     _currentTime = time;
     if (hasPeak) _peakKineticEnergy = peak;
     return 0;
@@ -210,8 +204,7 @@ bool SW_Simulation::TimeStepIsSound() const
     if (_particles->Mass()._values.Size() != n || _particles->Velocity()._values.Size() != n) return false;
     if (!AllFinite(_particles->Position()._x) || !AllFinite(_particles->Velocity()._values)) return false;
     if (!AllFinite(_particles->Mass()._values) || !AllFinite(_particles->TotalEnthalpy()._values)) return false;
-    for (const SW_ScalarField* field : {_peakFlowDepth, _dynamicPeakPressure, _peakForcePerWidth, _peakTorquePerWidth,
-                                        _frontArrivalTime, _entrainmentMass, _entrainmentEnth}) {
+    for (const SW_ScalarField* field : StoredFields()) {
         const int size = !_mesh                ? field->_values.Size()
                          : field->OnVertices() ? _mesh->NumVertices()
                                                : _mesh->NumCells();
@@ -226,8 +219,7 @@ void SW_Simulation::ForgetState()
     _particles->Clear();
     _currentTime = 0;
     _currentTimeStep = "";
-    for (SW_ScalarField* field : {_peakFlowDepth, _dynamicPeakPressure, _peakForcePerWidth, _peakTorquePerWidth,
-                                  _frontArrivalTime, _entrainmentMass, _entrainmentEnth}) {
+    for (SW_ScalarField* field : StoredFields()) {
         field->SetMesh(nullptr);
         field->SetMesh(_mesh);
     }
@@ -393,7 +385,7 @@ bool SW_Simulation::BringTimeStepsFrom(const AK_String& oldDirectory) const
 int SW_Simulation::SaveData(AK_Stream& stream) const
 {
     if (AK_Class::SaveData(stream) != 0) return 1;
-    if (!BringTimeStepsFrom(_dataDirectory)) return IoError(*this, AK_HERE);
+    if (!BringTimeStepsFrom(_dataDirectory)) return IoError(AK_HERE);
     _dataDirectory = ProjectDir();
     return 0;
 }

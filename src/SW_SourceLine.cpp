@@ -118,8 +118,8 @@ void SW_SourceLine::Draw()
 {
     for (const auto shape : {GL_LINE_STRIP, GL_POINTS}) {
         aglBegin(shape);
-        SW_DrawPoint(_ends[0]);
-        SW_DrawPoint(_ends[1]);
+        AK_DrawVertex(_ends[0]);
+        AK_DrawVertex(_ends[1]);
         aglEnd();
     }
 }
@@ -194,9 +194,4 @@ void SW_SourceLines::Clone(const AK_String& path)
 void SW_SourceLines::CopyLinesOf(const SW_SourceLines& source)
 {
     for (int i = 0; i < source.NumComponents(); ++i) AddCopy(*source.Line(i), source.Line(i)->Id());
-}
-
-void SW_SourceLines::ProjectOntoSimulationMesh()
-{
-    for (int i = 0; i < NumComponents(); ++i) Line(i)->LoadFinalize();
 }

@@ -54,8 +54,6 @@ public:
     void Clone(const AK_String& path);
     /// Adds a copy of each line of another container, under its own name.
     void CopyLinesOf(const SW_SourceLines& source);
-    /// Shows the lines on the mesh of the simulation.
-    void ProjectOntoSimulationMesh();
 
     SW_SourceLine* Line(int i) const { return static_cast<SW_SourceLine*>(_components[i]); }
 

@@ -4,7 +4,8 @@
 
 #include "SW_ScalarField.h"
 
-#include "AK_sogl.h"
+#include "AK_VisObj3d_Draw.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -110,14 +111,6 @@ int SW_VectorField::Convert()
 // Display
 // ----------------------------------------------------------------------------------------------------------------
 
-void SW_VectorField::UpdateColorBar()
-{
-    AK_Colorbar* bar = Colorbar();
-    if (!(bar->Get("Autoscale") == "1") || _values.Size() == 0) return;
-    bar->Set("Min", Min());
-    bar->Set("Max", Max());
-}
-
 void SW_VectorField::CreateMagnitudeField()
 {
     if (!Component("magnitude")) AddComponent(new SW_ScalarField("magnitude", this));
@@ -154,8 +147,7 @@ void SW_VectorField::DrawVector(const AK_Vec& from, const AK_Vec& vector) const
     const AK_Vec aside = Normalized(Cross(arrow, {0, 0, 1})) * (headWidth * Length(arrow));
     const AK_Vec tip = from + arrow;
     const AK_Vec neck = from + arrow * headBegin;
-    for (const AK_Vec& p : {from, tip, tip, neck + aside, tip, neck - aside})
-        aglVertex3f(float(p.x), float(p.y), float(p.z));
+    for (const AK_Vec& p : {from, tip, tip, neck + aside, tip, neck - aside}) AK_DrawVertex(p);
 }
 
 void SW_VectorField::DrawResampled() const

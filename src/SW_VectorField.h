@@ -39,7 +39,6 @@ protected:
     void Draw() override;
 
 private:
-    void UpdateColorBar();
     void UpdateMagnitude();
     void CreateMagnitudeField();
     void DrawVector(const AK_Vec& from, const AK_Vec& vector) const;

@@ -10,7 +10,7 @@
 #include <cmath>
 #include <cstring>
 
-static constexpr double degrees = 180 / 3.14159265358979323846;
+static constexpr double degrees = 180 / ak_pi;
 
 // ----------------------------------------------------------------------------------------------------------------
 // Attributes
@@ -248,12 +248,12 @@ void SW_WallLine::Draw()
     const AK_List<AK_Vec>& foot = _footLine._x;
     if (!HasHeights() || foot.Size() != NumVertices()) return;
     aglBegin(GL_LINE_STRIP);
-    for (int i = 0; i < NumVertices(); ++i) SW_DrawPoint(Crown(i));
+    for (int i = 0; i < NumVertices(); ++i) AK_DrawVertex(Crown(i));
     aglEnd();
     aglBegin(GL_LINES);
     for (int i = 0; i < NumVertices(); ++i) {
-        SW_DrawPoint(Crown(i));
-        SW_DrawPoint(foot[i]);
+        AK_DrawVertex(Crown(i));
+        AK_DrawVertex(foot[i]);
     }
     aglEnd();
 }
@@ -273,7 +273,7 @@ std::span<const AK_Row> SW_WallLines::Rows()
         {"LinesOfType",   shown<&S::LinesOfType>},
         {"Import",        command<[](S& walls, const AK_String& path) { walls.Import(path); }>},
         {"ProjectOnto",   command<&S::ProjectOnto>},
-        {"MeshPathsList", shown<[](const S& walls) { return SW_PathsOfType(walls, "DHM"); }>},
+        {"MeshPathsList", shown<&S::MeshPathsList>},
     };
     // clang-format on
     return rows;

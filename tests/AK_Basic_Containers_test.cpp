@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <set>
 
 static AK_List<int> Numbers(int n)
@@ -10,19 +9,6 @@ static AK_List<int> Numbers(int n)
     AK_List<int> list;
     for (int i = 0; i < n; ++i) list.Append(i);
     return list;
-}
-
-TEST(AK_List, GrowsByDoubling)
-{
-    AK_List<int> list(1);
-    const int capacities[] = {1, 2, 4, 4, 8};
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(list.Append(10 * i), i);
-        EXPECT_EQ(list.Capacity(), capacities[i]);
-    }
-    EXPECT_EQ(list.Size(), 5);
-    EXPECT_EQ(list[4], 40);
-    EXPECT_EQ(AK_List<int>(-5).Capacity(), 1);
 }
 
 TEST(AK_List, RedimensionSetsTheCapacityAndDropsTheTail)
@@ -123,13 +109,4 @@ TEST(AK_Dict, SpreadsStringsThatBeginAlike)
     for (int i = 0; i < int(buckets); ++i)
         used.insert(unsigned(HashIndex(AK_String("Project/Polylines/valley_") + AK_String(i, "%04d"))) % buckets);
     EXPECT_GT(used.size(), buckets / 2);
-}
-
-TEST(AK_Dict, HashesAPointerByItsLowBits)
-{
-    // Each step keeps 22 bits and appends a byte, so 30 bits of the address are left.
-    for (const std::uintptr_t address : {0x0ul, 0x12345678ul, 0xFFFFFFFFFFFFFFFFul, 0x7ffd12345678ul}) {
-        const void* key = reinterpret_cast<const void*>(address);
-        EXPECT_EQ(HashIndex(key), int(address & 0x3FFFFFFF));
-    }
 }

@@ -35,23 +35,6 @@ TEST(AK_Memtrace, ListsTheLiveBlocks)
     EXPECT_EQ(Dump(), "AK_MemtraceDump: 0 bytes allocated\n");
 }
 
-TEST(AK_Memtrace, NumbersTheAllocations)
-{
-    void* first = AK_malloc(1, "f", 1);
-    void* second = AK_malloc(1, "f", 1);
-    first = AK_realloc(first, 2, "f", 1);
-    testing::internal::CaptureStdout();
-    AK_MemtraceDump();
-    int numbers[2] = {};
-    const std::string text = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(
-        std::sscanf(text.c_str(), "%*[^\n]\n\t2 bytes from f:1, #%d\n\t1 bytes from f:1, #%d", numbers, numbers + 1),
-        2);
-    EXPECT_EQ(numbers[0], numbers[1] + 1) << "a block that is reallocated gets a new number and keeps its place";
-    AK_free(first);
-    AK_free(second);
-}
-
 TEST(AK_Memtrace, ReallocatesWithTheContents)
 {
     char* block = static_cast<char*>(AK_realloc(nullptr, 4, "old.cpp", 1));

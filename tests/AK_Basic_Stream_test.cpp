@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 namespace {
 
 struct Point {
@@ -206,18 +204,6 @@ TEST(AK_Stream, TellsFailedWrites)
     EXPECT_EQ(readOnly._status, 1);
 }
 
-TEST(AK_Stream, OpensInBinaryModeOnly)
-{
-    TemporaryDirectory directory;
-    const AK_String name = directory / "file";
-    CaughtMessages messages;
-    EXPECT_EQ(AK_open(name.c_str(), "w"), nullptr);
-    EXPECT_FALSE(AK_System::FileExists(name)) << "the file is not touched";
-    ASSERT_EQ(messages.Texts().size(), 1u);
-    EXPECT_EQ(messages.Texts()[0], std::string("AK_STREAM ") + name.c_str() + " must be opened in binary mode!");
-    EXPECT_EQ(messages.Locations()[0].rfind("src/AK_Basic_Stream.cpp:", 0), 0u) << messages.Locations()[0];
-}
-
 TEST(AK_Stream, PlainFunctionsCountItems)
 {
     TemporaryDirectory directory;
@@ -293,18 +279,6 @@ TEST(AK_TextReader, JoinsLinesAcrossItsBuffer)
     EXPECT_EQ(reader.Remaining(), 199999);
     ASSERT_TRUE(reader.ReadLine(line, 40959));
     EXPECT_EQ(line.Length(), 40959);
-}
-
-TEST(AK_TextReader, ReadsBytesUpToTheEnd)
-{
-    TemporaryDirectory directory;
-    const AK_String name = directory / "text";
-    WriteFile(name, std::string("\xff\0", 2));
-    AK_TextReader reader(name);
-    EXPECT_EQ(reader.ReadByte(), 255);
-    EXPECT_EQ(reader.ReadByte(), 0);
-    EXPECT_EQ(reader.ReadByte(), -1);
-    EXPECT_EQ(reader.ReadByte(), -1);
 }
 
 TEST(AK_TextReader, HasNoLinesInWhatIsNoFile)

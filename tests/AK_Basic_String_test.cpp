@@ -38,13 +38,6 @@ TEST(AK_String, HoldsExactlyItsTextInAnyForm)
     ExpectText(AK_String(list, ak_sep), "a%AK_SEP%%AK_SEP%", 18);
 }
 
-TEST(AK_String, EndsAtANulByteInARange)
-{
-    const char bytes[] = "ab\0cd";
-    const AK_String s(bytes, bytes + 5);
-    EXPECT_EQ(s.Length(), 2);
-}
-
 TEST(AK_String, AssignsPartsOfItself)
 {
     AK_String s = "hello world";
@@ -58,21 +51,6 @@ TEST(AK_String, AssignsPartsOfItself)
     EXPECT_STREQ(s.c_str(), "") << "what is moved from is still a text";
 }
 
-TEST(AK_String, JoinsWithoutTouchingTheOperands)
-{
-    const AK_String x = "x";
-    EXPECT_EQ(x + "y", "xy");
-    EXPECT_EQ("y" + x, "yx");
-    EXPECT_EQ(x + x, "xx");
-    EXPECT_EQ(x, "x");
-    AK_String s = "b";
-    s.Append("c");
-    s.Prepend("a");
-    s.Prepend(x);
-    s.Append(x);
-    EXPECT_EQ(s, "xabcx");
-}
-
 TEST(AK_StringDeath, NullAndSelfAppendAreFatal)
 {
     AK_String s = "text";
@@ -83,19 +61,6 @@ TEST(AK_StringDeath, NullAndSelfAppendAreFatal)
     EXPECT_DEATH(s.Append(s), "ERROR:FATAL:&s != this failed!");
     EXPECT_DEATH(s.Prepend(s.c_str() + 1), "ERROR:FATAL:&s != this failed!");
     ak_msg_func = ak_default_msg_func;
-}
-
-TEST(AK_String, ComparesBytes)
-{
-    const AK_String a = "abc", b = "abd";
-    EXPECT_TRUE(a == "abc");
-    EXPECT_TRUE(a != b);
-    EXPECT_LT(AK_String::Compare(&a, &b), 0);
-    EXPECT_GT(AK_String::Compare(&b, &a), 0);
-    EXPECT_TRUE(a.StartsWith("ab") && a.StartsWith("") && !a.StartsWith("abcd"));
-    EXPECT_TRUE(a.EndsWith("bc") && a.EndsWith("") && !a.EndsWith("xabc"));
-    const AK_String high = "\xff", low = "a";
-    EXPECT_GT(AK_String::Compare(&high, &low), 0) << "bytes are unsigned in the order of strcmp";
 }
 
 TEST(AK_String, CarriesAPointerAsText)
@@ -159,27 +124,6 @@ TEST(AK_String, ReplacesBytes)
     EXPECT_EQ(mixed, "az\xc4@[`{9");
     mixed.ToUpper();
     EXPECT_EQ(mixed, "AZ\xc4@[`{9");
-}
-
-TEST(AK_String, MarksUpTheRunBehindACharacter)
-{
-    const struct {
-        const char* text;
-        char c;
-        int found;
-        const char* result;
-    } cases[] = {
-        {"x^2+y",  '^', 1, "x<2>+y" },
-        {"h_ice ", '_', 1, "h<ice> "},
-        {"a^",     '^', 1, "a<>"    },
-        {"a^2^3",  '^', 1, "a<2>^3" },
-        {"abc",    '^', 0, "abc"    },
-    };
-    for (const auto& c : cases) {
-        AK_String s = c.text;
-        EXPECT_EQ(s.ReplaceToNonAlnum(c.c, "<", ">"), c.found) << c.text;
-        EXPECT_STREQ(s.c_str(), c.result);
-    }
 }
 
 TEST(AK_String, CollapsesRuns)
@@ -253,24 +197,6 @@ TEST(AK_String, ReadsNumbers)
     EXPECT_EQ(f[2], 3);
 }
 
-TEST(AK_String, ScansAFixedCountOfNumbersOrWarns)
-{
-    CaughtMessages messages;
-    float f[4] = {};
-    double d[3] = {};
-    EXPECT_EQ(AK_String("\t1 2\n3 4").f4(f), 1);
-    EXPECT_EQ(f[3], 4);
-    EXPECT_EQ(AK_String("1 2 3").f3(f) + AK_String("1 2").f2(f), 2);
-    EXPECT_EQ(AK_String("5 6 0.1").f3(d) + AK_String("5 6").f2(d), 2);
-    EXPECT_EQ(d[2], 0.1);
-    EXPECT_TRUE(messages.Texts().empty());
-
-    EXPECT_EQ(AK_String("8").f2(d), 0);
-    EXPECT_EQ(d[0], 8) << "the first number has been stored";
-    EXPECT_EQ(AK_String("").f2(f) + AK_String("1 x").f3(d) + AK_String("1 2").f3(f) + AK_String("1 2 3").f4(f), 0);
-    EXPECT_EQ(messages.Texts(), std::vector<std::string>(5, "WARNING:wrong input!"));
-}
-
 TEST(AK_String, FindsAndSetsKeyValues)
 {
     const struct {
@@ -295,10 +221,4 @@ TEST(AK_String, FindsAndSetsKeyValues)
     AK_String s = "a=1;";
     s.SetKeyValue("b", s, '=', ';');
     EXPECT_EQ(s, "a=1;b=a=1;;");
-}
-
-TEST(AK_String, TellsNumbersByTheirCharacters)
-{
-    for (const char* text : {"", "1", "-1.5E+3 2d0", "\t "}) EXPECT_TRUE(AK_String(text).IsNumbers()) << text;
-    for (const char* text : {"x", "1,2", "nan", "0x1", "1\n"}) EXPECT_FALSE(AK_String(text).IsNumbers()) << text;
 }

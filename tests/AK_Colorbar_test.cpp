@@ -109,28 +109,6 @@ TEST_F(AK_ColorbarTest, StepsAreEqualOrChosen)
     EXPECT_EQ(bar.Step(7), bar.Max()) << "a step that is not there";
 }
 
-TEST_F(AK_ColorbarTest, SaysWhatCanBeEdited)
-{
-    const struct {
-        const char *set, *minMax, *arbitrary, *values, *greyscale, *table;
-    } cases[] = {
-        {"Autoscale=1",                       "r", "r", "r", "w", "-"},
-        {"Autoscale=0",                       "w", "w", "r", "w", "-"},
-        {"ArbitrarySteps=1",                  "w", "w", "w", "w", "-"},
-        {"Autoscale=1;DiscreteColors=1",      "r", "r", "r", "w", "w"}
-    };
-    for (const auto& c : cases) {
-        Apply(c.set);
-        EXPECT_EQ(Get(bar, "MinMaxVis"), c.minMax) << c.set;
-        EXPECT_EQ(Get(bar, "ArbitraryStepsVis"), c.arbitrary) << c.set;
-        EXPECT_EQ(Get(bar, "StepValuesVis"), c.values) << c.set;
-        EXPECT_EQ(Get(bar, "GreyscaleVis"), c.greyscale) << c.set;
-        EXPECT_EQ(Get(bar, "ColorTableVis"), c.table) << c.set;
-    }
-    EXPECT_EQ(Get(bar, "HorizontalAlignmentOpts"), "left%AK_SEP%center%AK_SEP%right");
-    EXPECT_EQ(Get(bar, "VerticalAlignmentOpts"), "top%AK_SEP%bottom");
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // Memory per unit
 // ----------------------------------------------------------------------------------------------------------------

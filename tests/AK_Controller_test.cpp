@@ -169,36 +169,3 @@ TEST_F(AK_TerminalControllerTest, RecordsEachCommandOfTheMenusButTheRecordingIts
                                                                "set(\"Box\", \"NoSuch\", \"x\")\n"
                                                                "set(\"Box/Inner\", \"Number\", \"7\")\n");
 }
-
-TEST_F(AK_TerminalControllerTest, RunsTheStartMacroAndEndsWhenItIsToldTo)
-{
-    ClassFile("start.macro", "set(\"Box\", \"Number\", \"5\")\nset(\"Box\", \"Fail\", \"here\")\n"
-                             "set(\"Box\", \"Number\", \"6\")\n");
-    ak_msg_func = [](const char*, const char*) {};
-    viewer->Run(0, 0, directory / "attributes/start.macro", "", 1);
-    EXPECT_EQ(Text(viewer->Get("Box:Number")), "5");
-    EXPECT_EQ(Text(viewer->Get("MacroFileName")), Text(directory / "attributes/start.macro"));
-}
-
-TEST_F(AK_TerminalControllerTest, RecordingFailsInSilenceAndStartsTheFileAnew)
-{
-    const auto recording = [&] { return Text(viewer->Get("Recording")); };
-    viewer->Set("MacroFileName", directory / "no/such/dir/x.macro");
-    EXPECT_EQ(viewer->Set("Recording", "1"), 1);
-    EXPECT_EQ(recording(), "0");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "");
-
-    const AK_String file = directory / "r.macro";
-    WriteFile(file, "old");
-    viewer->Set("MacroFileName", file);
-    viewer->Set("Recording", "2");   // any number but 0
-    EXPECT_EQ(recording(), "2");
-    EXPECT_EQ(FileBytes(file), "");
-    WriteFile(file, "old");
-    viewer->Set("Recording", "1");
-    EXPECT_EQ(recording(), "1");
-    EXPECT_EQ(FileBytes(file), "");
-    viewer->Set("Recording", "none");
-    EXPECT_EQ(recording(), "0");
-    EXPECT_GT(viewer->ExecTime("Recording"), 0);
-}

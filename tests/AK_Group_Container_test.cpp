@@ -33,31 +33,6 @@ TEST_F(AK_ContainerTest, DeletingAnObjectTakesItsDirectoryAndTheReferencesToItAl
     ExpectConsistent(root);
 }
 
-TEST_F(AK_ContainerTest, DeletingAllEmptiesTheContainerAndItsDirectory)
-{
-    SaveThreeThings();
-    auto* other = AddTo<TestThing>(root, "other");
-    things->AppendComponent(other);   // what the container does not own leaves its list and lives on
-    for (int times = 0; times < 2; ++times) {
-        EXPECT_EQ(things->Set("DeleteAll", "ignored"), 1);
-        EXPECT_EQ(things->NumComponents(), 0);
-        EXPECT_EQ(Text(things->Get("DeleteVisibility")), "r");
-    }
-    EXPECT_EQ(TestThing::alive, 2);
-    EXPECT_EQ(root.Component("other"), other);
-    EXPECT_EQ(Text(things->UnloadedComponentsList()), "");
-    ExpectConsistent(root);
-}
-
-TEST_F(AK_ContainerTest, AnObjectMayDeleteItselfByItsOwnCommand)
-{
-    things->Add("a")->Add("below");
-    root.ExecCommand("set(\"Things/a\", \"DeleteMe\", \"\")", 0);
-    EXPECT_EQ(things->NumComponents(), 0);
-    EXPECT_EQ(TestThing::alive, 1);
-    ExpectConsistent(root);
-}
-
 TEST_F(AK_ContainerTest, WhatIsUnloadedIsListedAndComesBackAsItWasSaved)
 {
     SaveThreeThings();
@@ -126,12 +101,4 @@ TEST_F(AK_ContainerTest, UnloadingAllContainersKeepsTheSkeletonOfTheTree)
     EXPECT_EQ(Text(root.Get("Things/c:Number")), "3");   // a path brings back what it names, and no more
     EXPECT_EQ(ComponentIds(*things), (Lines{"c"}));
     ExpectConsistent(root);
-}
-
-TEST_F(AK_ContainerTest, IdsCanBeEditedBelowAContainerOnly)
-{
-    EXPECT_EQ(Text(things->Add("a")->Get("IdVis")), "w");
-    EXPECT_EQ(Text(things->Get("IdVis")), "r");
-    EXPECT_TRUE(things->IsOfType("Container"));
-    EXPECT_TRUE(things->IsOfType("Object"));
 }

@@ -83,18 +83,6 @@ TEST_F(AK_GroupScriptTest, AFilterMayDeleteWhatItIsAskedAbout)
     ExpectConsistent(root);
 }
 
-TEST_F(AK_GroupScriptTest, AFilterIsSavedAndRestored)
-{
-    const char* filter = "char s[10];\n\tget(id, \"Text\", s); return strcmp(s, \"x\") == 0;";
-    root.Component("b")->Set("Text", "x");
-    group->Set("Filter", filter);
-    group->SaveAttributes(directory / "group.macro");
-    auto* copy = AddTo<AK_Group>(root, "copy");
-    copy->ExecMacro(directory / "group.macro", 1);
-    EXPECT_EQ(Text(copy->Get("Filter")), filter);
-    EXPECT_EQ(Listed(copy->Get("GetObjectsOfTypeList")), (Lines{"Viewer/b"}));
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // User objects
 // ----------------------------------------------------------------------------------------------------------------
@@ -143,27 +131,6 @@ TEST_F(AK_GroupScriptTest, CodeMayExchangeTheClassOfItsObjectAndDeleteTheObject)
     ExpectConsistent(root);
 }
 
-TEST_F(AK_GroupScriptTest, CodeWithErrorsIsReportedAndTheClassWorksWithoutIt)
-{
-    Code("void Broken(char s[]) { nosuch(s); }");
-    const Lines messages = Messages();
-    ASSERT_EQ(messages.size(), 1u);
-    EXPECT_EQ(messages[0].rfind("INFO:1 syntax errors in QVT_SCI file ", 0), 0u) << messages[0];
-    EXPECT_EQ(Text(user->Type()), "Made");
-    EXPECT_EQ(Text(user->Get("Broken")), ak_null);
-}
-
-TEST_F(AK_GroupScriptTest, AGroupsBroadcastReachesFormulaAttributes)
-{
-    Code("double x = 0; void X(char s[]) { sprintf(s, \"%g\", x); } void SetX(char s[]) { x = atof(s); }");
-    AK_UserObj* first = user;
-    user = AddTo<AK_UserObj>(root, "second");
-    Code(Text(first->AttributesName()).substr(Text(first->AttributesName()).find("double")));
-    group->Set("ContainedObjectsList", "../user%AK_SEP%../second%AK_SEP%");
-    EXPECT_EQ(group->Set("SetX", "1.5%AK_SEP%2.5%AK_SEP%"), 2);
-    EXPECT_EQ(Listed(group->Get("X")), (Lines{"1.5", "2.5"}));
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // The example
 // ----------------------------------------------------------------------------------------------------------------
@@ -194,56 +161,4 @@ TEST_F(AK_UserClassExample, ItsMacroReportsWhatItsReadmeSays)
     EXPECT_EQ(reports,
               (Lines{"-5 degrees C, 0 kg water in a kg, 200 kg/m3", "0 degrees C, 0.1 kg water in a kg, 444.444 kg/m3",
                      "0 degrees C, 0.2 kg water in a kg, 500 kg/m3"}));
-}
-
-TEST_F(AK_UserClassExample, ComputesTheStateOfSnow)
-{
-    user->Set("AttributesName", "SnowState");
-    const struct {
-        const char* enthalpy;
-        const char* dryDensity;
-        const char *temperature, *water, *density, *visibility;
-    } cases[] = {
-        {"-20500", "100", "-10", "0", "100", "-"},
-        {"0", "300", "0", "0", "300", "-"},
-        {"166750", "400", "0", "0.5", "800", "w"},
-        {"166750", "900", "0", "0.5", "956.703", "w"},   // no air left: 1/(0.5/917 + 0.5/1000)
-        {"333500", "300", "0", "1", "1000", "w"},
-        {"375370", "300", "10", "1", "1000", "w"},
-    };
-    for (const auto& c : cases) {
-        user->Set("SetSpecificEnthalpy", c.enthalpy);
-        user->Set("SetDrySnowDensity", c.dryDensity);
-        EXPECT_EQ(Text(AK_Object::_execStatus), "");
-        EXPECT_EQ(Text(user->Get("SpecificEnthalpy")), c.enthalpy);
-        EXPECT_EQ(Text(user->Get("Temperature")), c.temperature) << c.enthalpy;
-        EXPECT_EQ(Text(user->Get("WaterMassFraction")), c.water) << c.enthalpy;
-        EXPECT_EQ(Text(user->Get("Density")), c.density) << c.enthalpy << " " << c.dryDensity;
-        EXPECT_EQ(Text(user->Get("WaterVis")), c.visibility) << c.enthalpy;
-    }
-    for (const char* bad : {"", "warm", "nan", "1e9", "-1e9"}) {
-        user->Set("SetSpecificEnthalpy", bad);
-        EXPECT_EQ(Text(AK_Object::_execStatus), "a number from -559958 to 752200 is expected") << bad;
-        EXPECT_EQ(Text(user->Get("SpecificEnthalpy")), "375370");
-    }
-    user->Set("AddHeat", "500000");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "a number from -559958 to 752200 is expected");
-}
-
-TEST_F(AK_UserClassExample, KeepsToAParameterSetUntilAValueIsChangedAndIsSavedWithItsState)
-{
-    user->Set("AttributesName", "SnowState");
-    user->Set("ParameterSet", "settled snow");
-    EXPECT_EQ(Text(user->Get("ParameterSet")), "settled snow");
-    EXPECT_EQ(Text(user->Get("Temperature")), "-2");
-    user->Set("AddHeat", "1");
-    EXPECT_EQ(Text(user->Get("ParameterSet")), "none");
-    user->SaveAs(directory / "user");
-    AK_UserObj* again = AK_UserObj::CreateFromDirectory("again", &root, directory / "user");
-    ASSERT_TRUE(again);
-    root.AddComponent(again);
-    again->Load(directory / "user");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "");
-    EXPECT_EQ(Text(again->Get("SpecificEnthalpy")), "-4099");
-    EXPECT_EQ(Text(again->Get("DrySnowDensity")), "300");
 }

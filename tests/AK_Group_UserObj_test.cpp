@@ -56,27 +56,6 @@ TEST_F(AK_UserObjTest, HasTheClassThatItsAttributesNameTells)
     EXPECT_NE(Text(object->Type()), Text(other->Type()));
 }
 
-TEST_F(AK_UserObjTest, ADescriptionThatIsMissingIsReportedByItsReader)
-{
-    object->Set("AttributesName", "Nowhere");
-    EXPECT_EQ(Messages(), (Lines{"cannot open attribute file " + Text(directory / "attributes/Nowhere.atr!")}));
-    EXPECT_EQ(Text(AK_Object::_execStatus), "");
-}
-
-TEST_F(AK_UserObjTest, ItsDefaultsRunWhenItGetsItsClassAndNotAgain)
-{
-    ClassFile("Snow.def", "set(\"\", \"$wet\", \"1\")\nset(\"\", \"Active\", \"0\")\n");
-    object->Set("AttributesName", "Snow");
-    EXPECT_EQ(Text(object->Get("$wet")), "1");
-    EXPECT_EQ(Text(object->Get("Active")), "0");
-    object->Set("$wet", "0");
-    object->Set("AttributesName", "Snow");   // as a macro does that restores the object
-    EXPECT_EQ(Text(object->Get("$wet")), "0");
-    object->Set("AttributesName", "");
-    object->Set("AttributesName", "Snow");
-    EXPECT_EQ(Text(object->Get("$wet")), "1");
-}
-
 TEST_F(AK_UserObjTest, ClassesWhoseDefaultsNameEachOtherDoNotGoOnForEver)
 {
     ClassFile("Snow.def", "set(\"\", \"AttributesName\", \"Rock\")\n");
@@ -84,19 +63,6 @@ TEST_F(AK_UserObjTest, ClassesWhoseDefaultsNameEachOtherDoNotGoOnForEver)
     object->Set("AttributesName", "Snow");
     EXPECT_EQ(Text(object->Type()), "Snow");
     EXPECT_EQ(Text(AK_Object::_execStatus), "cannot become 'Rock' while 'Snow' is being loaded");
-}
-
-TEST_F(AK_UserObjTest, BringsTheParameterSetsOfItsClassOnce)
-{
-    ClassFile("Glacier.atr", "obj.Glacier\n\tbool.Wet:$wet\n\t\tset:$wet\n");
-    ClassFile("Glacier.parsets", "= cold and dry\n$wet = 0\nActive = 0\n");
-    auto* other = AddTo<AK_UserObj>(root, "other");
-    object->Set("AttributesName", "Glacier");
-    other->Set("AttributesName", "Glacier");
-    EXPECT_EQ(Listed(object->Get("ParameterSetOptions")), (Lines{"none", "cold and dry"}));
-    object->Set("ParameterSet", "cold and dry");
-    EXPECT_EQ(Text(object->Get("Active")), "0");
-    EXPECT_EQ(Text(object->Get("ParameterSet")), "cold and dry");
 }
 
 TEST_F(AK_UserObjTest, ItsDescriptionOutlivesItWhereAGroupShowsIt)
@@ -112,15 +78,6 @@ TEST_F(AK_UserObjTest, ItsDescriptionOutlivesItWhereAGroupShowsIt)
     EXPECT_TRUE(group->Attributes()->Attribute("AttributesName"));
     group->UpdateAttributes();
     EXPECT_FALSE(group->Attributes()->Attribute("Wet"));
-}
-
-TEST_F(AK_UserObjTest, TakesOverAClassWhileItsOwnDescriptionIsWalked)
-{
-    auto* other = AddTo<AK_UserObj>(root, "other");
-    other->Set("AttributesName", "Rock");
-    object->Set("AttributesName", "Snow");
-    object->AssignAttributesOf(other, AK_List<AK_String>(1));
-    EXPECT_EQ(Text(object->Type()), "Rock");
 }
 
 // ----------------------------------------------------------------------------------------------------------------

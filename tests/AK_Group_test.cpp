@@ -1,7 +1,5 @@
 #include "AK_Group_TestSupport.h"
 
-#include <chrono>
-
 class AK_GroupTest : public GroupTest {
 protected:
     // Viewer: Things (a, b, c of type Thing), special (SpecialThing), group.
@@ -64,20 +62,6 @@ TEST_F(AK_GroupTest, AValueGoesToAllMembersAndAListGivesOneToEach)
         EXPECT_EQ(group->Set("Number", c.value), 3) << c.why;
         EXPECT_EQ(Numbers(), c.numbers) << c.why;
     }
-}
-
-TEST_F(AK_GroupTest, AnswersAreJoinedUnlessAMemberLacksTheAttribute)
-{
-    EXPECT_EQ(Text(group->Get("NoSuch")), "");   // nobody to ask
-    EXPECT_EQ(Text(group->Get("Type")), "");
-    Append({"Things/a", "special"});
-    EXPECT_EQ(Listed(group->Get("Number")), (Lines{"0", "100"}));
-    EXPECT_EQ(Listed(group->Get("Type")), (Lines{"Thing", "SpecialThing"}));
-    EXPECT_EQ(Text(group->Get("NoSuch")), ak_null);
-    EXPECT_EQ(Text(group->Get("Extra")), ak_null);   // only one has it
-
-    things->Component("a")->SetVariableValue("$x", "1");   // every object answers for any variable
-    EXPECT_EQ(Listed(group->Get("$x")), (Lines{"1", ""}));
 }
 
 TEST_F(AK_GroupTest, ItsOwnNamesAreItsOwnAndAllOthersItsMembers)
@@ -143,23 +127,6 @@ TEST_F(AK_GroupTest, GroupsThatHoldEachOtherComeToAnEnd)
     EXPECT_GT(group->ExecTime("Number"), 0);
 }
 
-TEST_F(AK_GroupTest, ADozenGroupsThatAllHoldEachOtherAnswerInTime)
-{
-    std::vector<AK_Group*> groups;
-    for (int i = 0; i < 12; ++i) groups.push_back(AddTo<AK_Group>(root, ("g" + std::to_string(i)).c_str()));
-    for (AK_Group* g : groups) {
-        g->Set("SelectedObjectType", "Group");
-        g->AppendAllMatchingObjects();
-        g->AppendObject("Things/a");
-    }
-    const auto start = std::chrono::steady_clock::now();
-    groups[0]->Set("Count", "");
-    groups[0]->Get("Number");
-    groups[0]->ExecTime("NoSuch");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
-    EXPECT_GT(things->Component("a")->ExecTime("Count"), 0);
-}
-
 TEST_F(AK_GroupTest, AChainOfGroupsEndsBeforeTheStackDoes)
 {
     AK_Group* last = group;
@@ -173,18 +140,6 @@ TEST_F(AK_GroupTest, AChainOfGroupsEndsBeforeTheStackDoes)
     group->Set("Extra", "far away");
     EXPECT_EQ(Text(special->Get("Extra")), "");
     EXPECT_EQ(Text(group->Get("Extra")).find("far"), std::string::npos);
-}
-
-TEST_F(AK_GroupTest, TheStampOfAnAttributeIsItsOwnElseTheLatestOfTheMembers)
-{
-    Append(abc);
-    EXPECT_EQ(group->ExecTime("Number"), 0);
-    things->Component("b")->Set("Number", "1");
-    things->Component("a")->Set("Number", "1");
-    EXPECT_EQ(group->ExecTime("Number"), things->Component("a")->ExecTime("Number"));
-    const long own = group->ExecTime("AppendObject");
-    EXPECT_GT(own, 0);
-    EXPECT_LT(own, group->ExecTime("Number"));
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -258,48 +213,6 @@ TEST_F(AK_GroupTest, ObjectsAreChosenByTypeAndByValue)
     ExpectConsistent(root);
 }
 
-TEST_F(AK_GroupTest, ListsToChooseFromNameEachThingOnce)
-{
-    things->Component("b")->Set("Text", "x");
-    group->Set("SelectedObjectType", "Thing");
-    EXPECT_EQ(Listed(group->Get("GetObjectTypesList")), (Lines{"Thing", "Container", "SpecialThing", "Group"}));
-    EXPECT_EQ(Listed(group->Get("GetObjectsOfTypeList")),
-              (Lines{"Viewer", "Viewer/Things/a", "Viewer/Things/b", "Viewer/Things/c", "Viewer/special"}));
-    const Lines names = Listed(group->Get("AttributeOptions"));
-    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), names.size());
-    EXPECT_EQ(std::count(names.begin(), names.end(), "Number"), 1);
-    EXPECT_EQ(std::count(names.begin(), names.end(), "Extra"), 1);
-    EXPECT_EQ(std::count(names.begin(), names.end(), "Scratch"), 0);   // never saved, so nothing to choose by
-
-    EXPECT_EQ(Text(group->Get("ValueOptions")), "");
-    EXPECT_EQ(Text(group->Get("AttributeVisibility")), "-");
-    group->Set("SelectedAttribute", "Text");
-    EXPECT_EQ(Listed(group->Get("ValueOptions")), (Lines{"", "x"}));
-    EXPECT_EQ(Text(group->Get("AttributeVisibility")), "w");
-}
-
-TEST_F(AK_GroupTest, WorkingOnOneTypeChangesWhatIsShown)
-{
-    for (const char* value : {"0", "1", "2", "yes"}) {
-        group->Set("SingleType", value);
-        const bool single = std::string(value) == "1";
-        EXPECT_EQ(Text(group->Get("SingleType")), single ? "1" : "0");
-        EXPECT_EQ(Text(group->Get("SingleTypeVisibility")), single ? "w" : "-");
-        EXPECT_EQ(Text(group->Get("FullVisibility")), single ? "-" : "w");
-    }
-    EXPECT_TRUE(group->IsOfType("Group"));
-    EXPECT_FALSE(group->IsOfType("Object"));
-}
-
-TEST_F(AK_GroupTest, ReferencesGoWithTheirObjects)
-{
-    Append({"Things/a", "Things/b", "special"});
-    things->DeleteComponent("a");
-    things->UnloadComponent("b");
-    EXPECT_EQ(ComponentIds(*group), (Lines{"special"}));
-    ExpectConsistent(root);
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // The description
 // ----------------------------------------------------------------------------------------------------------------
@@ -339,17 +252,6 @@ TEST_F(AK_GroupTest, GroupsThatHoldEachOtherAreDescribedWithoutACircle)
     EXPECT_FALSE(group->Attributes()->Attribute("NoSuch"));   // as it was, until the members change
 }
 
-TEST_F(AK_GroupTest, AttributesCanBeTakenOverFromAGroupWhileTheDescriptionChanges)
-{
-    Append(abc);
-    auto* copy = AddTo<AK_Group>(root, "copy");
-    copy->Set("SelectedAttribute", "old");
-    group->Set("SelectedAttribute", "Text");
-    copy->AssignAttributesOf(group, AK_List<AK_String>(1));
-    EXPECT_EQ(ComponentIds(*copy), (Lines{"a", "b", "c"}));
-    EXPECT_EQ(Text(copy->Get("SelectedAttribute")), "Text");
-}
-
 TEST_F(AK_GroupTest, IsSavedWithItsMembersPathsAndNothingOfTheirs)
 {
     Append(abc);
@@ -369,14 +271,4 @@ TEST_F(AK_GroupTest, IsSavedWithItsMembersPathsAndNothingOfTheirs)
     EXPECT_EQ(SharedClass(*copy), "Thing");
     for (const char* name : {"SelectedObjectType", "SelectedValue"})
         EXPECT_EQ(Text(copy->Get(name)), Text(group->Get(name)));
-}
-
-TEST_F(AK_GroupTest, IsWrittenEvenWhenAMemberHasJustBeenSaved)
-{
-    group->SaveAs(directory / "group");
-    auto* another = AddTo<AK_Group>(root, "another");
-    another->Set("AppendObject", "Things/b");
-    things->Component("b")->SaveAs(directory / "b");   // its stamp of saving is later than any of the group's
-    another->SaveAs(directory / "group");
-    EXPECT_NE(FileBytes(directory / "group/Group.atr").find("/b%AK_SEP%"), std::string::npos);
 }

@@ -43,8 +43,6 @@ Lines Ids(const AK_List<const AK_Attribute*>& nodes)
     return ids;
 }
 
-std::string IdOf(const AK_Attribute* node) { return node ? Text(node->_id) : "none"; }
-
 }   // namespace
 
 class AK_AttributeTest : public ObjectTest {
@@ -95,23 +93,6 @@ TEST_F(AK_AttributeTest, LinesBecomeNodesByTheirIndentation)
     EXPECT_EQ(FromFile("\tb\nobj.A\n"), (Lines{"0 obj.A"})) << "what comes before the root";
 }
 
-TEST_F(AK_AttributeTest, LinesMayBeOfAnyLength)
-{
-    const std::string word(1000000, 'w');
-    EXPECT_EQ(FromFile("obj.A\n\t" + word + ":" + word + "\n\tb\n"),
-              (Lines{"0 obj.A", "1 " + word + "=" + word, "1 b"}));
-    EXPECT_EQ(FromFile("obj.A\n\t" + std::string(300, 'x') + "\n\tb\n"),
-              (Lines{"0 obj.A", "1 " + std::string(300, 'x'), "1 b"}));
-}
-
-TEST_F(AK_AttributeTest, TheBaseClassHangsOnAsTheLastChild)
-{
-    const Description base("obj.Base\n\ttext.Id:Id\n\t\tset:Id\n");
-    const Description derived("obj.Derived\n\ttext.Own:Own\n", base.Root());
-    EXPECT_EQ(derived.Nodes(), (Lines{"0 obj.Derived", "1 text.Own=Own", "1 obj.Base", "2 text.Id=Id", "3 set=Id"}));
-    EXPECT_EQ(IdOf(derived->AttributeOfSetCmd("Id")), "text.Id") << "searches run on through it";
-}
-
 TEST_F(AK_AttributeTest, WhatCannotBeReadIsToldWithItsPath)
 {
     EXPECT_EQ(CreateAttributes("NoSuch", nullptr), nullptr);
@@ -131,55 +112,6 @@ TEST_F(AK_AttributeTest, ATextWithoutALineEndIsFatal)
 }
 
 // ----------------------------------------------------------------------------------------------------------- searches
-
-TEST_F(AK_AttributeTest, IdsAreDottedFields)
-{
-    const Description d("obj.A\n\ta.b..c\n\t.x\n\tplain\n");
-    const struct {
-        int node;
-        int field;
-        const char* text;
-    } cases[] = {
-        {0, 0,    "a"    },
-        {0, 1,    "b"    },
-        {0, 2,    ""     },
-        {0, 3,    "c"    },
-        {0, 4,    ""     },
-        {0, 1000, ""     },
-        {1, 0,    ""     },
-        {1, 1,    "x"    },
-        {2, 0,    "plain"},
-        {2, 1,    ""     }
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Text(d->_components[c.node]->Id(c.field)), c.text) << c.node << " " << c.field;
-    }
-}
-
-TEST_F(AK_AttributeTest, SearchesAreDepthFirstAndEndAtTheFirst)
-{
-    const TestSpecialThing special("s", nullptr);
-    const AK_Attribute* d = special.Attributes();
-    const struct {
-        const char* what;
-        const AK_Attribute* found;
-        const char* id;
-    } cases[] = {
-        {"name",                      d->Attribute("Number"),                "int.Number"            },
-        {"name of a root",            d->Attribute("Thing"),                 "obj.Thing"             },
-        {"no such name",              d->Attribute("Volume"),                "none"                  },
-        {"set",                       d->AttributeOfSetCmd("Fail"),          "apply.Fail"            },
-        {"set of the base class",     d->AttributeOfSetCmd("MacroFileName"), "filename.MacroFileName"},
-        {"not a get",                 d->AttributeOfSetCmd("KindOptions"),   "none"                  },
-        {"get, of an inner node too", d->SubAttribute("KindOptions"),        "options"               },
-        {"set, by SubAttribute",      d->SubAttribute("Count"),              "apply.Count"           },
-        {"child",                     d->Component("obj.Thing"),             "obj.Thing"             },
-        {"a grandchild is no child",  d->Component("int.Number"),            "none"                  },
-    };
-    for (const auto& c : cases) EXPECT_EQ(IdOf(c.found), c.id) << c.what;
-    EXPECT_EQ(Text(d->AttributeOfSetCmd("Number")->SetCmd()), "Number");
-    EXPECT_EQ(Text(d->SetCmd()), "");
-}
 
 TEST_F(AK_AttributeTest, ListsCollectWhatTheyAreNamedAfter)
 {
@@ -212,15 +144,6 @@ TEST_F(AK_AttributeTest, ListsCollectWhatTheyAreNamedAfter)
     EXPECT_EQ(Text(d->ObjectTypeOfSetCmd("Active")), "Object");
     EXPECT_EQ(Text(d->ObjectTypeOfSetCmd("Volume")), "");
     EXPECT_EQ(d->NumAttributes(), 0);
-}
-
-TEST_F(AK_AttributeTest, PrintingIndentsByLevels)
-{
-    const Description d("obj.A\n\tint.x:X\n\t\tset:SetX\n\topr.y\n");
-    testing::internal::CaptureStdout();
-    d->Print(1);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "\tid:obj.A\n\t\tid:int.x cmd:X\n\t\t\tid:set cmd:SetX\n\t\tid:opr.y\n");
 }
 
 // ------------------------------------------------------------------------------------------------------ hostile input
@@ -284,12 +207,4 @@ TEST_F(AK_AttributeTest, NestingIsBounded)
     std::string million = "obj.A\n";
     million += std::string(1000000, '\t') + "x\n\tb:" + std::string(1000000, '\t') + "\\\n";
     EXPECT_EQ(Description(million).Nodes().size(), 2u);
-}
-
-TEST_F(AK_AttributeTest, ManyLinesTakeLinearTime)
-{
-    std::string wide = "obj.A\n\tdoc:\\\n";
-    for (int i = 0; i < 100000; ++i) wide += "\t\t\t\tmore\\\n";
-    for (int i = 0; i < 100000; ++i) wide += "\tint.x" + std::to_string(i) + ":y\n";
-    EXPECT_EQ(Description(wide).Nodes().size(), 100002u);
 }

@@ -1,8 +1,6 @@
-// Get and Set: values as texts, the chain of classes, names that lead elsewhere, stamps, variables, lists and labels.
+// Get and Set: values as texts, the chain of classes, names that lead elsewhere, stamps, variables.
 
 #include "AK_Object_TestSupport.h"
-
-#include <climits>
 
 class AK_AttributesTest : public ObjectTest {
 protected:
@@ -54,19 +52,7 @@ TEST_F(AK_AttributesTest, ValuesAreReadAndWrittenInTheirFormats)
     EXPECT_EQ(Text(root.Get("Text")), megabyte);
 }
 
-// ------------------------------------------------------------------------------------------------------ whose a name
-// is
-
-TEST_F(AK_AttributesTest, TheMostDerivedClassThatKnowsANameAnswers)
-{
-    TestSpecialThing special("s", nullptr);
-    EXPECT_EQ(special.Set("Number", "5"), 1) << "its Set is that of the base class";
-    EXPECT_EQ(special.Get("Number"), "105");
-    EXPECT_EQ(special.Set("Extra", "e"), 1);
-    EXPECT_EQ(special.Get("Extra"), "e");
-    EXPECT_EQ(special.Get("Type"), "SpecialThing");
-    EXPECT_EQ(special.Get("IdVis"), "r");
-}
+// -------------------------------------------------------------------------------------------- whose a name is
 
 TEST_F(AK_AttributesTest, WhatNobodyKnowsLeavesTheStatusAlone)
 {
@@ -79,17 +65,6 @@ TEST_F(AK_AttributesTest, WhatNobodyKnowsLeavesTheStatusAlone)
         EXPECT_EQ(root.Set(name, "1"), 0) << name;
     EXPECT_EQ(Text(AK_Object::_execStatus), "old");
     EXPECT_EQ(Messages(), Lines{});
-}
-
-TEST_F(AK_AttributesTest, ARecognisedNameEmptiesTheStatusFirst)
-{
-    AK_Object::_execStatus = "old";
-    root.Get("Number");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "");
-    EXPECT_EQ(root.Set("Fail", "because"), 1) << "known, whatever came of it";
-    EXPECT_EQ(Text(AK_Object::_execStatus), "failed: because");
-    root.Set("Number", "1");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "");
 }
 
 TEST_F(AK_AttributesTest, PathsInNamesReachOtherObjects)
@@ -150,117 +125,7 @@ TEST_F(AK_AttributesTest, NamesChooseNeitherDepthNorWork)
     EXPECT_EQ(root.Set("root:a:root:a:b:Number", "8"), 1) << "a few are fine, before and after";
 }
 
-TEST_F(AK_AttributesTest, ANameThatEndsInMacroRunsIt)
-{
-    WriteFile(directory / "x.macro", "set(\"\", \"Number\", \"77\")\nset(\"\", \"Fail\", \"it\")\n");
-    AK_Object::_execStatus = "old";
-    EXPECT_EQ(a->Set(directory / "x.macro", "ignored"), 1);
-    EXPECT_EQ(a->Get("Number"), "77");
-    EXPECT_EQ(a->Set(directory / "nosuch.macro", ""), 1);
-    EXPECT_EQ(Text(AK_Object::_execStatus), "cannot open macro file '" + Text(directory / "nosuch.macro") + "'");
-}
-
-// ------------------------------------------------------------------------------------------ what the rows of all say
-
-TEST_F(AK_AttributesTest, VisibilitiesAndConstants)
-{
-    Describe("TestSpecialThing", "obj.Container\n");
-    Fresh<TestSpecialThing>();
-    TestSpecialThing container("c", nullptr);
-    container.Add("x");
-    EXPECT_EQ(container.Get("x:IdVis"), "w") << "below a container";
-    EXPECT_EQ(a->Get("IdVis"), "r");
-    EXPECT_EQ(root.Get("IdVis"), "r") << "without a parent";
-
-    EXPECT_EQ(root.Get("SaveVis"), "r");
-    root.ProjectDir(directory / "p");
-    EXPECT_EQ(root.Get("SaveVis"), "r") << "not on disc";
-    AK_System::CreateDir(directory / "p");
-    EXPECT_EQ(root.Get("SaveVis"), "w");
-
-    EXPECT_EQ(root.Get("NumberVis"), "-");
-    root.Set("Number", "1");
-    EXPECT_EQ(root.Get("NumberVis"), "w");
-    EXPECT_EQ(Text(root.Get("VisWrite")) + Text(root.Get("VisRead")) + Text(root.Get("VisNone")), "wr-");
-}
-
-TEST_F(AK_AttributesTest, ListsTravelAsOneText)
-{
-    static char one[] = "korvo", two[] = "a b";
-    static char* arguments[] = {one, two};
-    AK_Object::_argc = 2;
-    AK_Object::_argv = arguments;
-    const struct {
-        const char* attribute;
-        const char* value;
-    } cases[] = {
-        {"GetComponentList",             "a%AK_SEP%"                        },
-        {"Arglist",                      "korvo a b "                       },
-        {"ArglistSep",                   "korvo%AK_SEP%a b%AK_SEP%"         },
-        {"LanguageOptions",              "default%AK_SEP%german"            },
-        {"ParameterSetOptions",          "none%AK_SEP%"                     },
-        {"AllObjectsOfSameTypeList",     "%AK_SEP%a%AK_SEP%a/b%AK_SEP%"     },
-        {"a/b:AllObjectsOfSameTypeList", "../../%AK_SEP%../%AK_SEP%%AK_SEP%"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(Text(root.Get(c.attribute)), c.value) << c.attribute;
-}
-
-TEST_F(AK_AttributesTest, TheLanguageIsOneForAll)
-{
-    EXPECT_EQ(root.Get("Language"), "default");
-    EXPECT_EQ(a->Set("SetLanguage", "german"), 1);
-    EXPECT_EQ(root.Get("Language"), "german");
-    EXPECT_EQ(AK_Object::_lang, 1);
-    a->Set("SetLanguage", "french");
-    EXPECT_EQ(root.Get("Language"), "french");
-    EXPECT_EQ(AK_Object::_lang, 0);
-}
-
 // ----------------------------------------------------------------------------------------- what the description says
-
-TEST_F(AK_AttributesTest, LabelsAreNamesOrTheirTranslation)
-{
-    const AK_Attribute* d = root.Attributes();
-    const struct {
-        const char* language;
-        const AK_Attribute* attribute;
-        const char* label;
-    } cases[] = {
-        {"default", d,                      "Thing" },
-        {"german",  d,                      "Ding"  },
-        {"default", d->Attribute("Number"), "Number"},
-        {"german",  d->Attribute("Number"), "Nummer"},
-        {"german",  d->Attribute("Ratio"),  "Ratio" },
-        {"french",  d->Attribute("Number"), "Number"},
-        {"default", d->Component("doc"),    "doc"   }, // no name: the kind
-    };
-    for (const auto& c : cases) {
-        AK_Object::_language = c.language;
-        EXPECT_EQ(Text(root.Label(c.attribute)), c.label) << c.language;
-    }
-    AK_Object::_language = "german";
-    EXPECT_EQ(Text(root.Label()), "Ding");
-}
-
-TEST_F(AK_AttributesTest, NamesAreListedFromTheDescription)
-{
-    const Lines readable = {"Number",  "Ratio", "Length", "Text",          "Scratch",
-                            "Kind",    "Shown", "Input",  "Place",         "Corner",
-                            "Corners", "Id",    "Active", "MacroFileName", "ExplainCommands"};
-    EXPECT_EQ(Listed(root.Get("GetCommandsList")), readable);
-    EXPECT_EQ(Listed(root.AttributeNamesList('s', false, false)),
-              (Lines{"Number", "Ratio", "Length", "Text", "Scratch", "Kind", "Shown", "Input", "Place", "Corner",
-                     "Corners", "Fail", "Count", "Id", "Active", "MacroFileName", "ExecMacro", "ExplainCommands"}));
-    Lines visible = Listed(root.Get("VisibleGetCommandsList"));
-    EXPECT_EQ(visible, (Lines{"Number", "Length", "Text", "Kind", "Shown", "Input", "Place", "Corner", "Corners", "Id",
-                              "Active", "MacroFileName"}))
-        << "without what is hidden or volatile";
-    root.Set("Number", "1");   // shows Ratio
-    EXPECT_EQ(Listed(root.Get("VisibleGetCommandsList")).at(1), "Ratio");
-    AK_Object::_language = "german";
-    EXPECT_EQ(Listed(root.Get("GetLabelsList")).at(0), "Nummer");
-    EXPECT_EQ(Listed(root.Get("VisibleGetLabelsList")).back(), "MacroFileName");
-}
 
 TEST_F(AK_AttributesTest, AssigningTakesOverWhatIsSaved)
 {
@@ -283,14 +148,6 @@ TEST_F(AK_AttributesTest, AssigningTakesOverWhatIsSaved)
     EXPECT_EQ(Text(AK_Object::_execStatus), "object 'nosuch' not found");
     root.AssignAttributesOf(&root, excluded);
     EXPECT_EQ(root.Get("Text"), "7");
-}
-
-TEST_F(AK_AttributesTest, DefaultsOfTheClassAreSetAsAssignment)
-{
-    EXPECT_EQ(root.Set("SetDefault", "Text=a=b"), 1);
-    EXPECT_EQ(FileBytes(directory / "attributes/TestThing.def"), "set(\"\", \"Text\", \"a=b\")\n");
-    root.Set("SetDefault", "Text");
-    EXPECT_EQ(Text(AK_Object::_execStatus), "missing '=' in default assignment 'Text'");
 }
 
 // -------------------------------------------------------------------------------------------------------------- stamps
@@ -323,13 +180,6 @@ TEST_F(AK_AttributesTest, EachSetIsStampedLaterThanAllBefore)
 
 // ----------------------------------------------------------------------------------------------------------- variables
 
-TEST_F(AK_AttributesTest, VariableNamesAreADollarAndLetters)
-{
-    for (const char* name : {"$a", "$_", "$9", "$a_B9"}) EXPECT_TRUE(AK_Object::IsVariableName(name)) << name;
-    for (const char* name : {"", "$", "a", "$a b", "$a$", "$$a", "$a.b", " $a", "$\xc3\xa4"})
-        EXPECT_FALSE(AK_Object::IsVariableName(name)) << name;
-}
-
 TEST_F(AK_AttributesTest, VariablesBelongToTheirObject)
 {
     EXPECT_EQ(a->Get("$x"), "") << "made by asking";
@@ -345,25 +195,4 @@ TEST_F(AK_AttributesTest, VariablesBelongToTheirObject)
     EXPECT_EQ(b->Get("$y"), "p=q");
     EXPECT_EQ(b->Get("$latest_comp"), "b");
     ExpectConsistent(root);
-}
-
-TEST_F(AK_AttributesTest, AssignmentsThatAreNoneAreErrors)
-{
-    const struct {
-        const char* text;
-        const char* status;
-    } cases[] = {
-        {"$x",    "missing '=' in variable assignment '$x'"},
-        {"",      "missing '=' in variable assignment ''"  },
-        {"x=1",   "invalid variable name 'x'"              },
-        {"=1",    "invalid variable name ''"               },
-        {"$=1",   "invalid variable name '$'"              },
-        {"$x =1", "invalid variable name '$x '"            },
-        {"$x=1",  ""                                       },
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(a->Set("SetVariableValue", c.text), 1);
-        EXPECT_EQ(Text(AK_Object::_execStatus), c.status) << c.text;
-    }
-    EXPECT_EQ(a->Get("VariableValues"), "$latest_comp=b%AK_SEP%$x=1%AK_SEP%");
 }

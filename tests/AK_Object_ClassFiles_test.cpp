@@ -26,24 +26,6 @@ TEST_F(AK_ClassFilesTest, AFileOfTheUserComesFirst)
     EXPECT_EQ(Messages(), (Lines{"user-specific " + user + "/C.atr", "user-specific " + user + "/sub/C.x"}));
 }
 
-TEST_F(AK_ClassFilesTest, AnEmptyDirectoryIsTheWorkingOne)
-{
-    AK_Object::_attributesDirectory = AK_Object::_userAttributesDirectory = "";
-    EXPECT_EQ(File("NoSuchClass", "atr", nullptr), "./NoSuchClass.atr");
-    AK_Object::_attributesDirectory = "/";
-    EXPECT_EQ(File("NoSuchClass", "atr", "sub"), "/sub/NoSuchClass.atr");
-    AK_Object::SetAttributesDirectory("a/b");
-    EXPECT_EQ(Text(AK_Object::_attributesDirectory), "a/b/");
-    AK_Object::SetAttributesDirectory("a/b/");
-    EXPECT_EQ(Text(AK_Object::_attributesDirectory), "a/b/");
-}
-
-TEST_F(AK_ClassFilesTest, TheUsersDescriptionReplacesTheProgramsOne)
-{
-    WriteFile(directory / "user/TestThing.atr", "obj.OwnThing\n");
-    EXPECT_EQ(TestThing("t", nullptr).Get("Type"), "OwnThing");
-}
-
 TEST_F(AK_ClassFilesTest, DefaultsAreExecutedOnNewObjectsFromTheNextStartOn)
 {
     const std::string value = "two\n\"lines\"\t%";
@@ -59,35 +41,6 @@ TEST_F(AK_ClassFilesTest, DefaultsAreExecutedOnNewObjectsFromTheNextStartOn)
     const TestThing thing("t", nullptr);
     EXPECT_EQ(Text(thing.Get("Text")), value);
     EXPECT_EQ(thing.Get("Number"), "4");
-}
-
-TEST_F(AK_ClassFilesTest, DefaultsThatCannotBeWrittenAreTold)
-{
-    const TestThing thing("t", nullptr);
-    AK_Object::SetAttributesDirectory(directory / "nosuch");
-    EXPECT_EQ(thing.SetDefault("Number", "4"), 1);
-    EXPECT_EQ(Messages(), Lines{"W:cannot open default-attributes-file " + Text(directory / "nosuch/TestThing.def")});
-}
-
-TEST_F(AK_ClassFilesTest, InitialisationCommandsAreKeptBehindAMarker)
-{
-    ClassFile("A.def", "first\r\nsecond\n\n" + std::string(300, 'x') + "\nlast");
-    AK_System::CreateDir(directory / "attributes/Unreadable.def");
-    const struct {
-        const char* className;
-        std::string list;
-    } cases[] = {
-        {"A",              "follow|first|second||" + std::string(255, 'x') + "|" + std::string(45, 'x') + "|last|"},
-        {"NoSuch", ""                                         },
-        {"Unreadable",              "none|"             },
-    };
-    for (const auto& c : cases) {
-        AK_List<AK_String> list(1);
-        AK_Object::ReadInitializationMacro(c.className, list);
-        EXPECT_EQ(Joined(list), c.list) << c.className;
-        AK_Object::ReadInitializationMacro("A", list);
-        EXPECT_EQ(Joined(list).substr(0, c.list.size()), c.list) << "read once";
-    }
 }
 
 TEST_F(AK_ClassFilesTest, ClassVariablesAreNamedLines)

@@ -71,32 +71,6 @@ TEST_F(AK_ParameterSetsTest, ASetIsInForceUntilOneOfItsAttributesIsSet)
     EXPECT_EQ(Messages(), Lines{});
 }
 
-TEST_F(AK_ParameterSetsTest, ClassesReadLaterTakePrecedence)
-{
-    ClassFile("AK_Object.parsets", "=a\nNumber=1\n=b\nNumber=2\n");
-    ClassFile("TestThing.parsets", "=a\nNumber=3\n");
-    TestThing thing("t", nullptr);
-    TestThing another("u", nullptr);   // the files are read once
-    EXPECT_EQ(thing.Get("ParameterSetOptions"), "none%AK_SEP%a%AK_SEP%b%AK_SEP%a%AK_SEP%");
-    thing.Set("ParameterSet", "a");
-    EXPECT_EQ(thing.Get("Number"), "3");
-    thing.Set("ParameterSet", "b");
-    EXPECT_EQ(thing.Get("Number"), "2");
-    EXPECT_EQ(thing.Get("ParameterSet"), "b");
-}
-
-TEST_F(AK_ParameterSetsTest, ErrorsAreToldAndDoNotStopTheSet)
-{
-    ClassFile("TestThing.parsets", "=a\nFail=x\nNoSuch=1\nNumber=5\n");
-    TestThing thing("t", nullptr);
-    thing.Set("ParameterSet", "a");
-    EXPECT_EQ(Messages(), (Lines{"WARNING: parameter set a: error when setting 'Fail' to value 'x':failed: x",
-                                 "WARNING: parameter set a: error when setting 'NoSuch' to value '1':failed: x"}))
-        << "an unknown attribute leaves the old error standing";
-    EXPECT_EQ(thing.Get("Number"), "5");
-    EXPECT_EQ(thing.Get("ParameterSet"), "a");
-}
-
 TEST_F(AK_ParameterSetsTest, SetsMayNameSetsHereAndElsewhere)
 {
     ClassFile("TestThing.parsets", "=inner\nNumber=1\n"

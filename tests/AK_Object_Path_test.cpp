@@ -64,51 +64,6 @@ TEST_F(AK_PathTest, IdsAreMadeLegalAndUnique)
     }
 }
 
-TEST_F(AK_PathTest, AnyBytesMakeALegalId)
-{
-    std::string bytes;
-    for (int c = 1; c < 256; ++c) bytes += char(c);
-    const TestThing thing((bytes + std::string(100000, '/')).c_str(), nullptr);
-    AK_String id = thing.Id();
-    EXPECT_EQ(id.Length(), 100255);
-    EXPECT_EQ(id.ReplaceNonAlNum('_'), 0);
-}
-
-TEST_F(AK_PathTest, ManyOfOneNameAreNumberedThrough)
-{
-    for (int i = 0; i < 3000; ++i) x->Add("line");
-    EXPECT_EQ(Text(x->ComponentAt(2999)->Id()), "line_2999");
-    for (int i = 0; i < 30; ++i) x->Add("line_9990");
-    EXPECT_EQ(Text(x->ComponentAt(3029)->Id()), "line_9999" + std::string(20, 'x'));
-    ExpectConsistent(root);
-}
-
-TEST_F(AK_PathTest, AnIdIsCheckedAgainstTheParentPassedInOnly)
-{
-    auto* free = new TestThing("alp", nullptr);
-    auto* checked = new TestThing("alp", alp->Parent());
-    EXPECT_EQ(Text(free->Id()), "alp");
-    EXPECT_EQ(Text(checked->Id()), "alp_0001");
-    alp->Parent()->AddComponent(free);
-    alp->Parent()->AddComponent(checked);
-    EXPECT_EQ(root.ObjectById("Project/DHMs/alp"), alp) << "the first of two";
-
-    alp->Id("alp");
-    EXPECT_EQ(Text(alp->Id()), "alp_0002") << "now that it is asked, it yields";
-    ExpectConsistent(root);
-}
-
-TEST_F(AK_PathTest, ARenamedObjectMayKeepItsIdAndTakesAFreeOne)
-{
-    x->Id("x");
-    EXPECT_EQ(Text(x->Id()), "x");
-    Run(root, R"(set("Project/Simulations/x", "Id", "a new one"))");
-    EXPECT_EQ(Text(x->IdAbs()), "Viewer/Project/Simulations/a_new_one");
-    x->Id("");
-    EXPECT_EQ(Text(x->Id()), "Thing_6") << "its type and the number of objects made so far";
-    EXPECT_EQ(x->Get("MacroFileName"), "x.macro") << "the name from its construction";
-}
-
 TEST_F(AK_PathTest, RenamingMovesTheDirectory)
 {
     root.ProjectDir(directory / "p");
@@ -131,19 +86,6 @@ TEST_F(AK_PathTest, RenamingMovesTheDirectory)
     top.ProjectDir("top");
     top.Id("other");
     EXPECT_EQ(top.Get("ProjectDir"), "./other") << "a directory without a directory part";
-}
-
-TEST_F(AK_PathTest, DirectoriesFollowTheTree)
-{
-    root.Set("ProjectDir", "/p");
-    EXPECT_EQ(alp->Get("ProjectDir"), "/p/Project/DHMs/alp");
-    EXPECT_FALSE(AK_System::FileExists("/p")) << "only told, not made";
-    project->AppendComponent(x);
-    project->ProjectDir("/q");
-    EXPECT_EQ(x->Get("ProjectDir"), "/q/Simulations/x") << "that of its owner";
-    EXPECT_EQ(root.Get("ProjectDir"), "/p");
-    root.Set("ProjectDir", "");
-    EXPECT_EQ(alp->Get("ProjectDir"), "") << "never \"/Project/DHMs/alp\"";
 }
 
 // -------------------------------------------------------------------------------------------------------------- paths
@@ -186,19 +128,6 @@ TEST_F(AK_PathTest, PathsLeadFromAnObjectToAnother)
     for (const auto& c : cases) EXPECT_EQ(c.from->ObjectById(c.path), c.to) << c.from->Id() << " -> " << c.path;
 }
 
-TEST_F(AK_PathTest, APathToEachObjectLeadsThereFromEachOther)
-{
-    const std::vector<AK_Object*> all = {&root, project, alp->Parent(), alp, x->Parent(), x};
-    for (AK_Object* from : all) {
-        for (AK_Object* to : all) EXPECT_EQ(from->ObjectById(to->IdAbs(from)), to) << from->Id() << " -> " << to->Id();
-    }
-    EXPECT_EQ(Text(x->IdAbs(alp)), "../../Simulations/x");
-    EXPECT_EQ(Text(project->IdAbs(alp)), "../../");
-    EXPECT_EQ(Text(alp->IdAbs(project)), "DHMs/alp");
-    EXPECT_EQ(Text(alp->IdAbs(alp)), "");
-    EXPECT_EQ(Text(alp->IdAbs()), "Viewer/Project/DHMs/alp");
-}
-
 TEST_F(AK_PathTest, OnlyAddressesOfLiveObjectsAreFollowed)
 {
     EXPECT_EQ(root.ObjectById(x->Get("Address")), x);
@@ -227,20 +156,6 @@ TEST_F(AK_PathTest, LongPathsEnd)
     EXPECT_EQ(root.ObjectById("\x01\xff\n"), nullptr);
 }
 
-TEST_F(AK_PathTest, FormulaCodeResolvesFromTheObjectItRunsOn)
-{
-    AK_Object::_curObj.Append(x);
-    AK_Object::_curObj.Append(alp);
-    EXPECT_EQ(AK_Object::ObjectFromCurrentById(""), alp);
-    EXPECT_EQ(AK_Object::ObjectFromCurrentById("root"), &root);
-    EXPECT_EQ(AK_Object::ObjectFromCurrentById(".."), alp->Parent());
-    EXPECT_EQ(AK_Object::ObjectFromCurrentById("nosuch"), nullptr);
-    AK_Object::_curObj.Clear();
-    ak_msg_func = [](const char* message, const char*) { std::fprintf(stderr, "%s\n", message); };
-    EXPECT_EXIT(AK_Object::ObjectFromCurrentById(""), testing::KilledBySignal(SIGABRT),
-                "ERROR:FATAL:_curObj.Size\\(\\) failed!");
-}
-
 // ------------------------------------------------------------------------------------------------------- lazy loading
 
 TEST_F(AK_PathTest, APathLoadsWhatIsOnDisc)
@@ -256,23 +171,4 @@ TEST_F(AK_PathTest, APathLoadsWhatIsOnDisc)
     EXPECT_EQ(alp->Parent()->NumComponents(), 2);
     EXPECT_EQ(Run(root, R"(set("Project/DHMs/berg", "Number", "13"))"), Lines{}) << "not again";
     ExpectConsistent(root);
-}
-
-TEST_F(AK_PathTest, WhatIsNoObjectsDirectoryIsNotLoaded)
-{
-    root.ProjectDir(directory / "p");
-    const AK_String dhms = directory / "p/Project/DHMs/";
-    AK_System::CreateDirRecursively(dhms + "empty");
-    ObjectOnDisc(dhms + "two");
-    WriteFile(dhms + "two/Other.atr", "");
-    AK_System::CreateDirRecursively(dhms + "unknown");
-    WriteFile(dhms + "unknown/Volcano.atr", "");
-    WriteFile(dhms + "file", "");
-    ObjectOnDisc(dhms + "with.point");
-    ObjectOnDisc(directory / "p/outside");
-    for (const char* path : {"empty", "two", "unknown", "file", "with.point", "nosuch", ".", ".hidden", "a b"})
-        EXPECT_EQ(alp->Parent()->ObjectById(path), nullptr) << path;
-    root.ProjectDir("");
-    EXPECT_EQ(root.ObjectById("outside"), nullptr) << "an object without a directory loads nothing";
-    EXPECT_EQ(alp->Parent()->NumComponents(), 1);
 }

@@ -366,28 +366,6 @@ TEST_F(AK_ObjectPersistenceTest, TheWalksDoNotEnterReferences)
     EXPECT_EQ(FileBytes(directory / "a.macro"), FileBytes(directory / "p/a/Thing.atr"));
 }
 
-TEST_F(AK_ObjectPersistenceTest, APathLoadsWhatItNames)
-{
-    RecordThing root("Viewer", nullptr);
-    Add(*Add(*Add(root, "a", 1), "b", 2), "c", 3);
-    Add(root, "other", 4);
-    root.SaveProjectAs(directory / "p");
-
-    RecordThing lazy("Viewer", nullptr);
-    lazy.ProjectDir(directory / "p");
-    AK_Object::_execStatus = "an error from before";
-    lazy.ExecCommand("set(\"a/b/c\", \"Count\", \"\")", 0);
-    EXPECT_EQ(Status(), "");
-    ASSERT_EQ(lazy.NumObjects(), 4);
-    EXPECT_EQ(static_cast<TestThing*>(lazy.ObjectById("a/b/c"))->_count, 1);
-    EXPECT_TRUE(
-        static_cast<RecordThing*>(lazy.ObjectById("a"))->Holds(*static_cast<RecordThing*>(root.ObjectById("a"))));
-    for (const char* path : {"nosuch", ".", "a/../nosuch", "a/b/c/d", "../p/other", "a b"})
-        EXPECT_EQ(lazy.ObjectById(path), nullptr) << path;
-    EXPECT_EQ(lazy.NumObjects(), 4);
-    ExpectConsistent(lazy);
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // Round trips and damage
 // ----------------------------------------------------------------------------------------------------------------
@@ -494,69 +472,4 @@ TEST_F(AK_ObjectPersistenceTest, ADamagedAttributeFileDoesNoMoreThanItsLinesSay)
     WriteFile(directory / "x/Thing.atr", good);
     ExpectStatus(*thing, "Load", directory / "x", "");
     EXPECT_EQ(Text(thing->Get("Text")), "quoted \"text\", with a comma) and a $variable.");
-}
-
-// ----------------------------------------------------------------------------------------------------------------
-// Attributes of a subtree, directories, class variables
-// ----------------------------------------------------------------------------------------------------------------
-
-TEST_F(AK_ObjectPersistenceTest, TheAttributesOfASubtreeFitIntoOneMacro)
-{
-    RecordThing root("Viewer", nullptr);
-    RecordThing* top = Add(root, "top", 1);
-    Add(*Add(*top, "a", 2), "b", 3);
-    top->Set("SaveAttributesRecursively", directory / "all.macro");
-    const std::string macro = FileBytes(directory / "all.macro");
-    const size_t own = macro.find("set(\"\", \"Number\", \"1\")"), a = macro.find("set(\"a\", \"Number\", \"2\")"),
-                 b = macro.find("set(\"a/b\", \"Number\", \"3\")");
-    EXPECT_TRUE(own < a && a < b && b < macro.size()) << macro;
-
-    RecordThing* copy = Add(root, "copy", 9);
-    Add(*Add(*copy, "a", 9), "b", 9);
-    ExpectStatus(*copy, "ExecMacro", directory / "all.macro", "");
-    EXPECT_EQ(Text(copy->Get("a/b:Number")), "3");
-    copy->Set("MacroFileName", directory / "copy.macro");
-    copy->Set("SaveAttributes", "");   // no name: the object's macro
-    EXPECT_TRUE(AK_System::FileExists(directory / "copy.macro"));
-}
-
-TEST_F(AK_ObjectPersistenceTest, RemovingFromDiscTakesTheDirectoryAndLeavesTheObject)
-{
-    RecordThing root("Viewer", nullptr);
-    Add(*Add(root, "a", 1), "b", 2);
-    root.Component("a")->Set("RemoveFromDisc", "");   // never saved: nothing to remove
-    root.SaveProjectAs(directory / "p");
-    EXPECT_EQ(Text(root.Get("a:SaveVis")), "w");
-    root.Component("a")->Set("RemoveFromDisc", "");
-    EXPECT_EQ(Text(root.Get("a:SaveVis")), "r");
-    EXPECT_FALSE(AK_System::FileExists(directory / "p/a"));
-    EXPECT_EQ(root.NumObjects(), 3);
-    ExpectStatus(*root.Component("a"), "SaveProject", "", "");
-    EXPECT_TRUE(AK_System::FileExists(directory / "p/a/b/Thing.dat"));
-}
-
-TEST_F(AK_ObjectPersistenceTest, ClassVariablesAreWrittenOnceForAllObjectsOfTheirClasses)
-{
-    TestThing root("Viewer", nullptr);
-    TestSpecialThing* special = AddTo<TestSpecialThing>(root, "special");
-    const AK_String dir = AK_Object::_userApplicationDirectory;
-    ASSERT_FALSE(dir.IsEmpty());
-    EXPECT_EQ(root.SaveClassVariablesRec(), 0);   // no variables, no files
-    EXPECT_EQ(Contents(dir).size(), 0u);
-
-    AK_Object::ClassVariable(TestThing::_classVariables, "last", "a=b");
-    AK_Object::ClassVariable(TestSpecialThing::_classVariables, "dir", "/tmp");
-    EXPECT_EQ(root.SaveClassVariablesRec(), 0);
-    EXPECT_EQ(Contents(dir), (std::map<std::string, std::string>{{"TestThing.clv", "last=a=b\n"},
-                                                                 {"TestSpecialThing.clv", "dir=/tmp\n"}}));
-    AK_System::RemoveFile(dir + "TestThing.clv");
-    EXPECT_EQ(special->SaveClassVariables(), 0);   // written is written
-    EXPECT_FALSE(AK_System::FileExists(dir + "TestThing.clv"));
-    TestThing::_classVariables[0] = "status=read";
-    EXPECT_EQ(special->SaveClassVariables(), 0);   // its bases' too
-    EXPECT_TRUE(AK_System::FileExists(dir + "TestThing.clv"));
-
-    TestThing::_classVariables[0] = TestSpecialThing::_classVariables[0] = "status=read";
-    AK_Object::_userApplicationDirectory = directory / "nosuch/";
-    EXPECT_EQ(special->SaveClassVariables(), 2);
 }

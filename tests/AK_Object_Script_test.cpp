@@ -2,8 +2,6 @@
 
 #include "AK_Object_TestSupport.h"
 
-#include <cstdio>
-
 namespace {
 
 class AK_Object_Script : public ObjectTest {
@@ -54,13 +52,6 @@ TEST_F(AK_Object_Script, AFunctionOfOneTextServesTheAttributeOfItsName)
     EXPECT_STREQ(thing.Get("kept").c_str(), "%AK_NULL%");
 }
 
-TEST_F(AK_Object_Script, CodeOfTheClassWinsOverTheTableAndOverBases)
-{
-    TestThing& thing = WithCode("void Active(char v[]) { strcpy(v, \"by code\"); }");
-    EXPECT_STREQ(thing.Get("Active").c_str(), "by code");
-    EXPECT_STREQ(root->Get("Active").c_str(), "1");   // of another class
-}
-
 TEST_F(AK_Object_Script, InitRunsWhenTheCodeIsLoadedAndUpdateWithTheObject)
 {
     WithCode("void Init() { message(\"code loaded\", \"here\"); }\n"
@@ -82,16 +73,6 @@ TEST_F(AK_Object_Script, SyntaxErrorsAreReportedAndTheClassWorksWithoutItsCode)
     EXPECT_NE(messages[0].find("strcpy"), std::string::npos) << "the listing of the line: " << messages[0];
     thing.Set("Text", "as ever");
     EXPECT_STREQ(thing.Get("Text").c_str(), "as ever");
-}
-
-TEST_F(AK_Object_Script, CodeThatCallsOtherObjectsRunsOnTheirBehalf)
-{
-    TestThing& thing = WithCode("void Text(char v[]) { char id[50]; get(\"\", \"Id\", id);"
-                                " if (!strcmp(id, \"a\")) get(\"../b\", \"Kind\", v); }\n"
-                                "void Kind(char v[]) { get(\"\", \"Id\", v); }");
-    Added(new TestThing("b", root.get()));
-    EXPECT_STREQ(thing.Get("Text").c_str(), "b");
-    EXPECT_EQ(AK_Object::_curObj.Size(), 0);
 }
 
 TEST_F(AK_Object_Script, LongTextsPassAndTheirEndIsGuarded)
@@ -117,14 +98,11 @@ TEST_F(AK_Object_Script, FunctionsOfTheTreeDoAndReportWhatTheyShould)
         {"n = set(\"nosuch\", \"Number\", \"5\"); sprintf(s, \"%d\", n); set(\"\", \"$out\", s);", "2"},
         {"strcpy(s, \"before\"); get(\"nosuch\", \"Id\", s); set(\"\", \"$out\", s);", ""},
         {"n = set(\"a\", \"Fail\", \"so\"); error(s); set_error(\"\"); set(\"root\", \"$out\", s);", "failed: so"},
-        {"sprintf(s, \"%d\", error(s)); set(\"\", \"$out\", s);", "0"},
         {"sprintf(s, \"%d\", list_size(\"a%AK_SEP%b%AK_SEP%\")); set(\"\", \"$out\", s);", "2"},
         {"get_list_element(\"a%AK_SEP%bc\", 1, s); set(\"\", \"$out\", s);", "bc"},
         {"strcpy(s, \"kept\"); n = get_list_element(\"a%AK_SEP%b%AK_SEP%\", 2, s); if (n == 0) set(\"\", \"$out\", s);",
          "kept"},
-        {"strcpy(s, \"kept\"); get_list_element(\"a\", -1, s); set(\"\", \"$out\", s);", "kept"},
         {"strcpy(s, \"a/b\"); add_id(s, \"c\"); set(\"\", \"$out\", s);", "a/b/c"},
-        {"add_name(s, \"c\"); set(\"\", \"$out\", s);", "./c"},
         {"char t[50]; strcpy(s, \"a/b/c\"); cut_name(s, t); strcat(s, \"|\"); strcat(s, t); set(\"\", \"$out\", s);",
          "a/b|c"},
         {"char t[50]; strcpy(s, \"a.b/c\"); cut_extension(s, t); strcat(s, \"|\"); strcat(s, t);"
@@ -195,17 +173,4 @@ TEST_F(AK_Object_Script, AClassThatAMacroUsesFirstOutlivesTheMacro)
     Main("n = 1;");
     ASSERT_TRUE(maker->Component("special"));
     EXPECT_STREQ(maker->Component("special")->Get("Extra").c_str(), "from code");
-}
-
-TEST_F(AK_Object_Script, ThePredefinedFunctionsAreListedAndWrittenToAFile)
-{
-    WithCode("");
-    Messages();
-    root->Set("List_QVT_SCI_predefined", directory / "list.txt");
-    const Lines messages = Messages();
-    ASSERT_EQ(messages.size(), 1u);
-    EXPECT_EQ(messages[0].rfind("INFO:QVT_SCI-Interpreter predefined variables and functions\n", 0), 0u);
-    EXPECT_NE(messages[0].find("int set(char objId[], char attr[], char value[]);"), std::string::npos);
-    EXPECT_NE(messages[0].find("char AK_SEP[9] = \"%AK_SEP%\";"), std::string::npos);
-    EXPECT_EQ(FileBytes(directory / "list.txt"), messages[0]);
 }

@@ -74,27 +74,6 @@ TEST_F(AK_ObjectTest, DeletingRemovesTheReferencesToAllOfTheSubtree)
     ExpectConsistent(root);
 }
 
-TEST_F(AK_ObjectTest, DeletingRemovesTheDirectoryOnDisc)
-{
-    TestThing root("Viewer", nullptr);
-    root.ProjectDir(directory / "project");
-    AK_System::CreateDirRecursively(root.ProjectDir() + "/a/b");
-    root.Add("a");
-    EXPECT_EQ(root.DeleteComponent("a"), 1);
-    EXPECT_FALSE(AK_System::FileExists(root.ProjectDir() + "/a"));
-    EXPECT_TRUE(AK_System::FileExists(root.ProjectDir()));
-}
-
-TEST_F(AK_ObjectTest, SortingIsByBytesOfTheIds)
-{
-    TestThing root("Viewer", nullptr);
-    root.SortComponentsByIds();   // nothing to sort
-    for (const char* id : {"b", "a10", "B", "_", "a9"}) root.Add(id);
-    root.SortComponentsByIds();
-    EXPECT_EQ(Entries(root), "B _ a10 a9 b ");
-    ExpectConsistent(root);
-}
-
 TEST_F(AK_ObjectTest, ADetachedObjectIsARootOfItsOwn)
 {
     TestThing root("Viewer", nullptr);
@@ -108,18 +87,6 @@ TEST_F(AK_ObjectTest, ADetachedObjectIsARootOfItsOwn)
     a->Detach("");   // again: nothing to do
     root.RemoveAllReferencesTo(a);
     ExpectConsistent(root);
-}
-
-TEST_F(AK_ObjectTest, AddNewComponentUsesTheFactoryOfTheClass)
-{
-    TestThing root("Viewer", nullptr);
-    EXPECT_EQ(root.Set("AddNewComponent", "x y"), 1);
-    EXPECT_EQ(Entries(root), "x_y ");
-    EXPECT_EQ(root.Get("x_y:Type"), "Thing");
-
-    AK_Object plain("Plain", nullptr);
-    EXPECT_EQ(plain.Set("AddNewComponent", "x"), 1);
-    EXPECT_EQ(plain.NumComponents(), 0);
 }
 
 // ------------------------------------------------------------------------------- objects that are deleted as they run
@@ -209,53 +176,6 @@ TEST_F(AK_ObjectTest, ABroadcastVisitsWhatWasThereAtItsStart)
 
 // ------------------------------------------------------------------------------------------------------ construction
 
-TEST_F(AK_ObjectTest, AnObjectStartsWithItsDefaults)
-{
-    TestThing root("Viewer", nullptr);
-    root.ProjectDir("/tmp/p");
-    const TestThing child("a b", &root);   // not added
-    const struct {
-        const char* attribute;
-        const char* value;
-    } cases[] = {
-        {"Id",                         "a_b"       },
-        {"IdAbs",                      "Viewer/a_b"},
-        {"Active",                     "1"         },
-        {"SuppressCreatingComponents", "0"         },
-        {"MacroFileName",              "a_b.macro" },
-        {"MacroRepetitions",           "1"         },
-        {"ProjectDir",                 "/tmp/p/a_b"},
-        {"ParameterSet",               "none"      },
-        {"VariableValues",             ""          },
-        {"GetComponentList",           ""          },
-    };
-    for (const auto& c : cases) EXPECT_EQ(Text(child.Get(c.attribute)), c.value) << c.attribute;
-    EXPECT_EQ(child.ExecTime("Active"), 0);
-    EXPECT_EQ(root.NumComponents(), 0);
-    EXPECT_EQ(Text(AK_Object("", nullptr).Id()), "Object_3") << "type and running number";
-}
-
-TEST_F(AK_ObjectTest, TheFirstObjectFindsTheUsersDirectory)
-{
-    const AK_String made = directory / "home/.korvo/";
-    EXPECT_FALSE(AK_System::FileExists(made));
-    AK_Object::_userAttributesDirectory = "";
-    TestThing first("x", nullptr);
-    EXPECT_TRUE(AK_System::IsDirectory(made));
-    EXPECT_EQ(first.Get("UserApplicationDirectory"), made);
-    EXPECT_EQ(first.Get("UserAttributesDirectory"), made) << "unless it has been given";
-}
-
-TEST_F(AK_ObjectTest, AUsersDirectoryThatCannotBeMadeCountsAsNone)
-{
-    setenv("HOME", (directory / "nosuch/place").c_str(), 1);
-    EXPECT_EQ(TestThing("x", nullptr).Get("UserApplicationDirectory"), "");
-    Fresh<AK_Object>();
-    setenv("HOME", (directory / "home").c_str(), 1);
-    AK_Object::_argc = 0;
-    EXPECT_EQ(TestThing("x", nullptr).Get("UserApplicationDirectory"), "") << "no program name";
-}
-
 TEST_F(AK_ObjectTest, InitialisationCommandsRunAtTheEndOfEachConstructorBaseFirst)
 {
     ClassFile("AK_Object.def", "set(\"\", \"MacroRepetitions\", \"2\")\n"
@@ -286,53 +206,4 @@ TEST_F(AK_ObjectTest, AClassWithoutADescriptionIsFatal)
     ak_msg_func = [](const char* message, const char*) { std::fprintf(stderr, "%s\n", message); };
     EXPECT_EXIT(TestThing("x", nullptr), testing::KilledBySignal(SIGABRT),
                 "cannot open attribute file .*/attributes/TestThing.atr!\nERROR:FATAL:_attributes failed!");
-}
-
-TEST_F(AK_ObjectTest, AnObjectOfNoClassGetsByWithoutADescription)
-{
-    AK_System::RemoveFile(directory / "attributes/AK_Object.atr");
-    AK_Object plain("x", nullptr);
-    EXPECT_EQ(Messages(), Lines{"cannot open attribute file " + Text(directory / "attributes/AK_Object.atr!")});
-    EXPECT_EQ(plain.Get("Type"), "");
-    EXPECT_FALSE(plain.IsOfType("Object"));
-    EXPECT_EQ(plain.Get("GetCommandsList"), "");
-    AK_Object::_explainCommands = 1;
-    EXPECT_EQ(Run(plain, R"(set("", "Active", "0"))"),
-              Lines{"CMD-INFO:\nSelect the object 'x' (->.),\nselect ->.Active and enter '0'. \n"
-                    "(The corresponding macro command is 'set(\"\", \"Active\", \"0\")'.)"});
-    EXPECT_EQ(plain.Get("Active"), "0");
-}
-
-// ---------------------------------------------------------------------------------------------------- types, updating
-
-TEST_F(AK_ObjectTest, TypesAreThoseOfTheClassAndItsBases)
-{
-    const TestSpecialThing special("s", nullptr);
-    for (const char* type : {"SpecialThing", "Thing", "Object"}) EXPECT_TRUE(special.IsOfType(type)) << type;
-    for (const char* type : {"Special", "TestThing", "Operations", ""}) EXPECT_FALSE(special.IsOfType(type)) << type;
-    EXPECT_FALSE(TestThing("t", nullptr).IsOfType("SpecialThing"));
-    EXPECT_EQ(Text(special.IdTyped()), "s.SpecialThing");
-}
-
-TEST_F(AK_ObjectTest, UpdateReachesActiveComponentsOnly)
-{
-    struct Counting : TestThing {
-        using TestThing::TestThing;
-        void Update() override { ++updates; }
-        int updates = 0;
-    };
-    TestThing root("Viewer", nullptr);
-    TestThing* off = root.Add("off");
-    auto* on = new Counting("on", &root);
-    auto* below = new Counting("below", off);
-    auto* referenced = new Counting("referenced", off);
-    root.AddComponent(on);
-    off->AddComponent(below);
-    off->AddComponent(referenced);
-    root.AppendComponent(referenced);
-    off->Set("Active", "0");
-    EXPECT_EQ(root.Set("Update", ""), 1);
-    EXPECT_EQ(on->updates, 1);
-    EXPECT_EQ(below->updates, 0) << "its parent is switched off";
-    EXPECT_EQ(referenced->updates, 0) << "updated by its owner alone";
 }

@@ -205,16 +205,6 @@ TEST_F(AK_VisObj3d_Update, PutsTheLocalSystemOnTheView)
     ExpectNear(probe.xAxes, {{0, 2, 0}, {0, 2, 0}}, "x comes to y");
 }
 
-TEST_F(AK_VisObj3d_Update, DrawsRotatedCopiesThenTheObject)
-{
-    Set(probe, "Position", "-1 0 0");
-    Set(probe, "NumberOfRotatedCopies", "4");
-    Set(probe, "RotatedCopiesAxisPoint", "0 0 77");
-    Set(probe, "CloneTrafos", "trans 9 9 9");
-    probe.Update();
-    ExpectNear(probe.origins, {{0, 1, 5}, {-1, 0, 5}, {0, -1, 5}, {1, 0, 5}}, "quarter turns of (1, 0, 0)");
-}
-
 TEST_F(AK_VisObj3d_Update, DrawsClonesAndThenAPoint)
 {
     Set(probe, "Position", "-1 0 0");
@@ -235,16 +225,6 @@ TEST_F(AK_VisObj3d_Update, DoesNotBeginAnewWhileItDraws)
     Set(probe, "CloneTrafos", "cp 2");
     probe.Update();
     EXPECT_EQ(probe.faces, "***");
-}
-
-TEST_F(AK_VisObj3d_Update, DrawsTheAxisAcrossTheBox)
-{
-    static std::vector<AK_Vec> vertices;
-    Set(probe, "RotatedCopiesAxisVis", "1");
-    Set(probe, "RotatedCopiesAxisPoint", "3 4 5");
-    aglVertex3f = [](float x, float y, float z) { vertices.push_back({x, y, z}); };
-    probe.Update();
-    ExpectNear(vertices, {{3, 4, 0}, {3, 4, 1}}, "upright, as high as the box");
 }
 
 }   // namespace

@@ -43,30 +43,6 @@ TEST_F(AK_VisibleObject_Attributes, DescriptionsAndCodeAgree)
     EXPECT_TRUE(world.IsOfType("VisibleObject"));
 }
 
-TEST_F(AK_VisibleObject_Attributes, BeginWithTheirDefaults)
-{
-    AK_VisObj3d o("o", nullptr);
-    const struct {
-        const char *name, *value;
-    } defaults[] = {
-        {"Visibility",           "1"          },
-        {"Blending",             "0"          },
-        {"Opacity",              "1"          },
-        {"LineWidth",            "1"          },
-        {"TextureMaxSize",       "1024"       },
-        {"TextureParametersS",   "1 0 0 0"    },
-        {"TextureParametersT",   "0 1 0 0"    },
-        {"TexturePosX0",         "0 0"        },
-        {"TexturePosX1",         "0 1"        },
-        {"TexturePosX2",         "1 0"        },
-        {"Scale",                "1"          },
-        {"RotatedCopiesAxisDir", "0 0 1"      },
-        {"CloneTrafos",          ""           },
-        {"BoundingBox",          ""           }
-    };
-    for (const auto& d : defaults) EXPECT_EQ(Get(o, d.name), d.value) << d.name;
-}
-
 TEST_F(AK_VisibleObject_Attributes, NumbersThatAreNotFiniteAreRefused)
 {
     AK_VisObj3d o("o", nullptr);
@@ -102,15 +78,6 @@ TEST_F(AK_VisibleObject_Attributes, FloatsAreTextsThatGiveThemAgain)
         EXPECT_EQ(Set(o, "TextureParametersS", text), "");
         EXPECT_EQ(Get(o, "TextureParametersS"), text);
     }
-}
-
-TEST_F(AK_VisibleObject_Attributes, SayWhatCanBeEdited)
-{
-    AK_VisibleObject o("o", nullptr);
-    EXPECT_EQ(Get(o, "VisColor") + Get(o, "VisOpacity"), "wr");
-    Set(o, "AutoColored", "1");
-    Set(o, "Blending", "1");
-    EXPECT_EQ(Get(o, "VisColor") + Get(o, "VisOpacity"), "rw");
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -153,23 +120,6 @@ TEST_F(AK_VisibleObject_Update, LeavesOutWhatIsHiddenOrInactive)
     Set(*component, "Visibility", "0");
     box.Update();
     EXPECT_EQ(record.Calls("Begin"), "Begin 7|");
-}
-
-TEST_F(AK_VisibleObject_Update, ColoursAgainstTheBackground)
-{
-    struct Colours : AK_VisibleObject {
-        using AK_VisibleObject::AK_VisibleObject;
-        using AK_VisibleObject::ResetColor, AK_VisibleObject::SetInverseColor;
-    } o("o", nullptr);
-    Set(o, "Color", "0 1 0");
-    const RecordedCalls record;
-    const float colour[3] = {1, 0.5f, 0.25f};
-    o.SetInverseColor(colour);
-    AK_Object::_viewerBgCol[2] = 0.5f;
-    o.ResetColor(1);
-    o.ResetColor(0);
-    AK_Object::_viewerBgCol[2] = 1;
-    EXPECT_EQ(record.Calls(), "Color 0 0.5 0.75 1|Color 0 0 0.5 1|Color 0 1 0 1|");
 }
 
 TEST_F(AK_VisibleObject_Update, OverlayPositionsCountFromTheFarEdge)
