@@ -182,7 +182,7 @@ void AK_TerminalController::Menus::ObjectMenu()
     AK_String word;
     if (!ReadWord(word)) return;
     switch (word[0]) {
-    case '?': AK_MSG(DocText(_object->Attributes())); break;
+    case '?': AK_MSG(ExpandFormulaFox(DocText(_object->Attributes()))); break;
     case 'q': _object = _object->Parent(); break;
     case 'e':
         _description = _object->Description();
@@ -213,7 +213,7 @@ void AK_TerminalController::Menus::EnterValue(Node node)
     if (!TakeValue(node, value)) return;   // the end of the input changes nothing: the same prompt again
     Pop();
     if (value.StartsWith("?"))
-        AK_MSG(DocText(node));
+        AK_MSG(ExpandFormulaFox(DocText(node)));
     else
         Execute(node->SetCmd(), WithoutBars(value));
 }

@@ -344,8 +344,9 @@ AK_List<KnownClass>& KnownClasses()
     return classes;
 }
 
-// The descriptions of all files, without their bases, and beside them the names of the files.
-AK_List<const AK_Attribute*> _allAttributes(1);
+// The descriptions of all files, without their bases, and beside them the names of the files. Like the descriptions of
+// the classes they live as long as the process.
+AK_List<const AK_Attribute*>& _allAttributes = *new AK_List<const AK_Attribute*>(1);
 AK_List<AK_String> _allClassNames(1);
 
 void ReadAllDescriptions()

@@ -194,8 +194,8 @@ static bool AllFinite(const AK_List<Value>& values)
     return true;
 }
 
-// What the run relies on and a file may break: as many values as places, and numbers. Values of a simulation without
-// a mesh are held against nothing; they do not survive either.
+// What the run relies on and a file may break: as many values as places, and particles whose values are numbers. Fields
+// may hold anything: a peak can be infinite. Without a mesh they are held against nothing, and do not survive either.
 bool SW_Simulation::TimeStepIsSound() const
 {
     const int n = _particles->Position().NumVertices();
@@ -208,7 +208,7 @@ bool SW_Simulation::TimeStepIsSound() const
         const int size = !_mesh                ? field->_values.Size()
                          : field->OnVertices() ? _mesh->NumVertices()
                                                : _mesh->NumCells();
-        if (field->_values.Size() != size || !AllFinite(field->_values)) return false;
+        if (field->_values.Size() != size) return false;
     }
     return true;
 }

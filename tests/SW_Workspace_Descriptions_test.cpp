@@ -1,5 +1,5 @@
-// The description files of all classes against the classes: what can be set is described in both languages, and what is
-// described is answered.
+// The description files of all classes against the classes: what can be set is described in both languages, what is
+// described is answered, and what is referred to is there.
 
 #include "SW_Workspace.h"
 
@@ -24,6 +24,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -188,6 +189,42 @@ TEST_F(Descriptions, HoldEveryNameThatTheClassAnswers)
                 EXPECT_TRUE(!row.access.get || IsHelper(row.name) || gets.count(row.name)) << row.name;
             }
     }
+}
+
+// "->Type" and "->Type.attr" become links of the manual, which look for the attribute in the class itself: by its name,
+// or by what sets it.
+TEST_F(Descriptions, ReferOnlyToTypesAndAttributesThatThereAre)
+{
+    std::set<std::string> targets;
+    for (const Described& c : classes)
+        for (const AK_Attribute *root = c.object->Attributes(), *base; root; root = base) {
+            base = nullptr;
+            const std::string type = root->Id(1).c_str();
+            targets.insert(type);
+            Nodes nodes;
+            Collect(root, nodes);
+            for (const AK_Attribute* node : nodes) {
+                if (node != root && node->Id(0) == "obj") {
+                    base = node;
+                    break;
+                }
+                targets.insert(type + "." + node->Id(1).c_str());
+                targets.insert(type + "." + node->SetCmd().c_str());
+            }
+        }
+    const std::regex reference("->([A-Za-z0-9_$.]*[A-Za-z0-9_$])?");
+    int numReferences = 0;
+    for (const Described& c : classes)
+        for (const AK_Attribute* node : Entries(*c.object))
+            for (const char* language : {"default", "german"}) {
+                const std::string text = node->Component("doc")->InLanguage(language).c_str();
+                for (std::sregex_iterator match(text.begin(), text.end(), reference), end; match != end; ++match) {
+                    const std::string target = match->str(1);
+                    EXPECT_TRUE(targets.count(target)) << c.className << ", " << Name(node) << ": " << match->str();
+                    ++numReferences;
+                }
+            }
+    EXPECT_GT(numReferences, 50) << "there are many";
 }
 
 TEST_F(Descriptions, AreWrittenInTheFormThatTheProgramReads)
