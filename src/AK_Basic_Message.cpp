@@ -1,3 +1,5 @@
+// Where messages go unless a front end takes them, and the end of a process that broke a promise.
+
 #include "AK_Basic_Message.h"
 
 #include <cstdio>

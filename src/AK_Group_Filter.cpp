@@ -42,11 +42,8 @@ public:
         _path.SetSize(std::max(pathBufferSize, path.Length() + 1));
         std::memcpy(_path.Data(), path.c_str(), size_t(path.Length()) + 1);
         qvt_sci_BindArgLength(_pass, 0, _path.Size());
-        const Call running(group);
-        _curObj.Append(const_cast<AK_Group*>(group));
-        const uint64_t result = qvt_sci_Call(_pass, _path.Data());
-        _curObj.Remove(_curObj.Size() - 1);
-        return int(uint32_t(result)) != 0;   // an int comes in the low 4 bytes
+        const CodeOf running(group);
+        return int(uint32_t(qvt_sci_Call(_pass, _path.Data()))) != 0;   // an int comes in the low 4 bytes
     }
 
 private:

@@ -224,7 +224,7 @@ public:
     int SetForAllObjectsOfType(const AK_String& type, const AK_String& attr, const AK_String& value);
     void AssignAttributesOf(AK_Object* source, const AK_List<AK_String>& excluded);
     AK_String AttributeNamesList(char kind, bool visibleOnly, bool labels) const;
-    AK_String Label(const AK_Attribute* attribute) const;
+    static AK_String Label(const AK_Attribute* attribute);
     AK_String Label() const { return Label(Attributes()); }
     /// Documentation with the sentences that tell what kind of attribute it is, in the current language.
     static AK_String DocText(const AK_Attribute* attribute);

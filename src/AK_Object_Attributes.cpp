@@ -310,7 +310,7 @@ void AK_Object::AssignAttributesOf(AK_Object* source, const AK_List<AK_String>& 
     AssignNode(this, source, description.get(), excluded);
 }
 
-AK_String AK_Object::Label(const AK_Attribute* attribute) const
+AK_String AK_Object::Label(const AK_Attribute* attribute)
 {
     const AK_Attribute* translated = _language == "default" ? nullptr : attribute->Component(_language.c_str());
     if (translated) return translated->_cmd;
@@ -333,8 +333,8 @@ struct NameListing {
         const AK_Attribute* vis = node->Component("vis");
         if (visibleOnly && (node->Component("volatile") || (vis && object.Get(vis->_cmd) == "-"))) return;
         const AK_Attribute* set = node->Component("set");
-        if (kind == 'g' && !node->_cmd.IsEmpty()) list = list + (labels ? object.Label(node) : node->_cmd) + ak_sep;
-        if (kind == 's' && set) list = list + (labels ? object.Label(node) : set->_cmd) + ak_sep;
+        if (kind == 'g' && !node->_cmd.IsEmpty()) list = list + (labels ? AK_Object::Label(node) : node->_cmd) + ak_sep;
+        if (kind == 's' && set) list = list + (labels ? AK_Object::Label(node) : set->_cmd) + ak_sep;
         if (set || !node->_cmd.IsEmpty()) return;
         for (const AK_Attribute* component : node->_components) Add(component);
     }

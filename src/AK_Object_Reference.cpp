@@ -139,14 +139,6 @@ private:
     AK_List<AK_String> _classes{1}, _attributes{1};   // index entries: label, tab, link
 };
 
-AK_String LabelOf(const AK_Attribute* node)
-{
-    if (!(AK_Object::_language == "default"))
-        if (const AK_Attribute* label = node->Component(AK_Object::_language.c_str())) return label->_cmd;
-    const AK_String name = node->Id(1);
-    return name.IsEmpty() ? node->Id(0) : name;
-}
-
 AK_String Anchor(const AK_String& type, const AK_String& name) { return name.IsEmpty() ? type : type + "_" + name; }
 
 AK_String Link(const AK_String& anchor, const AK_String& label)
@@ -187,7 +179,7 @@ bool ReferencePage::OpenHtml(const AK_String& file, const AK_String& title)
 void ReferencePage::Write(const AK_Attribute* node, const AK_String& type, int level)
 {
     const AK_String style = level == 0 ? AK_String() : "CLASS=\"intended" + AK_String(level, "%d") + "\"";
-    const AK_String label = LabelOf(node);
+    const AK_String label = AK_Object::Label(node);
     const AK_String anchor = Anchor(type, IsClass(node) ? AK_String() : node->Id(1));
     const int heading = std::min(level + 1, 6);
     std::fprintf(_file, "<H%d %s><A NAME=\"%s\">%s</A></H%d>\n", heading, style.c_str(), anchor.c_str(), label.c_str(),
@@ -203,7 +195,7 @@ void ReferencePage::Write(const AK_Attribute* node, const AK_String& type, int l
 
 void ReferencePage::WriteBase(const AK_Attribute* base) const
 {
-    const AK_String link = Link(Anchor(base->Id(1), ""), LabelOf(base));
+    const AK_String link = Link(Anchor(base->Id(1), ""), AK_Object::Label(base));
     std::fprintf(_file, "<P>%s%s.</P>\n", InLanguage("Is a specialization of ", "Ist eine Spezialisierung von "),
                  link.c_str());
 }
@@ -312,7 +304,7 @@ AK_String ReferencePage::FullLabel(const AK_String& type, const AK_String& name)
     const AK_Attribute* root = Find(type, "");
     const AK_Attribute* node = Find(type, name);
     if (!root || !node) return "";
-    return node == root ? LabelOf(root) : LabelOf(root) + ": " + LabelOf(node);
+    return node == root ? AK_Object::Label(root) : AK_Object::Label(root) + ": " + AK_Object::Label(node);
 }
 
 }   // namespace
@@ -327,7 +319,7 @@ void AK_Object::WriteHtmlReferenceRecursive(const AK_String& file)
     AK_List<const AK_Attribute*> classes(1);
     description->GetObjHierarchy(classes);
     ReferencePage page(classes);
-    const AK_String title = InLanguage("Description of ", "Beschreibung von ") + LabelOf(description.get()) +
+    const AK_String title = InLanguage("Description of ", "Beschreibung von ") + AK_Object::Label(description.get()) +
                             InLanguage(" and all related objects", " und aller untergeordneten Objekte");
     if (!page.OpenHtml(file, title)) return;
     for (int i = 0; i < classes.Size(); ++i) {

@@ -1,3 +1,5 @@
+// Texts of the overlay: attributes, fonts, and drawing line by line.
+
 #include "AK_Text2d.h"
 
 #include "AK_sogl.h"

@@ -1,3 +1,5 @@
+// Objects of the overlay: the projection of the unit square, and positions that count from the far edges.
+
 #include "AK_VisObj2d.h"
 
 #include "AK_sogl.h"

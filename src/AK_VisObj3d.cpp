@@ -1,3 +1,5 @@
+// Objects of the world: attributes, the local system, drawing of copies and clones, the boxes around them.
+
 #include "AK_VisObj3d.h"
 
 #include "AK_VisObj3d_Clones.h"

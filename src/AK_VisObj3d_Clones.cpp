@@ -1,3 +1,5 @@
+// Clone transformations: reading of the lines, their order, the walk, and what is refused.
+
 #include "AK_VisObj3d_Clones.h"
 
 #include <algorithm>

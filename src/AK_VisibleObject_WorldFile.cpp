@@ -1,3 +1,5 @@
+// World files and other small files of numbers.
+
 #include "AK_VisibleObject_WorldFile.h"
 
 #include <cmath>

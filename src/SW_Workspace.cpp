@@ -1,3 +1,5 @@
+// The project: its containers and what it can create.
+
 #include "SW_Workspace.h"
 
 #include "AK_Colorbar.h"
