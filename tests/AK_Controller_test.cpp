@@ -44,7 +44,8 @@ protected:
                                                                     "\ttext.Unknown\n"
                                                                     "\t\tset:NoSuch\n");
         Describe("TestTrap", "obj.Trap\n\ttext.First:Id\n\ttext.Look:Look\n\ttext.Last:Id\n");
-        Describe("Mine", "obj.Mine\n\topr.Deep\n\t\ttext.Swap:AttributesName\n\t\t\tset:AttributesName\n");
+        Describe("Mine", "obj.Mine\n\tdoc:The sum @@a_1 + "
+                         "2/@.\n\topr.Deep\n\t\ttext.Swap:AttributesName\n\t\t\tset:AttributesName\n");
         Describe("Other", "obj.Other\n\ttext.Plain:Id\n");
         Fresh<AK_Controller, AK_TerminalController, AK_Group, AK_UserObj, TestTrap>();
         ak_msg_func = ak_default_msg_func;
