@@ -22,8 +22,7 @@
 #include <thread>
 #include <vector>
 
-static constexpr double pi = 3.14159265358979323846;
-static constexpr double radians = pi / 180;
+static constexpr double radians = ak_pi / 180;
 
 // ----------------------------------------------------------------------------------------------------------------
 // What the phases share
@@ -101,13 +100,6 @@ void SW_Simulation::ReadStepVariables()
 // Values of the step
 // ----------------------------------------------------------------------------------------------------------------
 
-// A number as it is after it has been written and read as an attribute.
-static double AsText(double value)
-{
-    AK_FromText(value, AK_ToText(value, nullptr));
-    return value;
-}
-
 static double CosOfBreakLines(const SW_Mesh& mesh)
 {
     static constexpr double noBreakLines = 0.1;   // degrees
@@ -129,7 +121,7 @@ struct Kernel {
         if (sphMode == 0) return;
         radius = sphMode < 0 ? cellSize / -double(sphMode) : cellSize * double(sphMode);
         const double r5 = radius * radius * radius * radius * radius;
-        gradCoefficient = 10 / (r5 * pi) * -3;
+        gradCoefficient = 10 / (r5 * ak_pi) * -3;
         lapCoefficient = gradCoefficient * -2;
     }
 };
@@ -293,7 +285,7 @@ void SW_Simulation::ComputeTimeStep(double t, double dt, AK_List<unsigned char>&
     const double tanDelta = std::tan(_bedFrictionAngle * radians);
     const double cosBreak = CosOfBreakLines(*_mesh);
     const int verbose = _sphMode == 0 ? 0 : _stepVariables.sphVerbose;
-    const Kernel kernel(_sphMode, AsText(_mesh->Resolution()));
+    const Kernel kernel(_sphMode, SW_AsShown(_mesh->Resolution()));
 
     LocationGrid grid;
     if (_sphMode != 0) {
