@@ -28,7 +28,7 @@ static constexpr Sentence applyEnd{".", " an."};
 static constexpr Sentence macroCommand{" \n(The corresponding macro command is '",
                                        " \n(Der entsprechende Makrobefehl ist '"};
 
-// How a value is given, by the kind of its attribute. The German texts begin with the quote that closes the name.
+// How a value is given, by the kind of its attribute. The German texts begin with a quote, but that of coordinates.
 struct ValueSentence {
     Sentence before;
     Sentence after;
@@ -56,7 +56,7 @@ static constexpr ValueSentence directory{
 };
 static constexpr ValueSentence pickWorld{
     {" and mouse-click (:pick world or :pick world multiple) or enter the coordinates '",
-     "' und klicken Sie mit der Maus (:pick world or :pick world multiple) oder geben die Koordinaten '"},
+     " und klicken Sie mit der Maus (:pick world or :pick world multiple) oder geben die Koordinaten '"},
     {"'.",                                                                                "' ein."      }
 };
 static constexpr ValueSentence enterValue{

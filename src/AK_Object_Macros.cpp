@@ -13,13 +13,13 @@
 #include "AK_Object.h"
 
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 
 static constexpr int maxMacroLine = 40959;
 
-// A macro is known by its name as it was called, which does not catch one that was found in the attribute directories
-// and calls itself by its short name, nor one that varies its spelling.
-static constexpr int maxRunningMacros = 100;
+// Each running macro holds a file open and a part of the call stack; long chains are written by programs.
+static constexpr int maxRunningMacros = 500;
 
 int AK_Object::Signal()
 {
@@ -62,6 +62,50 @@ static void RunPython(const AK_String& file, const AK_String& name)
     AK_Object::py_run_simple_string(text.Data());
 }
 
+namespace {
+
+// A macro while it runs. It is known by its one true path, so that no link and no other spelling of its name lets it
+// run within itself. One that may not begin has its reason in the status.
+class RunningMacro {
+public:
+    explicit RunningMacro(const AK_String& name)
+    {
+        AK_List<AK_String>& running = AK_Object::_macroFileNameStack;
+        const AK_String path = TruePath(name);
+        if (running.IndexOf(path) >= 0)
+            AK_Object::_execStatus = "recursive macro call ignored";
+        else if (running.Size() >= maxRunningMacros)
+            AK_Object::_execStatus = AK_String(maxRunningMacros, InLanguage("more than %d macros within each other",
+                                                                            "mehr als %d Makros ineinander"));
+        else {
+            running.Append(path);
+            _mayRun = true;
+        }
+    }
+    ~RunningMacro()
+    {
+        if (_mayRun) AK_Object::_macroFileNameStack.Remove(AK_Object::_macroFileNameStack.Size() - 1);
+    }
+    RunningMacro(const RunningMacro&) = delete;
+    RunningMacro& operator=(const RunningMacro&) = delete;
+
+    explicit operator bool() const { return _mayRun; }
+
+private:
+    static AK_String TruePath(const AK_String& name)
+    {
+        char* path = realpath(name.c_str(), nullptr);
+        if (!path) return name;
+        const AK_String result(path);
+        std::free(path);
+        return result;
+    }
+
+    bool _mayRun = false;
+};
+
+}   // namespace
+
 void AK_Object::ExecMacro(const AK_String& file, int noExplain)
 {
     const Call running(this);
@@ -69,9 +113,9 @@ void AK_Object::ExecMacro(const AK_String& file, int noExplain)
     const AK_String extension = name.Extension();
     if (extension == "cint") {
         const AK_String resolved = Resolved(name);
-        if (AK_System::FileExists(resolved))
-            Execute_QVT_SCI_code(resolved);
-        else
+        if (AK_System::FileExists(resolved)) {
+            if (const RunningMacro macro(resolved); macro) Execute_QVT_SCI_code(resolved);
+        } else
             _execStatus = AK_String("can neither open macro file '") + file + "' nor '" + resolved + "'";
     } else if (extension == "py")
         RunPython(file, Resolved(name));
@@ -149,12 +193,6 @@ private:
 // A directory counts as a file without lines: an empty name, the macro of a start without one, ends up at a directory.
 static bool CanBeRead(const AK_String& name) { return AK_System::IsDirectory(name) || AK_TextReader(name).IsOpen(); }
 
-static bool IsRunning(const AK_String& name)
-{
-    const AK_List<AK_String>& running = AK_Object::_macroFileNameStack;
-    return running.Size() >= maxRunningMacros || running.IndexOf(name) >= 0;
-}
-
 // Runs the file once; false when something ended the macro.
 static bool PlayOnce(AK_Object& object, const AK_String& name, CommentBlocks& comments, int noExplain)
 {
@@ -174,18 +212,14 @@ static bool PlayOnce(AK_Object& object, const AK_String& name, CommentBlocks& co
 
 void AK_Object::ExecCommandFile(const AK_String& calledName, int noExplain)
 {
-    if (IsRunning(calledName)) {
-        _execStatus = "recursive macro call ignored";
-        return;
-    }
     AK_String name = calledName;
     if (!CanBeRead(name) && !name.IsAbsolutePath()) name = AttributeFile(name, nullptr, nullptr);
     if (!CanBeRead(name)) {
         _execStatus = AK_String("cannot open macro file '") + name + "'";
         return;
     }
-    _macroFileNameStack.Append(name);
+    const RunningMacro macro(name);
+    if (!macro) return;
     CommentBlocks comments;
     for (int i = _macroRepetitions; i > 0 && PlayOnce(*this, name, comments, noExplain); --i) {}
-    _macroFileNameStack.Remove(_macroFileNameStack.Size() - 1);
 }

@@ -227,13 +227,48 @@ TEST_F(AK_MacrosTest, ATutorialTellsItsCommentsWithTheCommands)
               "->Thing.Count an. \n(Der entsprechende Makrobefehl ist 'set(\"\", \"Count\", \"\")'.)");
 }
 
-TEST_F(AK_MacrosTest, AMacroFoundByItsShortNameCannotRunItselfForEver)
+TEST_F(AK_MacrosTest, NoMacroRunsWithinItselfWhateverItCallsItself)
 {
-    ClassFile("again", "set(\"\", \"Count\", \"\")\nset(\"\", \"ExecMacro\", \"again\")\n");
-    root.ExecMacro("again", 0);
-    EXPECT_EQ(Status(), "recursive macro call ignored");
-    EXPECT_EQ(root._count, 100);
-    EXPECT_EQ(AK_Object::_macroFileNameStack.Size(), 0);
+    const std::string dir = Text(directory.Path());
+    symlink((directory / "a.macro").c_str(), (directory / "link.macro").c_str());
+    ClassFile("again", "");
+    const struct {
+        const char* why;
+        std::string file;
+        std::string ownName;
+    } cases[] = {
+        {"by its name", dir + "/a.macro", dir + "/a.macro"},
+        {"by another spelling", dir + "/a.macro", dir + "/./attributes/../a.macro"},
+        {"by a link", dir + "/a.macro", dir + "/link.macro"},
+        {"by the short name of the attribute directories", dir + "/attributes/again", "again"},
+        {"as formula code", dir + "/a.cint", dir + "//a.cint"},
+    };
+    for (const auto& c : cases) {
+        const bool isCode = c.file.ends_with(".cint");
+        const std::string call = "set(\"\", \"ExecMacro\", \"" + c.ownName + "\")";
+        const std::string count = "set(\"\", \"Count\", \"\")";
+        WriteFile(c.file.c_str(),
+                  isCode ? "void main() { " + count + "; " + call + "; }\n" : count + "\n" + call + "\n");
+        root._count = 0;
+        root.ExecMacro(c.ownName.c_str(), 0);
+        EXPECT_EQ(Status(), "recursive macro call ignored") << c.why;
+        EXPECT_EQ(root._count, 1) << c.why;
+        EXPECT_EQ(AK_Object::_macroFileNameStack.Size(), 0) << c.why;
+    }
+}
+
+TEST_F(AK_MacrosTest, ChainsOfFiveHundredMacrosRun)
+{
+    const auto name = [&](int i) { return directory / AK_String(i, "m%d.macro").c_str(); };
+    for (int i = 1; i <= 500; ++i)
+        WriteFile(name(i), "set(\"\", \"Count\", \"\")\nset(\"\", \"ExecMacro\", \"" + Text(name(i + 1)) + "\")\n");
+    WriteFile(name(501), "set(\"\", \"Count\", \"\")\n");
+    root.ExecMacro(name(2), 0);
+    EXPECT_EQ(Status(), "");
+    EXPECT_EQ(root._count, 500);
+    root.ExecMacro(name(1), 0);
+    EXPECT_EQ(Status(), "more than 500 macros within each other") << "no file may choose how deep calls go";
+    EXPECT_EQ(root._count, 1000);
 }
 
 // ------------------------------------------------------------------------------------------------------ hostile input
