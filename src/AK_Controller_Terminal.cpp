@@ -125,6 +125,8 @@ private:
     bool TakeValue(Node node, AK_String& value) const;
     void Execute(const AK_String& attr, const AK_String& value);
     void AttributeMenu(Node node);
+    void ExplainEntry(const AK_String& word, Node menu, const AK_List<Node>& shown) const;
+    void Explain(Node node) const { AK_MSG(ExpandFormulaFox(DocText(node))); }
     bool Label(Node node, AK_String& label) const;
     AK_String ValueOf(Node node) const { return node->_cmd.IsEmpty() ? AK_String() : _object->Get(node->_cmd); }
     void Pop() { _stack.Remove(_stack.Size() - 1); }
@@ -182,7 +184,7 @@ void AK_TerminalController::Menus::ObjectMenu()
     AK_String word;
     if (!ReadWord(word)) return;
     switch (word[0]) {
-    case '?': AK_MSG(ExpandFormulaFox(DocText(_object->Attributes()))); break;
+    case '?': Explain(_object->Attributes()); break;
     case 'q': _object = _object->Parent(); break;
     case 'e':
         _description = _object->Description();
@@ -213,7 +215,7 @@ void AK_TerminalController::Menus::EnterValue(Node node)
     if (!TakeValue(node, value)) return;   // the end of the input changes nothing: the same prompt again
     Pop();
     if (value.StartsWith("?"))
-        AK_MSG(ExpandFormulaFox(DocText(node)));
+        Explain(node);
     else
         Execute(node->SetCmd(), WithoutBars(value));
 }
@@ -251,8 +253,17 @@ void AK_TerminalController::Menus::AttributeMenu(Node node)
     if (!ReadWord(word)) return;
     if (word[0] == 'q')
         Pop();
+    else if (word[0] == '?')
+        ExplainEntry(word, node, shown);
     else if (const int i = IndexOfEntry(word, shown.Size()); i >= 0)
         _stack.Append(shown[i]);
+}
+
+// "?" explains the menu itself, "?3" its third entry, of whatever kind it is: nothing is asked, set or executed.
+void AK_TerminalController::Menus::ExplainEntry(const AK_String& word, Node menu, const AK_List<Node>& shown) const
+{
+    if (!word[1]) Explain(menu);
+    if (const int i = IndexOfEntry(word.c_str() + 1, shown.Size()); i >= 0) Explain(shown[i]);
 }
 
 // The line of an entry; false for one that is not shown.
