@@ -212,6 +212,13 @@ double AK_Colorbar::Step(int i) const
 // Memory per unit
 // ----------------------------------------------------------------------------------------------------------------
 
+// The marker in front tells that there is something to write again.
+static void Remember(AK_List<AK_String>& variables, const char* what, const AK_String& unit, const AK_String& value)
+{
+    AK_Object::ClassVariable(variables, AK_String(what) + unit, value);
+    variables[0] = "status=read";
+}
+
 int AK_Colorbar::GetUnitScaling(const AK_String& unit, double& min, double& max)
 {
     if (unit.IsEmpty()) return 0;
@@ -227,7 +234,7 @@ void AK_Colorbar::SetUnitScaling(const AK_String& unit, double min, double max)
 {
     if (unit.IsEmpty()) return;
     const double range[2] = {min, max};
-    ClassVariable(_classVariables, AK_String("scaling.") + unit, AK_String(range, 2));
+    Remember(_classVariables, "scaling.", unit, AK_String(range, 2));
 }
 
 int AK_Colorbar::GetUnitSteps(const AK_String& unit, AK_String& steps)
@@ -244,5 +251,5 @@ int AK_Colorbar::GetUnitSteps(const AK_String& unit, AK_String& steps)
 
 void AK_Colorbar::SetUnitSteps(const AK_String& unit, const AK_String& steps)
 {
-    if (!unit.IsEmpty()) ClassVariable(_classVariables, AK_String("steps.") + unit, steps);
+    if (!unit.IsEmpty()) Remember(_classVariables, "steps.", unit, steps);
 }

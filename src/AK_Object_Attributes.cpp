@@ -117,6 +117,7 @@ std::span<const AK_Row> AK_Object::Rows()
         {"IdVis",                      R::shown<&IdVisibility>},
         {"Active",                     R::value<&O::_active>},
         {"GetComponentList",           R::shown<&ComponentList>},
+        {"$latest_comp",               R::shown<[](const O& o) { return o.VariableValue("$latest_comp"); }>},
         {"ProjectDir",                 R::pair<[](const O& o) { return o._projectDir; },
                                                [](O& o, Text dir) { o.ProjectDir(dir); }>},
         {"SaveAs",                     R::command<&O::SaveAs>},

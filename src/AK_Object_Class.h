@@ -33,6 +33,7 @@
 #include "AK_Basic_Vec.h"
 #include "AK_Object.h"
 
+#include <cstddef>
 #include <functional>
 #include <type_traits>
 
@@ -135,6 +136,27 @@ constexpr AK_Access stampsItself(AK_Access access)
     access.stampsItself = true;
     return access;
 }
+
+/// The name of a variable of an object, "$smooth", as a parameter of a template.
+template <std::size_t n>
+struct AK_VariableName {
+    char text[n];
+
+    constexpr AK_VariableName(const char (&name)[n])
+    {
+        for (std::size_t i = 0; i < n; ++i) text[i] = name[i];
+    }
+};
+
+/// A variable that is an input of its class. With a row setting it counts as a change of the object, so that the next
+/// save writes it.
+template <AK_VariableName name>
+constexpr AK_Access AK_Variable{[](const AK_Object& o, const char*) { return o.VariableValue(name.text); },
+                                [](AK_Object& o, const AK_String& value) { o.SetVariableValue(name.text, value); }};
+
+/// One that commands write: no change of the object.
+template <AK_VariableName name>
+constexpr AK_Access AK_ResultVariable = stampsItself(AK_Variable<name>);
 
 // ----------------------------------------------------------------------------------------------------------------
 // The template

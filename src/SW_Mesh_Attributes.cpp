@@ -92,6 +92,8 @@ std::span<const AK_Row> SW_Mesh::Rows()
         {"ContourLinesMajorStep", value<&S::_contourLinesMajorStep>},   // m
         {"ContourLinesMinorWidth", value<&S::_contourLinesMinorWidth>},
         {"ContourLinesMajorWidth", value<&S::_contourLinesMajorWidth>},
+        {"$cont_lines_col", AK_Variable<"$cont_lines_col">},
+        {"$cont_lines_inv_bg_col", AK_Variable<"$cont_lines_inv_bg_col">},
         {"ContourLinesLabelled", value<&S::_contourLinesLabelled>},
         {"ContourLinesLabelsVis", editable<&S::_contourLinesLabelled>},
         {"ContourLinesLabelDistance", value<&S::_contourLinesLabelDistance>},   // m

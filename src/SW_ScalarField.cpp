@@ -27,6 +27,9 @@ std::span<const AK_Row> SW_ScalarField::Rows()
         {"ValueAtPoint",                  pair<&S::_valueAtPoint, static_cast<void (S::*)(Text)>(&S::ValueAtPoint)>},
         {"MinDisplayedValue",             value<&S::_minDisplayedValue>},
 
+        {"$conversion",                   AK_Variable<"$conversion">},
+        {"$density",                      AK_Variable<"$density">},                 // kg/m3
+        {"$smooth",                       AK_Variable<"$smooth">},
         {"DisplayColorMapped",            value<&S::_displayColorMapped>},
         {"DisplayContourLines",           value<&S::_displayContourLines>},
         {"ContourLinesColored",           value<&S::_contourLinesColored>},

@@ -2,37 +2,6 @@
 
 #include "SW_Simulation.h"
 
-#include <cstddef>
-
-// ----------------------------------------------------------------------------------------------------------------
-// Variables of the object that have rows of their own
-// ----------------------------------------------------------------------------------------------------------------
-
-namespace {
-
-// The name of a variable as a parameter of a template.
-template <size_t n>
-struct VariableName {
-    char text[n];
-
-    constexpr VariableName(const char (&name)[n])
-    {
-        for (size_t i = 0; i < n; ++i) text[i] = name[i];
-    }
-};
-
-// An input that the framework keeps as a variable. With a row setting it counts as a change of the object, so that the
-// next save writes it.
-template <VariableName name>
-constexpr AK_Access variable{[](const AK_Object& o, const char*) { return o.VariableValue(name.text); },
-                             [](AK_Object& o, const AK_String& value) { o.SetVariableValue(name.text, value); }};
-
-// One that runs and commands write: no change of the object.
-template <VariableName name>
-constexpr AK_Access result = stampsItself(variable<name>);
-
-}   // namespace
-
 // ----------------------------------------------------------------------------------------------------------------
 // Options and visibilities
 // ----------------------------------------------------------------------------------------------------------------
@@ -106,18 +75,18 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"RestitutionCoefficient",               value<&S::_restitutionCoefficient>},
         {"CurvatureReductionFactor",             value<&S::_curvatureReductionFactor>},
         {"SphMode",                              value<&S::_sphMode>},
-        {"$n_threads",                           variable<"$n_threads">},
-        {"$compat",                              variable<"$compat">},
-        {"$sph_verbose",                         variable<"$sph_verbose">},
-        {"$sph_diffusion_coefficient",           variable<"$sph_diffusion_coefficient">},     // m2/s
-        {"$sph_diffusion_implicit",              variable<"$sph_diffusion_implicit">},
-        {"$cohesiveSurfaceTension",              variable<"$cohesiveSurfaceTension">},        // N/m
-        {"$source_strength",                     variable<"$source_strength">},               // kg/s
-        {"$source_duration",                     variable<"$source_duration">},               // s
-        {"$source_radius",                       variable<"$source_radius">},                 // m
-        {"$source_point",                        variable<"$source_point">},                  // m
-        {"$source_velo",                         variable<"$source_velo">},                   // m/s
-        {"$source_velo_ang",                     variable<"$source_velo_ang">},               // degrees
+        {"$n_threads",                           AK_Variable<"$n_threads">},
+        {"$compat",                              AK_Variable<"$compat">},
+        {"$sph_verbose",                         AK_Variable<"$sph_verbose">},
+        {"$sph_diffusion_coefficient",           AK_Variable<"$sph_diffusion_coefficient">},     // m2/s
+        {"$sph_diffusion_implicit",              AK_Variable<"$sph_diffusion_implicit">},
+        {"$cohesiveSurfaceTension",              AK_Variable<"$cohesiveSurfaceTension">},        // N/m
+        {"$source_strength",                     AK_Variable<"$source_strength">},               // kg/s
+        {"$source_duration",                     AK_Variable<"$source_duration">},               // s
+        {"$source_radius",                       AK_Variable<"$source_radius">},                 // m
+        {"$source_point",                        AK_Variable<"$source_point">},                  // m
+        {"$source_velo",                         AK_Variable<"$source_velo">},                   // m/s
+        {"$source_velo_ang",                     AK_Variable<"$source_velo_ang">},               // degrees
 
         {"MassPerParticleDeterminationMethod",   value<&S::_massPerParticleDeterminationMethod>},
         {"MassPerParticleDeterminationMethods",  shown<[](const S&) { return MassPerParticleMethods(); }>},
@@ -140,9 +109,9 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"EndTime",                              value<&S::_endTime>},                        // s
         {"DeltaT",                               value<&S::_deltaT>},
         {"DeltaOut",                             value<&S::_deltaOut>},
-        {"$stop_crit",                           variable<"$stop_crit">},
-        {"$endITC",                              result<"$endITC">},
-        {"$autosave",                            variable<"$autosave">},
+        {"$stop_crit",                           AK_Variable<"$stop_crit">},
+        {"$endITC",                              AK_ResultVariable<"$endITC">},
+        {"$autosave",                            AK_Variable<"$autosave">},
         {"Run",                                  command<&S::Run>},
         {"RunVis",                               shown<&S::RunVis>},
         {"Continue",                             command<&S::Continue>},
@@ -154,6 +123,7 @@ std::span<const AK_Row> SW_Simulation::Rows()
                                                                                   || s.Status() == "started"; }>},
         {"Status",                               shown<&S::Status>},
         {"StatusInfo",                           shown<&S::StatusInfo>},
+        {"$run_time",                            AK_ResultVariable<"$run_time">},             // s
         {"CurrentTime",                          shown<&S::_currentTime>},                    // s
         {"PeakKineticEnergy",                    shown<&S::_peakKineticEnergy>},              // J
         {"ShowShallowWaterLogFile",              command<[](S& s, Text) { s.ShowShallowWaterLogFile(); }>},
@@ -177,7 +147,7 @@ std::span<const AK_Row> SW_Simulation::Rows()
         }>},
         {"EvaluateDepositionWith",               command<&S::EvaluateDepositionWith>},
         {"DepositionEvaluationOptions",          shown<[](const S& s) { return SW_PathsOfType(s, "Polyline"); }>},
-        {"$DepositionError",                     result<"$DepositionError">},
+        {"$DepositionError",                     AK_ResultVariable<"$DepositionError">},
 
         {"AnimateTimeSteps",                     command<[](S& s, Text) { s.Animate(false); }>},
         {"AnimationWriteImageFiles",             value<&S::_animationWriteImageFiles>},
@@ -190,8 +160,8 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"set_assigned_views",                   command<[](S& s, Text list) { s.AssignedViews(list); }>},
         {"clear_animation_views",                command<[](S& s, Text) { s.AssignedViews(""); }>},
         {"animate_with_assigned_views",          command<[](S& s, Text) { s.Animate(true); }>},
-        {"$animationFiles",                      result<"$animationFiles">},
-        {"$assigned_views",                      variable<"$assigned_views">},
+        {"$animationFiles",                      AK_ResultVariable<"$animationFiles">},
+        {"$assigned_views",                      AK_Variable<"$assigned_views">},
 
         // Of the powder part: stored and saved for a solver that is no part of this program.
         {"InteractionTypeWithFluidAbove",        value<&S::_interactionTypeWithFluidAbove>},
@@ -222,7 +192,7 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"AdditionalPSASolverArgs",              value<&S::_additionalPSASolverArgs>},
         {"Dx",                                   value<&S::_dx>},
         {"Honeycomb",                            value<&S::_honeycomb>},
-        {"$psaRestartFile",                      variable<"$psaRestartFile">},
+        {"$psaRestartFile",                      AK_Variable<"$psaRestartFile">},
         {"PSALogFileName",                       shown<[](const S&) { return "psa.log"; }>},
         {"DeactivateLoadingPsaResults",          stampsItself(command<[](S& s, Text) { s._loadPsaResults = false; }>)},
         {"ShowPSALogFile",                       command<ignore>},

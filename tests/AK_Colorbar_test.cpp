@@ -158,11 +158,14 @@ TEST_F(AK_ColorbarTest, RemembersTheStepsOfAUnitAcrossRuns)
 
     EXPECT_EQ(bar.SaveClassVariables(), 0);
     EXPECT_EQ(FileBytes(directory / "home/.korvo/AK_Colorbar.clv"), "scaling.kPa=0 100\nsteps.kPa=3 30\n");
+    Apply("Max=50");
+    EXPECT_EQ(bar.SaveClassVariables(), 0);
+    EXPECT_EQ(FileBytes(directory / "home/.korvo/AK_Colorbar.clv"), "scaling.kPa=0 50\nsteps.kPa=3 30\n") << "anew";
     AK_Colorbar::_classVariables.Clear();
     AK_Object::ReadClassVariables("AK_Colorbar", AK_Colorbar::_classVariables);
     double min, max;
     EXPECT_EQ(AK_Colorbar::GetUnitScaling("kPa", min, max), 1);
-    EXPECT_EQ(max, 100);
+    EXPECT_EQ(max, 50);
 }
 
 // ----------------------------------------------------------------------------------------------------------------
