@@ -3,9 +3,13 @@
 //   description node  ->  heading with an anchor  ->  paragraph                        ->  index at the end
 //   obj., opr., ...       "DHM_Dx"                    DocText, cleaned up and linked       types, attributes
 //
-// A documentation text is plain text with a little markup: 'names' in quotes are set in bold, a blank line begins a new
-// paragraph, @@alfa_1 >= 2/@ is a formula, ->DHM.Dx refers to an attribute of a type, ->DHM to the type, ->sketch.png
-// puts a picture there.
+// A documentation text is plain text with a little markup: 'names' in quotes are set in bold, and those of attributes
+// of the class become links that show the label in the language of the page; a blank line begins a new paragraph,
+// @@alfa_1 >= 2/@ is a formula, ->DHM.Dx refers to an attribute of a type, ->DHM to the type, ->sketch.png puts a
+// picture there.
+//
+// The page of all classes begins with a start page: "manual/Start.atr" in the attributes directory, a description whose
+// groups are the chapters.
 
 #include "AK_Object.h"
 
@@ -115,42 +119,80 @@ namespace {
 /// A page while it is written.
 class ReferencePage {
 public:
-    /// `roots` are the descriptions that references may lead to: those that the page shows.
-    explicit ReferencePage(const AK_List<const AK_Attribute*>& roots) : _roots(roots) {}
+    /// `roots` are the descriptions that references may lead to: those that the page shows. `bases` are their base
+    /// classes, null for none.
+    ReferencePage(const AK_List<const AK_Attribute*>& roots, const AK_List<const AK_Attribute*>& bases)
+        : _roots(roots),
+          _bases(bases)
+    {}
 
     bool OpenHtml(const AK_String& file, const AK_String& title);
-    /// One class, or a part of one with its parts.
-    void Write(const AK_Attribute* node, const AK_String& type, int level);
-    /// "" for a class without a base.
-    void WriteBase(const AK_Attribute* base) const;
-    void EndClass() const { std::fputs("<HR>\n", _file); }
+    void WriteStart(const AK_Attribute* start);
+    void WriteClasses();
     void CloseHtml();
 
 private:
+    void Write(const AK_Attribute* node, const AK_Attribute* root, int level);
+    void WriteHeading(const AK_Attribute* node, const AK_String& anchor, const AK_String& style, int level) const;
+    void WriteText(const AK_Attribute* node, const AK_Attribute* root, const AK_String& style) const;
     void WriteIndex(const char* anchor, const char* title, AK_List<AK_String>& entries) const;
-    AK_String Paragraphs(const AK_String& doc, const AK_String& style) const;
+    AK_String NamesAsMarks(const AK_String& text, const AK_Attribute* node, const AK_Attribute* root) const;
+    AK_String Mark(const AK_String& name, const AK_Attribute* node, const AK_Attribute* root) const;
     AK_String ResolveDocReferences(const AK_String& text) const;
     AK_String LinkTo(const AK_String& name) const;
-    const AK_Attribute* Find(const AK_String& type, const AK_String& name) const;
-    AK_String FullLabel(const AK_String& type, const AK_String& name) const;
+    const AK_Attribute* Root(const AK_String& type) const;
 
     const AK_List<const AK_Attribute*>& _roots;
+    const AK_List<const AK_Attribute*>& _bases;
     std::FILE* _file = nullptr;
     AK_List<AK_String> _classes{1}, _attributes{1};   // index entries: label, tab, link
 };
 
-AK_String Anchor(const AK_String& type, const AK_String& name) { return name.IsEmpty() ? type : type + "_" + name; }
+bool IsClass(const AK_Attribute* node) { return node->Id(0) == "obj"; }
+bool IsGroup(const AK_Attribute* node) { return node->Id(0) == "opr" && !node->Component("set"); }
+
+/// Properties of an attribute ("doc", "vis", "set" and so on) have no name of their own.
+bool IsEntry(const AK_Attribute* node) { return !node->Id(1).IsEmpty(); }
+
+/// The first group, or the first of all other entries, that bears the name or is set by it. Of one class only: what its
+/// base has is documented there.
+const AK_Attribute* FindEntry(const AK_Attribute* node, const AK_String& name, bool group)
+{
+    for (const AK_Attribute* component : node->_components) {
+        if (!IsEntry(component) || IsClass(component)) continue;
+        const bool isNamed = component->Id(1) == name.c_str() || component->SetCmd() == name;
+        if (isNamed && IsGroup(component) == group) return component;
+        if (const AK_Attribute* found = FindEntry(component, name, group)) return found;
+    }
+    return nullptr;
+}
+
+/// An attribute rather than a group of the same name.
+const AK_Attribute* FindInClass(const AK_Attribute* root, const AK_String& name)
+{
+    const AK_Attribute* attribute = FindEntry(root, name, false);
+    return attribute ? attribute : FindEntry(root, name, true);
+}
+
+/// A group gives way to an attribute of its name: no page has two anchors of one name.
+AK_String Anchor(const AK_Attribute* root, const AK_Attribute* node)
+{
+    if (node == root) return root->Id(1);
+    AK_String anchor = root->Id(1) + "_" + node->Id(1);
+    if (IsGroup(node) && FindEntry(root, node->Id(1), false)) anchor.Append("_group");
+    anchor.ReplaceAll(' ', '_');
+    return anchor;
+}
 
 AK_String Link(const AK_String& anchor, const AK_String& label)
 {
     return "<A HREF=\"#" + anchor + "\">" + label + "</A>";
 }
 
-bool IsClass(const AK_Attribute* node) { return node->Id(0) == "obj"; }
-bool IsGroup(const AK_Attribute* node) { return node->Id(0) == "opr"; }
-
-/// Properties of an attribute ("doc", "vis", "set" and so on) have no name of their own.
-bool IsEntry(const AK_Attribute* node) { return !node->Id(1).IsEmpty(); }
+AK_String FullLabel(const AK_Attribute* root, const AK_Attribute* node)
+{
+    return node == root ? AK_Object::Label(root) : AK_Object::Label(root) + ": " + AK_Object::Label(node);
+}
 
 bool ReferencePage::OpenHtml(const AK_String& file, const AK_String& title)
 {
@@ -176,28 +218,54 @@ bool ReferencePage::OpenHtml(const AK_String& file, const AK_String& title)
     return true;
 }
 
-void ReferencePage::Write(const AK_Attribute* node, const AK_String& type, int level)
+void ReferencePage::WriteHeading(const AK_Attribute* node, const AK_String& anchor, const AK_String& style,
+                                 int level) const
+{
+    const int heading = std::min(level + 1, 6);
+    std::fprintf(_file, "<H%d %s><A NAME=\"%s\">%s</A></H%d>\n", heading, style.c_str(), anchor.c_str(),
+                 AK_Object::Label(node).c_str(), heading);
+}
+
+// The chapters are no part of any class: in their texts only references lead on.
+void ReferencePage::WriteStart(const AK_Attribute* start)
+{
+    std::fputs("<HR>\n", _file);
+    WriteText(start, start, "");
+    for (const AK_Attribute* chapter : start->_components) {
+        if (!IsEntry(chapter)) continue;
+        WriteHeading(chapter, Anchor(start, chapter), "", 1);
+        WriteText(chapter, start, "");
+    }
+    std::fputs("<HR>\n", _file);
+}
+
+void ReferencePage::WriteClasses()
+{
+    for (int i = 0; i < _roots.Size(); ++i) {
+        Write(_roots[i], _roots[i], 0);
+        if (const AK_Attribute* base = _bases[i]) {
+            const AK_String link = Link(Anchor(base, base), AK_Object::Label(base));
+            const char* what = InLanguage("Is a specialization of ", "Ist eine Spezialisierung von ");
+            std::fprintf(_file, "<P>%s%s.</P>\n", what, link.c_str());
+        }
+        std::fputs("<HR>\n", _file);
+    }
+}
+
+// One class, or a part of one with its parts.
+void ReferencePage::Write(const AK_Attribute* node, const AK_Attribute* root, int level)
 {
     const AK_String style = level == 0 ? AK_String() : "CLASS=\"intended" + AK_String(level, "%d") + "\"";
     const AK_String label = AK_Object::Label(node);
-    const AK_String anchor = Anchor(type, IsClass(node) ? AK_String() : node->Id(1));
-    const int heading = std::min(level + 1, 6);
-    std::fprintf(_file, "<H%d %s><A NAME=\"%s\">%s</A></H%d>\n", heading, style.c_str(), anchor.c_str(), label.c_str(),
-                 heading);
+    const AK_String anchor = Anchor(root, node);
+    WriteHeading(node, anchor, style, level);
     if (IsClass(node))
         _classes.Append(label + "\t" + Link(anchor, label));
     else if (!IsGroup(node))   // many types have an attribute of the same label
-        _attributes.Append(label + "\t" + Link(anchor, label) + " (" + FullLabel(type, "") + ")");
-    std::fprintf(_file, "<P %s>%s</P>\n", style.c_str(), Paragraphs(AK_Object::DocText(node), style).c_str());
+        _attributes.Append(label + "\t" + Link(anchor, label) + " (" + AK_Object::Label(root) + ")");
+    WriteText(node, root, style);
     for (const AK_Attribute* component : node->_components)
-        if (IsEntry(component) && !IsClass(component)) Write(component, type, level + 1);
-}
-
-void ReferencePage::WriteBase(const AK_Attribute* base) const
-{
-    const AK_String link = Link(Anchor(base->Id(1), ""), AK_Object::Label(base));
-    std::fprintf(_file, "<P>%s%s.</P>\n", InLanguage("Is a specialization of ", "Ist eine Spezialisierung von "),
-                 link.c_str());
+        if (IsEntry(component) && !IsClass(component)) Write(component, root, level + 1);
 }
 
 void ReferencePage::WriteIndex(const char* anchor, const char* title, AK_List<AK_String>& entries) const
@@ -228,10 +296,10 @@ void ReferencePage::CloseHtml()
 // ----------------------------------------------------------------------------------------------------------------
 
 // Formulas stand aside while the text is cleaned up, each as its number between two bytes that no text has.
-AK_String ReferencePage::Paragraphs(const AK_String& doc, const AK_String& style) const
+void ReferencePage::WriteText(const AK_Attribute* node, const AK_Attribute* root, const AK_String& style) const
 {
     AK_List<AK_String> formulas(1);
-    AK_String text = doc;
+    AK_String text = AK_Object::DocText(node);
     text.ReplaceAll("\001", "");
     text.ReplaceAll("\002", "");
     text = ReplaceFormulas(
@@ -243,14 +311,47 @@ AK_String ReferencePage::Paragraphs(const AK_String& doc, const AK_String& style
     text.ReplaceAll(">", "&#62;");
     text.ReplaceAll(arrow, "->");
     text.ReplaceAll(" \n", "<BR>");
-    for (const char* before : {" ", "(", "\n", ">"})
-        text.ReplaceAll((AK_String(before) + "'").c_str(), (AK_String(before) + "<B>").c_str());
-    for (const char* behind : {" ", "\n", ".", ",", ";", ":", ")"})
-        text.ReplaceAll((AK_String("'") + behind).c_str(), (AK_String("</B>") + behind).c_str());
+    text = NamesAsMarks(text, node, root);
     text.ReplaceAll("\n\n", ("</P>\n<P " + style + ">").c_str());
 
     for (int i = 0; i < formulas.Size(); ++i) text.Replace(AK_String(i, "\001%d\002").c_str(), formulas[i].c_str());
-    return ResolveDocReferences(text);
+    std::fprintf(_file, "<P %s>%s</P>\n", style.c_str(), ResolveDocReferences(text).c_str());
+}
+
+// The quote that ends the name which begins at s; null if none does.
+const char* EndOfName(const char* s)
+{
+    for (; *s; ++s)
+        if (*s == '\'' && (!s[1] || std::strchr(" \n.,;:)<", s[1]))) return s;
+    return nullptr;
+}
+
+// A quote between two letters is an apostrophe.
+AK_String ReferencePage::NamesAsMarks(const AK_String& text, const AK_Attribute* node, const AK_Attribute* root) const
+{
+    AK_String result;
+    const char* rest = text.c_str();
+    for (const char* s = rest; *s; ++s) {
+        const bool begins = *s == '\'' && (s == text.c_str() || std::strchr(" (\n>", s[-1]));
+        const char* end = begins ? EndOfName(s + 1) : nullptr;
+        if (!end) continue;
+        result.Append(AK_String(rest, s) + "<B>" + Mark(AK_String(s + 1, end), node, root) + "</B>");
+        s = end;
+        rest = end + 1;
+    }
+    result.Append(rest);
+    return result;
+}
+
+// What stands for a name: a link if it is an attribute of the class or of one of its bases.
+AK_String ReferencePage::Mark(const AK_String& name, const AK_Attribute* node, const AK_Attribute* root) const
+{
+    for (int i = _roots.IndexOf(root); i >= 0; i = _roots.IndexOf(_bases[i])) {
+        const AK_Attribute* target = FindEntry(_roots[i], name, false);
+        if (target == node) return AK_Object::Label(node);
+        if (target) return Link(Anchor(_roots[i], target), AK_Object::Label(target));
+    }
+    return name;
 }
 
 // A reference reaches as far as its name does; a stop behind it ends the sentence.
@@ -274,37 +375,16 @@ AK_String ReferencePage::LinkTo(const AK_String& name) const
 {
     if (name.Extension() == "png") return "<IMG SRC=\"" + name + "\" ALT=\"\">";
     const char* dot = std::strchr(name.c_str(), '.');
-    const AK_String type = dot ? AK_String(name.c_str(), dot) : name;
-    const AK_String attribute = dot ? AK_String(dot + 1) : AK_String();
-    const AK_Attribute* target = Find(type, attribute);
-    if (!target) return "\"" + name + "\"";
-    return Link(Anchor(type, attribute.IsEmpty() ? attribute : target->Id(1)), FullLabel(type, attribute));
+    const AK_Attribute* root = Root(dot ? AK_String(name.c_str(), dot) : name);
+    const AK_Attribute* target = root && dot ? FindInClass(root, dot + 1) : root;
+    return target ? Link(Anchor(root, target), FullLabel(root, target)) : "\"" + name + "\"";
 }
 
-// A node of one class only: what its base has is documented there.
-const AK_Attribute* FindInClass(const AK_Attribute* node, const AK_String& name)
-{
-    for (const AK_Attribute* component : node->_components) {
-        if (!IsEntry(component) || IsClass(component)) continue;
-        if (component->Id(1) == name.c_str() || component->SetCmd() == name) return component;
-        if (const AK_Attribute* found = FindInClass(component, name)) return found;
-    }
-    return nullptr;
-}
-
-const AK_Attribute* ReferencePage::Find(const AK_String& type, const AK_String& name) const
+const AK_Attribute* ReferencePage::Root(const AK_String& type) const
 {
     for (const AK_Attribute* root : _roots)
-        if (root->Id(1) == type) return name.IsEmpty() ? root : FindInClass(root, name);
+        if (root->Id(1) == type) return root;
     return nullptr;
-}
-
-AK_String ReferencePage::FullLabel(const AK_String& type, const AK_String& name) const
-{
-    const AK_Attribute* root = Find(type, "");
-    const AK_Attribute* node = Find(type, name);
-    if (!root || !node) return "";
-    return node == root ? AK_Object::Label(root) : AK_Object::Label(root) + ": " + AK_Object::Label(node);
 }
 
 }   // namespace
@@ -318,15 +398,14 @@ void AK_Object::WriteHtmlReferenceRecursive(const AK_String& file)
     const AK_Description description = Description();
     AK_List<const AK_Attribute*> classes(1);
     description->GetObjHierarchy(classes);
-    ReferencePage page(classes);
+    AK_List<const AK_Attribute*> bases = classes;
+    bases.Append(nullptr);
+    bases.Remove(0);
+    ReferencePage page(classes, bases);
     const AK_String title = InLanguage("Description of ", "Beschreibung von ") + AK_Object::Label(description.get()) +
                             InLanguage(" and all related objects", " und aller untergeordneten Objekte");
     if (!page.OpenHtml(file, title)) return;
-    for (int i = 0; i < classes.Size(); ++i) {
-        page.Write(classes[i], classes[i]->Id(1), 0);
-        if (i + 1 < classes.Size()) page.WriteBase(classes[i + 1]);
-        page.EndClass();
-    }
+    page.WriteClasses();
     page.CloseHtml();
 }
 
@@ -383,15 +462,19 @@ bool AK_Object::RegisterClass(const char* className, const char* baseClassName)
 
 void AK_Object::WriteEntireHtmlReference(const AK_String& file)
 {
+    static constexpr char startPage[] = "manual/Start";
     const AK_String program = _argc > 0 ? AK_String(_argv[0]).BaseName() : AK_String("unknown");
     ReadAllDescriptions();
-    ReferencePage page(_allAttributes);
+    AK_List<const AK_Attribute*> bases(1);
+    for (const AK_String& name : _allClassNames) bases.Append(BaseOf(name));
+    ReferencePage page(_allAttributes, bases);
     if (!page.OpenHtml(file, program + InLanguage(": Description of all objects", ": Beschreibung aller Objekte")))
         return;
-    for (int i = 0; i < _allAttributes.Size(); ++i) {
-        page.Write(_allAttributes[i], _allAttributes[i]->Id(1), 0);
-        if (const AK_Attribute* base = BaseOf(_allClassNames[i])) page.WriteBase(base);
-        page.EndClass();
+    if (AK_System::FileExists(AttributeFile(startPage, "atr", nullptr))) {
+        const AK_Attribute* start = CreateAttributes(startPage, nullptr);
+        if (start) page.WriteStart(start);
+        DeleteAttributes(start, nullptr);
     }
+    page.WriteClasses();
     page.CloseHtml();
 }

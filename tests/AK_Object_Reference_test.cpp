@@ -52,10 +52,15 @@ TEST_F(AK_ReferencePageTest, TextsHeadingsAndBothIndexesOfOneObject)
                           "\t\t'Length'.\n"
                           "\t\tgerman:Ein Ding.\n"
                           "\topr.Shape\n"
+                          "\t\tdoc:'Size' and 'Id', for users' eyes, not '\n"
                           "\t\tdouble.Size:Size\n"
+                          "\t\t\tgerman:Groesse\n"
                           "\t\t\tset:SetSize\n"
                           "\t\t\tvis:SizeVis\n"
-                          "\t\t\tdoc:Size, @@h_1 >= 0/@, in m. ->plan.png\n");
+                          "\t\t\tdoc:Size, @@h_1 >= 0/@, in m. ->plan.png\n"
+                          "\t\topr.Shape\n"
+                          "\t\t\tset:Shape\n"
+                          "\t\t\tdoc:Not 'Shape' but 'SetSize'\n");
     TestThing thing("thing", nullptr);
     const std::string page = Written(thing, "WriteHtmlReferenceRecursive");
     ExpectAll(page, {
@@ -63,8 +68,13 @@ TEST_F(AK_ReferencePageTest, TextsHeadingsAndBothIndexesOfOneObject)
                         ">Description of Sample and all related objects<",
                         "<H1 ><A NAME=\"Sample\">Sample</A></H1>\n<P >A thing with a &#60; b. See "
                         "<A HREF=\"#Sample_Size\">Sample: Size</A>, \"Other\" and <A HREF=\"#Object_Id\">Object: "
-                        "Id</A>. Use <B>Size</B>, not<BR><B>Length</B>.</P>\n",
+                        "Id</A>. Use <B><A HREF=\"#Sample_Size\">Size</A></B>, not<BR><B>Length</B>.</P>\n",
                         "<P>Is a specialization of <A HREF=\"#Object\">Object</A>.</P>\n<HR>\n",
+                        "<A NAME=\"Sample_Shape_group\">Shape</A></H2>\n<P CLASS=\"intended1\"><B><A HREF=\"#Sample_Size\""
+                        ">Size</A></B> and <B><A HREF=\"#Object_Id\">Id</A></B>, for users' eyes, not '</P>",
+                        "<A NAME=\"Sample_Shape\">Shape</A></H3>\n<P CLASS=\"intended2\">Not <B>Shape</B> but <B><A "
+                        "HREF=\"#Sample_Size\">Size</A></B><BR>This is an operation",
+                        "<A HREF=\"#Sample_Shape\">Shape</A> (Sample)<BR>\n",
                         "<H3 CLASS=\"intended2\"><A NAME=\"Sample_Size\">Size</A></H3>\n<P CLASS=\"intended2\">Size, "
                         "<I>h<SUB>1</SUB> &#8804; 0</I>, in m. <IMG SRC=\"plan.png\" ALT=\"\">",
                         "<A HREF=\"#Object\">Object</A><BR>\n</P><P>\n<A HREF=\"#Sample\">Sample</A><BR>\n</P>\n",
@@ -73,15 +83,20 @@ TEST_F(AK_ReferencePageTest, TextsHeadingsAndBothIndexesOfOneObject)
     EXPECT_EQ(page.find("SizeVis"), std::string::npos) << "properties of attributes are no entries";
     thing.Set("SetLanguage", "german");
     ExpectAll(Written(thing, "WriteHtmlReferenceRecursive"),
-              {"Beschreibung von Probe und aller untergeordneten", "<P >Ein Ding.</P>", ">Liste der Attribute<"});
+              {"Beschreibung von Probe und aller untergeordneten", "<P >Ein Ding.</P>", ">Liste der Attribute<",
+               "<B><A HREF=\"#Sample_Size\">Groesse</A></B> and <B><A HREF=\"#Object_Id\">Id</A></B>"});
 }
 
 TEST_F(AK_ReferencePageTest, AllClassesWithTheirBases)
 {
+    AK_System::CreateDir(directory / "attributes/manual");
+    ClassFile("manual/Start.atr", "obj.Start\n\tdoc:Things.\n\topr.To begin\n\t\tdoc:Take a ->Thing.\n");
     TestThing root("Viewer", nullptr);
     ExpectAll(Written(root, "WriteEntireHtmlReference"),
               {">korvo: Description of all objects<", "<A NAME=\"SpecialThing_Extra\">",
-               "Is a specialization of <A HREF=\"#Thing\">Thing</A>"});
+               "Is a specialization of <A HREF=\"#Thing\">Thing</A>",
+               "<P >Things.</P>\n<H2 ><A NAME=\"Start_To_begin\">To begin</A></H2>\n"
+               "<P >Take a <A HREF=\"#Thing\">Thing</A>.</P>\n<HR>\n<H1 >"});
     root.Set("WriteEntireHtmlReference", "/nowhere/page.html");
     EXPECT_EQ(Text(AK_Object::_execStatus), "cannot open file '/nowhere/page.html' for writing references!");
 }

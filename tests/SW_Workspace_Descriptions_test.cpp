@@ -227,6 +227,30 @@ TEST_F(Descriptions, ReferOnlyToTypesAndAttributesThatThereAre)
     EXPECT_GT(numReferences, 50) << "there are many";
 }
 
+// The page as it is written: what a reader clicks on in either language, from the start page on.
+TEST_F(Descriptions, MakeAManualWhoseLinksAllLeadToOnePlace)
+{
+    for (const char* language : {"default", "german"}) {
+        SCOPED_TRACE(language);
+        AK_Object* root = owned.front().get();
+        root->Set("SetLanguage", language);
+        root->Set("WriteEntireHtmlReference", directory / "manual.html");
+        const std::string page = FileBytes(directory / "manual.html");
+        std::set<std::string> anchors;
+        const std::regex anchor("<A NAME=\"([^\"]*)\">"), link("<A HREF=\"#([^\"]*)\">");
+        for (std::sregex_iterator match(page.begin(), page.end(), anchor), end; match != end; ++match)
+            EXPECT_TRUE(anchors.insert(match->str(1)).second) << "twice: " << match->str(1);
+        for (std::sregex_iterator match(page.begin(), page.end(), link), end; match != end; ++match)
+            EXPECT_TRUE(anchors.count(match->str(1))) << match->str();
+        const std::string start = page.substr(0, page.find("<H1"));
+        for (const Described& c : classes)
+            EXPECT_NE(start.find(std::string("\"#") + c.object->Type().c_str() + "\""), std::string::npos) << c.className;
+        for (const char* stray : {"\"->", " '", "' ", ">'", "'<"})
+            EXPECT_EQ(page.find(stray), std::string::npos) << page.substr(page.find(stray), 100);
+    }
+    owned.front()->Set("SetLanguage", "default");
+}
+
 TEST_F(Descriptions, AreWrittenInTheFormThatTheProgramReads)
 {
     const std::set<std::string> kinds = {"obj",       "opr",  "text",  "int",   "double", "bool", "filename",
