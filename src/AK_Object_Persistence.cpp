@@ -13,6 +13,8 @@
 
 #include "AK_Object.h"
 
+#include "AK_Basic_NewFile.h"
+
 #include <cstdio>
 
 AK_String AK_Object::_directoryToLoad;
@@ -41,19 +43,10 @@ void AK_Object::WriteAttributes(std::FILE* file, const AK_Object* relativeTo, bo
 void AK_Object::SaveAttributesTo(const AK_String& name, bool recursively) const
 {
     const AK_String path = name.IsEmpty() ? _macroFileName : name;
-    const AK_String temporary = AK_System::TemporaryName(path);
-    std::FILE* file = std::fopen(temporary.c_str(), "w");
-    bool written = file != nullptr;
-    if (file) {
-        WriteAttributes(file, this, recursively);
-        written = !std::ferror(file);
-        written = std::fclose(file) == 0 && written;
-    }
+    const bool written = AK_WriteFile(path, [&](std::FILE* file) { WriteAttributes(file, this, recursively); });
     // Reading the attributes has emptied the status, whatever they answered: what counts here is the file.
     _execStatus = "";
-    if (written && AK_System::RenameFile(temporary, path) == 0) return;
-    _execStatus = AK_String("cannot open file ") + path + " for saving attributes!";
-    if (file && !(temporary == path)) AK_System::RemoveFile(temporary);
+    if (!written) _execStatus = AK_String("cannot open file ") + path + " for saving attributes!";
 }
 
 void AK_Object::SaveAttributes(const AK_String& file) const { SaveAttributesTo(file, false); }
@@ -86,20 +79,17 @@ void AK_Object::SaveAs(const AK_String& dir)
     AK_MSG("saving " << _id << " to " << dir);
     SaveAttributes(atr);
     if (!_execStatus.IsEmpty()) return;
-    const AK_String temporary = AK_System::TemporaryName(dat);
-    AK_Stream stream(temporary, "wb");
-    if (stream._status != 0) {
+    bool opened = false;
+    const bool written = AK_WriteRecord(dat, [&](AK_Stream& stream) {
+        opened = true;
+        return SaveData(stream) == 0;
+    });
+    if (!opened)
         _execStatus = AK_String("cannot open ") + dat;
-        return;
-    }
-    const int failed = SaveData(stream);
-    stream.Close();
-    if (!failed && !stream.Failed() && stream._status == 0 && AK_System::RenameFile(temporary, dat) == 0) {
+    else if (!written)
+        _execStatus = AK_String("cannot save data of ") + IdAbs() + " to file " + dat;
+    else
         SetExecTime("Save");
-        return;
-    }
-    _execStatus = AK_String("cannot save data of ") + IdAbs() + " to file " + dat;
-    if (!(temporary == dat)) AK_System::RemoveFile(temporary);
 }
 
 void AK_Object::SaveProjectAs(const AK_String& dir)

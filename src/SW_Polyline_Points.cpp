@@ -2,6 +2,7 @@
 
 #include "SW_Polyline_Points.h"
 
+#include "AK_Basic_NewFile.h"
 #include "SW_Polyline_Text.h"
 
 #include <algorithm>
@@ -92,7 +93,7 @@ int AK_Polyline::ReadXyz(const AK_String& path)
 
 int AK_Polyline::WritePoints(const AK_String& path, int dimension) const
 {
-    return WriteTextFile(path, [&](std::ostream& stream) {
+    return !AK_WriteStream(path, [&](std::ostream& stream) {
         stream << AnnotationLines(annotations);
         for (const AK_Vec& p : _x) {
             stream << AK_String(p.x, "%lf") << " " << AK_String(p.y, "%lf");

@@ -2,6 +2,7 @@
 
 #include "SW_Polyline_Set.h"
 
+#include "AK_Basic_NewFile.h"
 #include "AK_Text2d.h"
 #include "SW_Mesh.h"
 #include "SW_Polyline.h"
@@ -106,7 +107,7 @@ void SW_PolylineSet::Export(const AK_String& path)
     };
     const AK_String extension = path.Extension();
     int failed = 1;
-    if (extension == "nxyz") failed = WriteTextFile(path, writeNxyz);
+    if (extension == "nxyz") failed = !AK_WriteStream(path, writeNxyz);
     if (extension == "dxf" || extension == "DXF") failed = SW_WriteDxfFile(path, writeDxf);
     if (failed) _execStatus = AK_String("error occurred during export to '") + path + "'";
 }

@@ -8,7 +8,6 @@
 #include <climits>
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 
 /// Reads a line without its line end. What is longer than `limit` is cut there and its rest passed over. False at the
 /// end of the file.
@@ -52,19 +51,4 @@ inline bool ScanInt(const char* text, int& number, const char** end = nullptr)
     number = int(value);
     if (end) *end = rest;
     return true;
-}
-
-/// Writes a text file that appears under its name only when it is whole; `write` is called with the stream. 1 if it
-/// cannot be written.
-template <class Write>
-int WriteTextFile(const AK_String& path, const Write& write)
-{
-    const AK_String temporary = AK_System::TemporaryName(path);
-    std::ofstream stream(temporary.c_str(), std::ios::binary);
-    if (!stream) return 1;
-    write(stream);
-    stream.close();
-    if (stream && AK_System::RenameFile(temporary, path) == 0) return 0;
-    if (!(temporary == path)) AK_System::RemoveFile(temporary);
-    return 1;
 }
