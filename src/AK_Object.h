@@ -162,6 +162,7 @@ public:
     /// Writes the attributes as commands; an empty name means `_macroFileName`.
     virtual void SaveAttributes(const AK_String& file) const;
     /// The class's binary record: 0 for success, 1 for failure with the place in `_execStatus`.
+    virtual void Load(const AK_String& dir);
     virtual int SaveData(AK_Stream& stream) const;
     virtual int LoadData(AK_Stream& stream);
     /// Tells in the status that a record could not be read or written, and where the code found it; always 1.
@@ -294,7 +295,6 @@ public:
     void Save(const AK_String& ignored);
     void SaveProject(const AK_String& ignored);
     void SaveProjectAs(const AK_String& dir);
-    void Load(const AK_String& dir);
     void LoadProject(const AK_String& dir);
     void SaveAttributesRecursively(const AK_String& file) const;
     /// The component of that id, made and loaded from its directory in the one of this object; null if there is none.
