@@ -222,6 +222,6 @@ int SW_Polyline::ReadFromAnoFile(AK_TextReader& reader)
 int SW_Polyline::ReadFromKORVO99Ascii(AK_TextReader& reader)
 {
     const int failed = _line.ReadFromKORVO99Ascii(reader);
-    UpdateBox();
+    PointsChanged();
     return failed;
 }

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "AK_Basic.h"
+#include "AK_Basic_Vec.h"
 
 #include <cfloat>
 #include <climits>
@@ -26,6 +26,8 @@ inline bool ReadTextLine(AK_TextReader& reader, AK_String& line, int limit, bool
 
 /// True for what can be a coordinate: finite, and within the range of a float, in which boxes and drawing count.
 inline bool IsCoordinate(double number) { return std::fabs(number) <= double(FLT_MAX); }
+
+inline bool AreCoordinates(const AK_Vec& p) { return IsCoordinate(p.x) && IsCoordinate(p.y) && IsCoordinate(p.z); }
 
 /// Reads the n coordinates that a text begins with. Between them stand blanks or, with `commas`, a comma directly
 /// behind each number.
