@@ -322,6 +322,21 @@ private:
 
 // -------------------------------------------------------------------------------------------------- system services
 
+/// Counts how deep something goes into itself, by a counter that all of its guards share. What comes from outside must
+/// not choose how deep the stack gets: who is too deep goes no further.
+class AK_DepthGuard {
+public:
+    AK_DepthGuard(int& depth, int deepest) : _depth(depth), _tooDeep(depth >= deepest) { ++_depth; }
+    ~AK_DepthGuard() { --_depth; }
+    AK_DepthGuard(const AK_DepthGuard&) = delete;
+    AK_DepthGuard& operator=(const AK_DepthGuard&) = delete;
+    bool TooDeep() const { return _tooDeep; }
+
+private:
+    int& _depth;
+    bool _tooDeep;
+};
+
 /// What the program asks of the operating system, and its random numbers. rand and srand share unlocked state and are
 /// for the main thread; the others may be called by any thread, as far as the file system itself allows it.
 class AK_System {

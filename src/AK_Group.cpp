@@ -73,19 +73,16 @@ class AK_Group::PassingOn {
 public:
     explicit PassingOn(const AK_Group& group) : _group(group)
     {
-        if (_depth == 0) _refusals = 0;
-        _allowed = !group._passingOn && _depth < maxDepth && _refusals < maxRefusals;
-        if (_allowed) {
-            ++_depth;
+        if (_depth == 1) _refusals = 0;   // the outermost one
+        _allowed = !group._passingOn && !_guard.TooDeep() && _refusals < maxRefusals;
+        if (_allowed)
             group._passingOn = true;
-        } else
+        else
             ++_refusals;
     }
     ~PassingOn()
     {
-        if (!_allowed) return;
-        --_depth;
-        _group._passingOn = false;
+        if (_allowed) _group._passingOn = false;
     }
     PassingOn(const PassingOn&) = delete;
     PassingOn& operator=(const PassingOn&) = delete;
@@ -97,6 +94,7 @@ private:
     static inline int _depth = 0;
     static inline int _refusals = 0;   // since the outermost group began
 
+    const AK_DepthGuard _guard{_depth, maxDepth};
     const AK_Group& _group;
     bool _allowed;
 };

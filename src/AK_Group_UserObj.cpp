@@ -93,14 +93,17 @@ void AK_UserObj::TakeClassFromText()
 void AK_UserObj::TakeDescription(const AK_String& nameOrText)
 {
     const bool isText = nameOrText.StartsWith("obj.");
-    if (isText && !std::strchr(nameOrText.c_str(), '\n')) return;   // no description, and fatal where it is read
+    const auto isInvalid = [&] { AK_MSG("invalid attribute string:" << nameOrText); };
+    if (isText && !std::strchr(nameOrText.c_str(), '\n')) return isInvalid();   // fatal where descriptions are read
     const AK_Attribute* root = CreateAttributes(nameOrText, _attributes);
     const auto destroy = [](const AK_Attribute* description) { DeleteAttributes(description, _attributes); };
     // The name stands in the object's file names.
     if (root && root->Id(0) == "obj" && !root->Id(1).IsEmpty())
         _loadedAttributes = AK_Description(root, destroy);
-    else
+    else {
         destroy(root);
+        if (isText) isInvalid();
+    }
 }
 
 void AK_UserObj::DeleteLoadedAttributes() { _loadedAttributes.reset(); }

@@ -16,15 +16,36 @@
 // Texts as numbers
 // ----------------------------------------------------------------------------------------------------------------
 
-void AK_FromText(int& value, const AK_String& text)
+// The number stands; what is behind it, as in "16,5", or in place of it may be a slip of the user.
+static void WarnOfRest(const AK_String& text, const char* end, const AK_String& number)
 {
-    const long number = std::strtol(text.c_str(), nullptr, 10);
-    value = int(number < INT_MIN ? INT_MIN : number > INT_MAX ? INT_MAX : number);
+    if (end[std::strspn(end, " \t\r\n")])
+        AK_MSG("WARNING: '" << text << InLanguage("' is not all a number: it is read as ",
+                                                  "' ist nicht ganz eine Zahl: gelesen wird ")
+                            << number);
 }
 
-void AK_FromText(float& value, const AK_String& text) { value = std::strtof(text.c_str(), nullptr); }
+void AK_FromText(int& value, const AK_String& text)
+{
+    char* end;
+    const long number = std::strtol(text.c_str(), &end, 10);
+    value = int(number < INT_MIN ? INT_MIN : number > INT_MAX ? INT_MAX : number);
+    WarnOfRest(text, end, AK_ToText(value, nullptr));
+}
 
-void AK_FromText(double& value, const AK_String& text) { value = std::strtod(text.c_str(), nullptr); }
+void AK_FromText(float& value, const AK_String& text)
+{
+    char* end;
+    value = std::strtof(text.c_str(), &end);
+    WarnOfRest(text, end, AK_ToText(value, nullptr));
+}
+
+void AK_FromText(double& value, const AK_String& text)
+{
+    char* end;
+    value = std::strtod(text.c_str(), &end);
+    WarnOfRest(text, end, AK_ToText(value, nullptr));
+}
 
 void AK_FromText(AK_Vec& value, const AK_String& text)
 {
@@ -74,6 +95,15 @@ static void AssignFrom(AK_Object& object, const AK_String& path)
         object.AssignAttributesOf(source, AK_List<AK_String>(1));
     else
         AK_Object::_execStatus = AK_String("object '") + path + "' not found";
+}
+
+// Of a directory that is not there the components' would be told, which the user has not named.
+static void LoadFrom(AK_Object& object, const AK_String& dir)
+{
+    if (dir.IsEmpty() || AK_System::IsDirectory(dir))
+        object.LoadProject(dir);
+    else
+        AK_Object::_execStatus = AK_String("cannot open directory '") + dir + "'";
 }
 
 static void SetLanguage(AK_Object&, const AK_String& language)
@@ -130,7 +160,7 @@ std::span<const AK_Row> AK_Object::Rows()
         {"SaveVis",                    R::shown<&SaveVisibility>},
         {"SaveProject",                R::command<&O::SaveProject>},
         {"SaveProjectAs",              R::command<&O::SaveProjectAs>},
-        {"LoadProject",                R::command<&O::LoadProject>},
+        {"LoadProject",                R::command<&LoadFrom>},
         {"SaveAttributes",             R::command<&O::SaveAttributes>},
         {"SaveAttributesRecursively",  R::command<&O::SaveAttributesRecursively>},
         {"AssignAttributesOf",         R::command<&AssignFrom>},
@@ -189,25 +219,12 @@ std::span<const AK_Row> AK_Object::Rows()
 // Get and Set
 // ----------------------------------------------------------------------------------------------------------------
 
-namespace {
-
 // "root:root:root:..." passes on once for each part: a name from outside must not choose how deep that goes, nor
 // "Object::Object::..." how often all objects are asked to ask all objects.
-class PassedOn {
-public:
-    enum Way { toOneObject, toAllObjects };
-    explicit PassedOn(Way way = toOneObject) : _way(way) { ++_depth[_way]; }
-    ~PassedOn() { --_depth[_way]; }
-    PassedOn(const PassedOn&) = delete;
-    PassedOn& operator=(const PassedOn&) = delete;
-    bool TooOften() const { return _depth[_way] > (_way == toOneObject ? 100 : 3); }
-
-private:
-    static inline int _depth[2] = {0, 0};
-    Way _way;
-};
-
-}   // namespace
+static constexpr int deepestPath = 100;
+static constexpr int deepestForAll = 3;
+static int pathDepth = 0;
+static int forAllDepth = 0;
 
 int AK_Object::SetByRows(std::span<const Row> rows, const AK_String& attr, const AK_String& value)
 {
@@ -242,8 +259,8 @@ AK_String AK_Object::Get(const AK_String& attr) const
     if (IsVariableName(attr)) return VariableValue(attr);
 
     AK_String path, remote;
-    const PassedOn passed;
-    if (!passed.TooOften() && ParseRemoteCommand(attr, path, remote))
+    const AK_DepthGuard passed(pathDepth, deepestPath);
+    if (!passed.TooDeep() && ParseRemoteCommand(attr, path, remote))
         if (const AK_Object* object = const_cast<AK_Object*>(this)->ObjectById(path)) return object->Get(remote);
     return ak_null;
 }
@@ -265,8 +282,8 @@ int AK_Object::Set(const AK_String& attr, const AK_String& value)
         return 1;
     }
     const char* colons = std::strstr(attr.c_str(), "::");
-    const PassedOn passed(colons ? PassedOn::toAllObjects : PassedOn::toOneObject);
-    if (passed.TooOften()) return 0;
+    const AK_DepthGuard passed(colons ? forAllDepth : pathDepth, colons ? deepestForAll : deepestPath);
+    if (passed.TooDeep()) return 0;
     if (colons) return SetForAllObjectsOfType(AK_String(attr.c_str(), colons), AK_String(colons + 2), value) > 0;
     AK_String path, remote;
     if (ParseRemoteCommand(attr, path, remote))
@@ -306,7 +323,8 @@ static void AssignNode(AK_Object* to, const AK_Object* from, const AK_Attribute*
     if (const AK_Attribute* set = node->Component("set"); set && !node->_cmd.IsEmpty()) {
         bool wanted = true;
         for (const AK_String& name : excluded) wanted = wanted && !(name == set->_cmd);
-        if (wanted) to->Set(set->_cmd, from->Get(node->_cmd));
+        const AK_String value = wanted ? from->Get(node->_cmd) : AK_String(ak_null);
+        if (!(value == ak_null)) to->Set(set->_cmd, value);   // what an object of another type does not know stays
     }
     for (const AK_Attribute* component : node->_components) AssignNode(to, from, component, excluded);
 }
@@ -423,8 +441,8 @@ long AK_Object::ExecTime(const AK_String& attr) const
     if (i >= 0) return _execTimes[i];
     AK_String path, remote;
     if (!ParseRemoteCommand(attr, path, remote)) return 0;
-    const PassedOn passed;
-    const AK_Object* object = passed.TooOften() ? nullptr : const_cast<AK_Object*>(this)->ObjectById(path);
+    const AK_DepthGuard passed(pathDepth, deepestPath);
+    const AK_Object* object = passed.TooDeep() ? nullptr : const_cast<AK_Object*>(this)->ObjectById(path);
     return object ? object->ExecTime(remote) : 0;
 }
 

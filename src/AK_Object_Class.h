@@ -154,6 +154,14 @@ template <AK_VariableName name>
 constexpr AK_Access AK_Variable{[](const AK_Object& o, const char*) { return o.VariableValue(name.text); },
                                 [](AK_Object& o, const AK_String& value) { o.SetVariableValue(name.text, value); }};
 
+/// The same for a number: a text that is not all of one is told, as with other attributes, and kept as it is.
+template <AK_VariableName name>
+constexpr AK_Access AK_NumberVariable{AK_Variable<name>.get, [](AK_Object& o, const AK_String& value) {
+                                          double number = 0;
+                                          AK_FromText(number, value);
+                                          o.SetVariableValue(name.text, value);
+                                      }};
+
 /// One that commands write: no change of the object.
 template <AK_VariableName name>
 constexpr AK_Access AK_ResultVariable = stampsItself(AK_Variable<name>);

@@ -85,7 +85,7 @@ void AK_Object::SaveAs(const AK_String& dir)
 
     AK_MSG("saving " << _id << " to " << dir);
     SaveAttributes(atr);
-    if (!_execStatus.IsEmpty()) return;
+    const AK_String attributesError = _execStatus;
     bool opened = false;
     const bool written = AK_WriteRecord(dat, [&](AK_Stream& stream) {
         opened = true;
@@ -95,13 +95,14 @@ void AK_Object::SaveAs(const AK_String& dir)
         _execStatus = AK_String("cannot open ") + dat;
     else if (!written)
         _execStatus = AK_String("cannot save data of ") + IdAbs() + " to file " + dat;
-    else {
+    else if (attributesError.IsEmpty()) {
         // The files of a former type would make the directory one that no loader understands.
         if (from == dir && !(_typeOnDisc == Type())) RemoveFilesOfFormerType();
         _typeOnDisc = Type();
         SetUnread(false);
         SetExecTime("Save");
-    }
+    } else
+        _execStatus = attributesError;
 }
 
 void AK_Object::SaveProjectAs(const AK_String& dir)

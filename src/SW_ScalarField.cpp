@@ -28,8 +28,8 @@ std::span<const AK_Row> SW_ScalarField::Rows()
         {"MinDisplayedValue",             value<&S::_minDisplayedValue>},
 
         {"$conversion",                   AK_Variable<"$conversion">},
-        {"$density",                      AK_Variable<"$density">},                 // kg/m3
-        {"$smooth",                       AK_Variable<"$smooth">},
+        {"$density",                      AK_NumberVariable<"$density">},           // kg/m3
+        {"$smooth",                       AK_NumberVariable<"$smooth">},
         {"DisplayColorMapped",            value<&S::_displayColorMapped>},
         {"DisplayContourLines",           value<&S::_displayContourLines>},
         {"ContourLinesColored",           value<&S::_contourLinesColored>},

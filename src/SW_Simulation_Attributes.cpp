@@ -79,18 +79,18 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"RestitutionCoefficient",               value<&S::_restitutionCoefficient>},
         {"CurvatureReductionFactor",             value<&S::_curvatureReductionFactor>},
         {"SphMode",                              value<&S::_sphMode>},
-        {"$n_threads",                           AK_Variable<"$n_threads">},
+        {"$n_threads",                           AK_NumberVariable<"$n_threads">},
         {"$compat",                              AK_Variable<"$compat">},
-        {"$sph_verbose",                         AK_Variable<"$sph_verbose">},
-        {"$sph_diffusion_coefficient",           AK_Variable<"$sph_diffusion_coefficient">},     // m2/s
+        {"$sph_verbose",                         AK_NumberVariable<"$sph_verbose">},
+        {"$sph_diffusion_coefficient",           AK_NumberVariable<"$sph_diffusion_coefficient">}, // m2/s
         {"$sph_diffusion_implicit",              AK_Variable<"$sph_diffusion_implicit">},
-        {"$cohesiveSurfaceTension",              AK_Variable<"$cohesiveSurfaceTension">},        // N/m
-        {"$source_strength",                     AK_Variable<"$source_strength">},               // kg/s
-        {"$source_duration",                     AK_Variable<"$source_duration">},               // s
-        {"$source_radius",                       AK_Variable<"$source_radius">},                 // m
+        {"$cohesiveSurfaceTension",              AK_NumberVariable<"$cohesiveSurfaceTension">},  // N/m
+        {"$source_strength",                     AK_NumberVariable<"$source_strength">},         // kg/s
+        {"$source_duration",                     AK_NumberVariable<"$source_duration">},         // s
+        {"$source_radius",                       AK_NumberVariable<"$source_radius">},           // m
         {"$source_point",                        AK_Variable<"$source_point">},                  // m
-        {"$source_velo",                         AK_Variable<"$source_velo">},                   // m/s
-        {"$source_velo_ang",                     AK_Variable<"$source_velo_ang">},               // degrees
+        {"$source_velo",                         AK_NumberVariable<"$source_velo">},             // m/s
+        {"$source_velo_ang",                     AK_NumberVariable<"$source_velo_ang">},         // degrees
 
         {"MassPerParticleDeterminationMethod",   value<&S::_massPerParticleDeterminationMethod>},
         {"MassPerParticleDeterminationMethods",  shown<[](const S&) { return MassPerParticleMethods(); }>},

@@ -195,3 +195,37 @@ TEST_F(AK_AttributesTest, VariablesBelongToTheirObject)
     EXPECT_EQ(b->Get("$latest_comp"), "b");
     ExpectConsistent(root);
 }
+
+TEST_F(AK_AttributesTest, WhatIsNotAllOfANumberIsQuoted)
+{
+    const struct {
+        const char* attr;
+        const char* text;
+        const char* value;
+        bool warns;
+    } cases[] = {{"Length", "16,5", "16", true},   {"Length", "1e3x", "1000", true}, {"Length", "abc", "0", true},
+                 {"Number", "16.5", "16", true},   {"Ratio", "0.5 m", "0.5", true},  {"Shown", "true", "0", true},
+                 {"Length", " 1e3 \n", "1000", false}, {"Number", "", "0", false},       {"Number", "-7", "-7", false}};
+    for (const auto& c : cases) {
+        Messages();
+        a->Set(c.attr, c.text);
+        const Lines said = Messages();
+        EXPECT_EQ(Text(a->Get(c.attr)), c.value) << c.text;
+        EXPECT_EQ(said, c.warns ? Lines{std::string("WARNING: '") + c.text + "' is not all a number: it is read as " +
+                                        c.value}
+                                : Lines{})
+            << c.text;
+    }
+}
+
+TEST_F(AK_AttributesTest, WhatAnObjectOfAnotherTypeDoesNotKnowIsNotAssigned)
+{
+    Fresh<TestSpecialThing>();
+    auto* special = new TestSpecialThing("special", nullptr);
+    root.AddComponent(special);
+    special->Set("Extra", "stays");
+    a->Set("Text", "goes over");
+    special->Set("AssignAttributesOf", "../a");
+    EXPECT_EQ(Text(special->Get("Extra")), "stays");
+    EXPECT_EQ(Text(special->Get("Text")), "goes over");
+}

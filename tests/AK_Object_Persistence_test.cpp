@@ -195,10 +195,8 @@ TEST_F(AK_ObjectPersistenceTest, ASaveThatCannotBeWrittenSaysSoAndHarmsNothing)
     EXPECT_EQ(Contents(dir).size(), 2u);                                // and nothing half written
 
     WriteFile(directory / "file", "");
-    ExpectStatus(*thing, "SaveAs", directory / "file/x",
-                 "cannot open file " + Path("file/x/Thing.atr") + " for saving attributes!");
-    ExpectStatus(*thing, "SaveAs", directory / "no/such/directory",
-                 "cannot open file " + Path("no/such/directory/Thing.atr") + " for saving attributes!");
+    for (const char* missing : {"file/x", "no/such/directory"})
+        ExpectStatus(*thing, "SaveAs", directory / missing, "cannot open " + Path(missing) + "/Thing.dat");
     ExpectStatus(*thing, "SaveAttributes", directory / "file/x.macro",
                  "cannot open file " + Path("file/x.macro") + " for saving attributes!");
     thing->ProjectDir(dir);
@@ -341,6 +339,7 @@ TEST_F(AK_ObjectPersistenceTest, LoadingStopsAtTheFirstErrorAndKeepsWhatItHas)
     EXPECT_EQ(RecordThing::finalized, (Lines{"a:1"}));
     ExpectConsistent(again);
 
+    ExpectStatus(again, "LoadProject", directory / "nowhere", "cannot open directory '" + Path("nowhere") + "'");
     RecordThing skeleton("Viewer", nullptr);   // what is in memory must be on disc
     AddTo<RecordThing>(skeleton, "missing");
     ExpectStatus(skeleton, "LoadProject", directory / "p",
