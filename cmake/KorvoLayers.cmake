@@ -83,7 +83,7 @@ function(korvo_layer name)
         get_filename_component(stem ${grammar} NAME_WE)
         bison_target(${stem} ${grammar} ${CMAKE_CURRENT_BINARY_DIR}/${stem}.tab.cpp
                      DEFINES_FILE ${CMAKE_CURRENT_BINARY_DIR}/${stem}.tab.h
-                     COMPILE_FLAGS "-Wall -Werror")
+                     COMPILE_FLAGS "-Wall")
         list(APPEND generated ${CMAKE_CURRENT_BINARY_DIR}/${stem}.tab.cpp)
     endforeach()
 

@@ -90,6 +90,18 @@ struct AK_RowsOf {
         AK_FromText(static_cast<T&>(object).*member, value);
     }
 
+    // The same for a member of a structure that is a member of T.
+    template <auto structure, auto member>
+    static AK_String GetPart(const AK_Object& object, const char* format)
+    {
+        return AK_ToText(static_cast<const T&>(object).*structure.*member, format);
+    }
+    template <auto structure, auto member>
+    static void StorePart(AK_Object& object, const AK_String& value)
+    {
+        AK_FromText(static_cast<T&>(object).*structure.*member, value);
+    }
+
     template <auto condition>
     static AK_String WritableOrHidden(const AK_Object& object, const char*)
     {
@@ -117,6 +129,8 @@ struct AK_RowsOf {
     // members of T or lambdas that take a T.
     template <auto member>
     static constexpr AK_Access value{&GetWith<member>, &Store<member>};
+    template <auto structure, auto member>
+    static constexpr AK_Access valueOf{&GetPart<structure, member>, &StorePart<structure, member>};
     template <auto variable>
     static constexpr AK_Access shared{&GetStatic<variable>, &SetStatic<variable>};
     template <auto getter>

@@ -28,6 +28,7 @@
 #pragma once
 
 #include "SW_Particles.h"
+#include "SW_Simulation_Parameters.h"
 
 #include <array>
 #include <cstdlib>
@@ -336,6 +337,7 @@ private:
     bool MeshHasChanged() const;
 
     friend struct SW_SimulationPhase;   // what the phases share; defined where they are
+    struct Step;                        // a time step on its way (SW_Simulation_Step.cpp)
 
     // Parts of a step, each in particle order and in one thread (SW_Simulation_Step.cpp, SW_Simulation_Sources.cpp).
     void BookEntrainment();
@@ -344,12 +346,9 @@ private:
     void AddParticlesFromSources(double t, double dt);
     void SplitParticles();
 
-    // Parameters of the model. Their meaning, units and usual ranges: files/AK_Attributes/SW_Simulation.atr.
-    AK_String _psaMesh;
-    AK_String _frictionType = "Mohr-Coulomb with max of dynamic and granular pressure (KORVO classic)";
-    double _internalFrictionAngle = 35;   // degrees
-    double _bedFrictionAngle = 16;        // degrees
-    double _dynamicFrictionCoefficient = 0.022;
+    SW_SimulationParameters _parameters;
+    template <auto member>
+    static constexpr AK_Access parameter = AK_RowsOf<SW_Simulation>::valueOf<&SW_Simulation::_parameters, member>;
     Namespace* _formulaNameSpace = nullptr;   // owned; the functions of the rheology file
     Namespace* _shearNameSpace = nullptr;     // owned; the inline formula, which a file must not clear away
     SW_FrictionFormulas _formulas;
@@ -357,58 +356,7 @@ private:
     AK_String _formulaFile;         // of the functions in force; "" for none
     AK_String _namedFormulaFile;    // loaded by its path, wherever it is now; "" where FrictionType names the law
     AK_String _formulaParameters;   // as last set: they outlive a file that is missing
-    double _density = 200;   // kg/m3 of the flow
-    AK_String _releaseDHM = "none";
-    double _releaseDHMDensity = 150;       // kg/m3
-    double _releaseDHMTemperature = -10;   // degrees C
-    AK_String _entrainmentDHM = "none";
-    double _entrainmentDHMDensity = 50;                     // kg/m3
-    double _globalEntrainmentAreaWeight = 0;                // kg/m2
-    double _globalEntrainmentMinZ = 0;                      // m
-    double _globalEntrainmentTemperature = -10;             // degrees C
-    double _globalEntrainmentTemperatureGradient = -0.01;   // degrees per m
-    double _entrainmentShearResistance = 0;                 // J/m2
-    double _entrainmentDeformationResistance = 0;           // J/kg
-    double _entrainmentErosionEnergy = 0;                   // J/kg; 0 for plough entrainment
-    double _subgridMixingFactor = 100;
-    double _restitutionCoefficient = 0;
-    double _curvatureReductionFactor = 1;
-    int _sphMode = 0;
-    AK_String _interactionTypeWithFluidAbove = "none";
-    double _particlesMinFroudeSaltation = 400;
-    double _particlesSuspensionCoeff = 5;
-    double _particlesDiameter = 0.001;        // m
-    double _particlesMaterialDensity = 900;   // kg/m3
-    double _particlesDragCoefficient = 1;
-    double _particlesRestitutionCoefficient = 0.98;
-    double _dfaTurbulenceFactor = 0.05;
-    int _turbulenceReactionMode = 0;
-    double _particlesReflexionAngle = 30;            // degrees
-    double _particlesReflexionMinimalVelocity = 3;   // m/s
-    double _psaMinRoughness = 0.01;
-    double _psaRoughnessVibrationConst = 0.0001;
-    double _psaRoughnessSuspensionConst = 10;
-    int _psaDirectEntrainment = 0;
-    double _parcelMass = 50;           // kg
-    double _particlesTimeStep = 0.1;   // s
-    double _endTime = 100;             // s
-    double _deltaT = 0.1;              // s
-    double _deltaOut = 5;              // s
-    AK_String _remark;
-    AK_String _cleanupBehavior = "keep all time steps";
-    AK_String _massPerParticleDeterminationMethod = "delta-depth per particle";
-    double _massPerParticle = 10000;   // kg
-    double _numParticlesPerCell = 5;
-    int _numParticles = 20000;
-    double _deltaDepthPerParticle = 0.5;   // m
-    int _psaNumMPI = 1;
-    double _dx = 0;       // stored only
-    int _honeycomb = 0;   // stored only
-    int _animationWriteImageFiles = 0;
-    int _animationStepIncrement = 1;
-    double _animationStepDelay = 0;   // s
     double _peakKineticEnergy = 0;    // J
-    AK_String _additionalPSASolverArgs;
 
     SW_MeshPointer<SW_Mesh> _mesh;   // not owned
     SW_MeshReference _meshReference;

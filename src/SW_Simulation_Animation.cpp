@@ -109,22 +109,22 @@ void SW_Simulation::ShowStep()
     AK_Object* const root = Root();
     Update();
     root->Set("Draw", "");
-    if (_animationWriteImageFiles && root->Set("WriteImageFile", "") == 1)
+    if (_parameters.animationWriteImageFiles && root->Set("WriteImageFile", "") == 1)
         SetVariableValue("$animationFiles",
                          VariableValue("$animationFiles") + root->Get("ActualImageFileName") + ak_sep);
     static constexpr double longestDelay = 3600;   // s
-    const double delay = std::clamp(_animationStepDelay, 0.0, longestDelay);
+    const double delay = std::clamp(_parameters.animationStepDelay, 0.0, longestDelay);
     if (delay > 0) AK_System::MilliSleep(int(delay * 1000));
 }
 
 void SW_Simulation::Animate(bool withAssignedViews)
 {
     SetVariableValue("$animationFiles", "");
-    if (_animationWriteImageFiles) Root()->Set("ImageFileNameEvaluator", "numbered");
+    if (_parameters.animationWriteImageFiles) Root()->Set("ImageFileNameEvaluator", "numbered");
     int current = -1;
     const AK_List<AK_String> steps = TimeStepInfo(current);
     if (current == steps.Size() - 1) current = -1;   // at the end it begins anew
-    const int increment = std::clamp(_animationStepIncrement, 1, INT_MAX / 2);
+    const int increment = std::clamp(_parameters.animationStepIncrement, 1, INT_MAX / 2);
     for (int i = std::max(current, 0); i < steps.Size(); i += increment) {
         if (Signal()) return;
         LoadTimeStep(steps[i]);

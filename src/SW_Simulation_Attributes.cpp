@@ -31,19 +31,20 @@ static AK_String MassPerParticleMethods()
 std::span<const AK_Row> SW_Simulation::Rows()
 {
     using S = SW_Simulation;
+    using P = SW_SimulationParameters;
     using Text = const AK_String&;
     static constexpr auto ignore = [](S&, Text) {};   // commands of a solver that is no part of this program
     static constexpr Row rows[] = {
         {"Mesh",                                 pair<&S::MeshPath, &S::SetMesh>},
         {"GetMeshNamesList",                     shown<&S::MeshNamesList>},
-        {"Remark",                               value<&S::_remark>},
+        {"Remark",                               parameter<&P::remark>},
 
-        {"FrictionType",                         pair<&S::_frictionType, &S::FrictionType>},
+        {"FrictionType",                         pair<[](const S& s) { return s._parameters.frictionType; }, &S::FrictionType>},
         {"FrictionTypeOptions",                  shown<[](const S&) { return FrictionTypeOptions(); }>},
-        {"InternalFrictionAngle",                value<&S::_internalFrictionAngle>},          // degrees
-        {"BedFrictionAngle",                     value<&S::_bedFrictionAngle>},               // degrees
+        {"InternalFrictionAngle",                parameter<&P::internalFrictionAngle>},          // degrees
+        {"BedFrictionAngle",                     parameter<&P::bedFrictionAngle>},               // degrees
         {"FrictionAngleVisibility",              visible<&S::UsesMohrCoulomb>},
-        {"DynamicFrictionCoefficient",           value<&S::_dynamicFrictionCoefficient>},
+        {"DynamicFrictionCoefficient",           parameter<&P::dynamicFrictionCoefficient>},
         {"DynamicFrictionCoefficientVis",        visible<&S::UsesDynamicFriction>},
         {"EarthPressureCoefficients",            shown<&S::EarthPressureCoefficients>},
         {"EarthPressureCoefficientsVis",         shown<&S::EarthPressureCoefficientsVis>},
@@ -61,24 +62,24 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"BottomShearStressFormulaFile",         pair<[](const S& s) { return s.BottomShearStressFormulaFile(); },
                                                       [](S& s, Text path) { s.BottomShearStressFormulaFile(path); }>},
 
-        {"Density",                              value<&S::_density>},                        // kg/m3
-        {"ReleaseDHM",                           value<&S::_releaseDHM>},
+        {"Density",                              parameter<&P::density>},                        // kg/m3
+        {"ReleaseDHM",                           parameter<&P::releaseDHM>},
         {"ReleaseDHM_Options",                   shown<&S::DepthMeshOptions>},
-        {"ReleaseDHMDensity",                    value<&S::_releaseDHMDensity>},              // kg/m3
-        {"EntrainmentDHM",                       value<&S::_entrainmentDHM>},
-        {"EntrainmentDHMDensity",                value<&S::_entrainmentDHMDensity>},          // kg/m3
-        {"GlobalEntrainmentAreaWeight",          value<&S::_globalEntrainmentAreaWeight>},    // kg/m2
-        {"GlobalEntrainmentMinZ",                value<&S::_globalEntrainmentMinZ>},          // m
-        {"GlobalEntrainmentTemperature",         value<&S::_globalEntrainmentTemperature>},   // degrees C
-        {"GlobalEntrainmentTemperatureGradient", value<&S::_globalEntrainmentTemperatureGradient>},
-        {"EntrainmentShearResistance",           value<&S::_entrainmentShearResistance>},          // J/m2
-        {"EntrainmentDeformationResistance",     value<&S::_entrainmentDeformationResistance>},    // J/kg
-        {"EntrainmentErosionEnergy",             value<&S::_entrainmentErosionEnergy>},            // J/kg
+        {"ReleaseDHMDensity",                    parameter<&P::releaseDHMDensity>},              // kg/m3
+        {"EntrainmentDHM",                       parameter<&P::entrainmentDHM>},
+        {"EntrainmentDHMDensity",                parameter<&P::entrainmentDHMDensity>},          // kg/m3
+        {"GlobalEntrainmentAreaWeight",          parameter<&P::globalEntrainmentAreaWeight>},    // kg/m2
+        {"GlobalEntrainmentMinZ",                parameter<&P::globalEntrainmentMinZ>},          // m
+        {"GlobalEntrainmentTemperature",         parameter<&P::globalEntrainmentTemperature>},   // degrees C
+        {"GlobalEntrainmentTemperatureGradient", parameter<&P::globalEntrainmentTemperatureGradient>},
+        {"EntrainmentShearResistance",           parameter<&P::entrainmentShearResistance>},          // J/m2
+        {"EntrainmentDeformationResistance",     parameter<&P::entrainmentDeformationResistance>},    // J/kg
+        {"EntrainmentErosionEnergy",             parameter<&P::entrainmentErosionEnergy>},            // J/kg
 
-        {"SubgridMixingFactor",                  value<&S::_subgridMixingFactor>},
-        {"RestitutionCoefficient",               value<&S::_restitutionCoefficient>},
-        {"CurvatureReductionFactor",             value<&S::_curvatureReductionFactor>},
-        {"SphMode",                              value<&S::_sphMode>},
+        {"SubgridMixingFactor",                  parameter<&P::subgridMixingFactor>},
+        {"RestitutionCoefficient",               parameter<&P::restitutionCoefficient>},
+        {"CurvatureReductionFactor",             parameter<&P::curvatureReductionFactor>},
+        {"SphMode",                              parameter<&P::sphMode>},
         {"$n_threads",                           AK_NumberVariable<"$n_threads">},
         {"$compat",                              AK_Variable<"$compat">},
         {"$sph_verbose",                         AK_NumberVariable<"$sph_verbose">},
@@ -92,15 +93,15 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"$source_velo",                         AK_NumberVariable<"$source_velo">},             // m/s
         {"$source_velo_ang",                     AK_NumberVariable<"$source_velo_ang">},         // degrees
 
-        {"MassPerParticleDeterminationMethod",   value<&S::_massPerParticleDeterminationMethod>},
+        {"MassPerParticleDeterminationMethod",   parameter<&P::massPerParticleDeterminationMethod>},
         {"MassPerParticleDeterminationMethods",  shown<[](const S&) { return MassPerParticleMethods(); }>},
-        {"MassPerParticle",                      value<&S::_massPerParticle>},                // kg
+        {"MassPerParticle",                      parameter<&P::massPerParticle>},                // kg
         {"MassPerParticleVisibility",            editable<&S::Determines<0>>},
-        {"NumParticlesPerCell",                  value<&S::_numParticlesPerCell>},
+        {"NumParticlesPerCell",                  parameter<&P::numParticlesPerCell>},
         {"NumParticlesPerCellVisibility",        editable<&S::Determines<1>>},
-        {"NumParticles",                         value<&S::_numParticles>},
+        {"NumParticles",                         parameter<&P::numParticles>},
         {"NumParticlesVisibility",               editable<&S::Determines<2>>},
-        {"DeltaDepthPerParticle",                value<&S::_deltaDepthPerParticle>},          // m
+        {"DeltaDepthPerParticle",                parameter<&P::deltaDepthPerParticle>},          // m
         {"DeltaDepthPerParticleVisibility",      editable<&S::Determines<3>>},
 
         {"ReleaseMass",                          shown<&S::ReleaseMass>},                     // kg
@@ -110,9 +111,9 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"CurrentMass",                          shown<[](const S& s) { return s._particles->TotalMass(); }>},
         {"UpdateReleaseMass",                    command<[](S& s, Text) { s.UpdateReleaseMass(); }>},
 
-        {"EndTime",                              value<&S::_endTime>},                        // s
-        {"DeltaT",                               value<&S::_deltaT>},
-        {"DeltaOut",                             value<&S::_deltaOut>},
+        {"EndTime",                              parameter<&P::endTime>},                        // s
+        {"DeltaT",                               parameter<&P::deltaT>},
+        {"DeltaOut",                             parameter<&P::deltaOut>},
         {"$stop_crit",                           AK_Variable<"$stop_crit">},
         {"$endITC",                              AK_ResultVariable<"$endITC">},
         {"$autosave",                            AK_Variable<"$autosave">},
@@ -145,7 +146,7 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"CurrentTimeStep",                      shown<&S::_currentTimeStep>},
         {"DeleteTimesteps",                      command<&S::DeleteTimesteps>},
         {"DeleteTimestepsOptions",               shown<[](const S&) { return Options({"except last", "all"}); }>},
-        {"CleanupBehavior",                      value<&S::_cleanupBehavior>},
+        {"CleanupBehavior",                      parameter<&P::cleanupBehavior>},
         {"CleanupBehaviorOptions",               shown<[](const S&) {
             return Options({"keep all time steps", "keep last time step", "remove all time steps", "delete entirely"});
         }>},
@@ -154,9 +155,9 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"$DepositionError",                     AK_ResultVariable<"$DepositionError">},
 
         {"AnimateTimeSteps",                     command<[](S& s, Text) { s.Animate(false); }>},
-        {"AnimationWriteImageFiles",             value<&S::_animationWriteImageFiles>},
-        {"AnimationStepIncrement",               value<&S::_animationStepIncrement>},
-        {"AnimationStepDelay",                   value<&S::_animationStepDelay>},             // s
+        {"AnimationWriteImageFiles",             parameter<&P::animationWriteImageFiles>},
+        {"AnimationStepIncrement",               parameter<&P::animationStepIncrement>},
+        {"AnimationStepDelay",                   parameter<&P::animationStepDelay>},             // s
         {"get_assigned_animation_view_options",  shown<&S::ViewOptions>},
         {"get_assigned_animation_view",          shown<[](const S& s) { return s.AssignedView(); }>},
         {"set_assigned_animation_view",          command<[](S& s, Text view) { s.AssignedView(view); }>},
@@ -168,34 +169,34 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"$assigned_views",                      AK_Variable<"$assigned_views">},
 
         // Of the powder part: stored and saved for a solver that is no part of this program.
-        {"InteractionTypeWithFluidAbove",        value<&S::_interactionTypeWithFluidAbove>},
+        {"InteractionTypeWithFluidAbove",        parameter<&P::interactionTypeWithFluidAbove>},
         {"InteractionTypeWithFluidAboveOptions", shown<[](const S&) { return Options({"none",
                                                                                       "particles suspension"}); }>},
         {"InteractionTypeWithFluidAboveVis",     shown<[](const S&) { return "-"; }>},
         {"PsaVis",                               shown<[](const S&) { return "-"; }>},
-        {"PsaMesh",                              value<&S::_psaMesh>},
+        {"PsaMesh",                              parameter<&P::psaMesh>},
         {"PsaMeshVis",                           shown<[](const S&) { return "-"; }>},
         {"GetPsaMeshNamesList",                  shown<[](const S& s) { return s.PsaMeshNamesList(); }>},
-        {"ParticlesMinFroudeSaltation",          value<&S::_particlesMinFroudeSaltation>},
-        {"ParticlesSuspensionCoeff",             value<&S::_particlesSuspensionCoeff>},
-        {"ParticlesDiameter",                    value<&S::_particlesDiameter>},              // m
-        {"ParticlesMaterialDensity",             value<&S::_particlesMaterialDensity>},       // kg/m3
-        {"ParticlesDragCoefficient",             value<&S::_particlesDragCoefficient>},
-        {"ParticlesRestitutionCoefficient",      value<&S::_particlesRestitutionCoefficient>},
-        {"DfaTurbulenceFactor",                  value<&S::_dfaTurbulenceFactor>},
-        {"TurbulenceReactionMode",               value<&S::_turbulenceReactionMode>},
-        {"ParticlesReflexionAngle",              value<&S::_particlesReflexionAngle>},        // degrees
-        {"ParticlesReflexionMinimalVelocity",    value<&S::_particlesReflexionMinimalVelocity>},   // m/s
-        {"PsaMinRoughness",                      value<&S::_psaMinRoughness>},
-        {"PsaRoughnessVibrationConst",           value<&S::_psaRoughnessVibrationConst>},
-        {"PsaRoughnessSuspensionConst",          value<&S::_psaRoughnessSuspensionConst>},
-        {"PsaDirectEntrainment",                 value<&S::_psaDirectEntrainment>},
-        {"ParcelMass",                           value<&S::_parcelMass>},                     // kg
-        {"ParticlesTimeStep",                    value<&S::_particlesTimeStep>},              // s
-        {"PsaNumMPI",                            value<&S::_psaNumMPI>},
-        {"AdditionalPSASolverArgs",              value<&S::_additionalPSASolverArgs>},
-        {"Dx",                                   value<&S::_dx>},
-        {"Honeycomb",                            value<&S::_honeycomb>},
+        {"ParticlesMinFroudeSaltation",          parameter<&P::particlesMinFroudeSaltation>},
+        {"ParticlesSuspensionCoeff",             parameter<&P::particlesSuspensionCoeff>},
+        {"ParticlesDiameter",                    parameter<&P::particlesDiameter>},              // m
+        {"ParticlesMaterialDensity",             parameter<&P::particlesMaterialDensity>},       // kg/m3
+        {"ParticlesDragCoefficient",             parameter<&P::particlesDragCoefficient>},
+        {"ParticlesRestitutionCoefficient",      parameter<&P::particlesRestitutionCoefficient>},
+        {"DfaTurbulenceFactor",                  parameter<&P::dfaTurbulenceFactor>},
+        {"TurbulenceReactionMode",               parameter<&P::turbulenceReactionMode>},
+        {"ParticlesReflexionAngle",              parameter<&P::particlesReflexionAngle>},        // degrees
+        {"ParticlesReflexionMinimalVelocity",    parameter<&P::particlesReflexionMinimalVelocity>},   // m/s
+        {"PsaMinRoughness",                      parameter<&P::psaMinRoughness>},
+        {"PsaRoughnessVibrationConst",           parameter<&P::psaRoughnessVibrationConst>},
+        {"PsaRoughnessSuspensionConst",          parameter<&P::psaRoughnessSuspensionConst>},
+        {"PsaDirectEntrainment",                 parameter<&P::psaDirectEntrainment>},
+        {"ParcelMass",                           parameter<&P::parcelMass>},                     // kg
+        {"ParticlesTimeStep",                    parameter<&P::particlesTimeStep>},              // s
+        {"PsaNumMPI",                            parameter<&P::psaNumMPI>},
+        {"AdditionalPSASolverArgs",              parameter<&P::additionalPSASolverArgs>},
+        {"Dx",                                   parameter<&P::dx>},
+        {"Honeycomb",                            parameter<&P::honeycomb>},
         {"$psaRestartFile",                      AK_Variable<"$psaRestartFile">},
         {"PSALogFileName",                       shown<[](const S&) { return "psa.log"; }>},
         {"DeactivateLoadingPsaResults",          stampsItself(command<[](S& s, Text) { s._loadPsaResults = false; }>)},
@@ -210,7 +211,7 @@ std::span<const AK_Row> SW_Simulation::Rows()
 template <int method>
 bool SW_Simulation::Determines() const
 {
-    return _massPerParticleDeterminationMethod == massPerParticleMethods[method];
+    return _parameters.massPerParticleDeterminationMethod == massPerParticleMethods[method];
 }
 
 AK_String SW_Simulation::PsaMeshNamesList() const

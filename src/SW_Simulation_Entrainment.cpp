@@ -19,7 +19,7 @@ static double EnthalpyAtTemperature(double temperature)   // degrees C
 double SW_Simulation::GlobalEntrainmentEnthalpy(double z) const
 {
     const double temperature =   // degrees C
-        (z - _globalEntrainmentMinZ) * _globalEntrainmentTemperatureGradient + _globalEntrainmentTemperature;
+        (z - _parameters.globalEntrainmentMinZ) * _parameters.globalEntrainmentTemperatureGradient + _parameters.globalEntrainmentTemperature;
     return EnthalpyAtTemperature(temperature);
 }
 
@@ -31,8 +31,8 @@ void SW_Simulation::FillStoreByAltitude()
 {
     for (int cell = 0; cell < _mesh->NumCells(); ++cell) {
         const double z = _mesh->CellCenter(cell).z;
-        if (!(z > _globalEntrainmentMinZ)) continue;
-        _entrainmentMass->_values[cell] = float(_globalEntrainmentAreaWeight);
+        if (!(z > _parameters.globalEntrainmentMinZ)) continue;
+        _entrainmentMass->_values[cell] = float(_parameters.globalEntrainmentAreaWeight);
         _entrainmentEnth->_values[cell] = float(GlobalEntrainmentEnthalpy(z));
     }
 }
@@ -46,12 +46,12 @@ const SW_InitialCondition* SW_Simulation::EntrainmentAreaAt(const AK_Vec2& p) co
 
 void SW_Simulation::FillStoreFromAreasAndMesh()
 {
-    const bool wantsMesh = !_entrainmentDHM.IsEmpty() && !(_entrainmentDHM == "none");
-    const SW_Mesh* const depthMesh = wantsMesh ? DepthMesh(_entrainmentDHM) : nullptr;
+    const bool wantsMesh = !_parameters.entrainmentDHM.IsEmpty() && !(_parameters.entrainmentDHM == "none");
+    const SW_Mesh* const depthMesh = wantsMesh ? DepthMesh(_parameters.entrainmentDHM) : nullptr;
     if (depthMesh)
-        AK_MSG("using entrainment depth from " << _entrainmentDHM);
+        AK_MSG("using entrainment depth from " << _parameters.entrainmentDHM);
     else if (wantsMesh)
-        AK_MSG("WARNING: using entrainment depth from " << _entrainmentDHM << " failed!");
+        AK_MSG("WARNING: using entrainment depth from " << _parameters.entrainmentDHM << " failed!");
 
     int depthCell = -1;
     for (int cell = 0; cell < _mesh->NumCells(); ++cell) {
@@ -66,7 +66,7 @@ void SW_Simulation::FillStoreFromAreasAndMesh()
         AK_Vec onDepthMesh = center;
         depthCell = depthMesh->Project(onDepthMesh, depthCell);
         if (depthCell < 0 || !(onDepthMesh.z > 0)) continue;
-        _entrainmentMass->_values[cell] = float(onDepthMesh.z * _entrainmentDHMDensity);
+        _entrainmentMass->_values[cell] = float(onDepthMesh.z * _parameters.entrainmentDHMDensity);
         _entrainmentEnth->_values[cell] = float(GlobalEntrainmentEnthalpy(center.z));
     }
 }

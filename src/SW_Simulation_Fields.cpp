@@ -60,7 +60,7 @@ void SW_Simulation::UpdateFields(float t)
     float* const peakTorque = _peakTorquePerWidth->_values.Data();
     float* const arrival = _frontArrivalTime->_values.Data();
     const AK_Vec* const vertexNormals = _mesh->_vertexNormals.Data();
-    const double rho = _density;
+    const double rho = _parameters.density;
     for (int i = 0; i < numVertices; ++i) {
         if (!(depth[i] > 0)) continue;
         const double mass = double(depth[i]);           // kg

@@ -33,7 +33,7 @@ int SW_Simulation::FrictionIndex() const
 {
     int index = 0;
     for (const char* law : builtInLaws) {
-        if (_frictionType == law) return index;
+        if (_parameters.frictionType == law) return index;
         ++index;
     }
     return frictionFormula;
@@ -47,7 +47,7 @@ AK_String SW_Simulation::ReasonAgainstFriction(const AK_String& start) const
         return start +
                InLanguage("the friction law cannot be loaded from ", "das Reibungsgesetz ist nicht ladbar aus ") +
                _namedFormulaFile;
-    const AK_String problem = AK_String("FrictionType '") + _frictionType +
+    const AK_String problem = AK_String("FrictionType '") + _parameters.frictionType +
                               InLanguage("' is neither a built-in law nor a formula file without errors",
                                          "' ist weder ein eingebautes Gesetz noch eine Formeldatei ohne Fehler");
     if (!_formulas.shear || _bottomShearStressFormula == defaultFormula) return start + problem;
@@ -66,7 +66,7 @@ AK_String SW_Simulation::FrictionTypeOptions()
 
 void SW_Simulation::FrictionType(const AK_String& name)
 {
-    _frictionType = name;
+    _parameters.frictionType = name;
     _formulas.tau = nullptr;
     _formulas.entrainment_energy_loss = nullptr;
     _namedFormulaFile = "";
@@ -92,7 +92,7 @@ AK_String SW_Simulation::EarthPressureCoefficientsVis() const
 {
     static constexpr double noInternalFriction = 0.1;   // degrees: below it the snow counts as a fluid
     const int law = FrictionIndex();
-    if (_internalFrictionAngle < noInternalFriction) return "-";
+    if (_parameters.internalFrictionAngle < noInternalFriction) return "-";
     return law == frictionChezyMohrCoulomb || law == frictionClassic ? "r" : "-";
 }
 
@@ -258,12 +258,12 @@ static double AcrossFlow(double alongFlow, double tan2Delta, int sign)
 void SW_Simulation::ComputeEarthPressureCoefficients()
 {
     if (EarthPressureCoefficientsVis() == "-") return;
-    if (_internalFrictionAngle < _bedFrictionAngle) {
+    if (_parameters.internalFrictionAngle < _parameters.bedFrictionAngle) {
         AK_MSG("WARNING: internal friction angle cannot be smaller than bed friction angle!");
-        _internalFrictionAngle = _bedFrictionAngle;
+        _parameters.internalFrictionAngle = _parameters.bedFrictionAngle;
     }
-    const double phi = _internalFrictionAngle * ak_pi / 180;   // rad
-    const double delta = _bedFrictionAngle * ak_pi / 180;
+    const double phi = _parameters.internalFrictionAngle * ak_pi / 180;   // rad
+    const double delta = _parameters.bedFrictionAngle * ak_pi / 180;
     const double cos2Phi = std::cos(phi) * std::cos(phi);
     const double cosDelta = std::cos(delta);
     const double tan2Delta = std::tan(delta) * std::tan(delta);

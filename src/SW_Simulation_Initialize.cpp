@@ -22,7 +22,7 @@ static bool HasDepthMesh(const AK_String& name) { return !name.IsEmpty() && !(na
 
 bool SW_Simulation::HasRelease() const
 {
-    return _releaseAreas->NumComponents() > 0 || HasDepthMesh(_releaseDHM) || PointSourceStrength() > 0;
+    return _releaseAreas->NumComponents() > 0 || HasDepthMesh(_parameters.releaseDHM) || PointSourceStrength() > 0;
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -37,7 +37,7 @@ void SW_Simulation::FindAreas(Release& release)
     if (_secondaryReleaseAreas->NumComponents() > 0) release.tags.Fill(_mesh->NumCells(), 0);
     UpdateReleaseMass();
     release.mass = double(float(SW_AsShown(ReleaseMass())) + float(SW_AsShown(SecondaryReleaseMass())));
-    if (HasDepthMesh(_releaseDHM)) release.depthMesh = DepthMesh(_releaseDHM);
+    if (HasDepthMesh(_parameters.releaseDHM)) release.depthMesh = DepthMesh(_parameters.releaseDHM);
 }
 
 void SW_Simulation::FindCells(Release& release) const
@@ -53,7 +53,7 @@ void SW_Simulation::FindCells(Release& release) const
         while (index >= 0 && !release.areas[index]->Contains({center.x, center.y})) --index;
         if (index >= 0) {
             const SW_InitialCondition& area = *release.areas[index];
-            depth = area.Depth(center, Normalized(normal)) * area.Density() / _density;
+            depth = area.Depth(center, Normalized(normal)) * area.Density() / _parameters.density;
             enthalpy = SW_AsShown(area.Enthalpy());
             secondary = index >= release.numPrimary;
             if (secondary) release.tags[cell] = static_cast<unsigned char>(index - release.numPrimary + 1);
@@ -61,16 +61,16 @@ void SW_Simulation::FindCells(Release& release) const
             AK_Vec onDepthMesh = center;
             depthCell = release.depthMesh->Project(onDepthMesh, depthCell);
             if (depthCell >= 0 && onDepthMesh.z >= 0) {
-                depth = onDepthMesh.z * _releaseDHMDensity / _density;
-                enthalpy = _releaseDHMTemperature * SW_Particles::cp_ice;
-                release.mass += Length(normal) * depth * _density;
+                depth = onDepthMesh.z * _parameters.releaseDHMDensity / _parameters.density;
+                enthalpy = _parameters.releaseDHMTemperature * SW_Particles::cp_ice;
+                release.mass += Length(normal) * depth * _parameters.density;
             }
         }
         release.numSecondaryCells += secondary;
         if (depth > 0) {
             ++release.numCells;
             release.numFreeCells += !secondary;
-            release.massOfCells += Length(normal) * depth * _density;
+            release.massOfCells += Length(normal) * depth * _parameters.density;
         }
         release.depth._values[cell] = float(depth);
         release.enthalpy._values[cell] = float(enthalpy);
@@ -96,9 +96,9 @@ void SW_Simulation::FindRelease(Release& release)
 void SW_Simulation::TellDepthMesh(const Release& release) const
 {
     if (release.depthMesh)
-        AK_MSG("using release depth from " << _releaseDHM);
-    else if (HasDepthMesh(_releaseDHM))
-        AK_MSG("WARNING: using release depth from " << _releaseDHM << " failed!");
+        AK_MSG("using release depth from " << _parameters.releaseDHM);
+    else if (HasDepthMesh(_parameters.releaseDHM))
+        AK_MSG("WARNING: using release depth from " << _parameters.releaseDHM << " failed!");
 }
 
 void SW_Simulation::TellRelease(const Release& release) const
@@ -134,44 +134,44 @@ void SW_Simulation::CompareMasses(const Release& release) const
 void SW_Simulation::DetermineMassPerParticle(Release& release) const
 {
     const double dx = SW_AsShown(_mesh->Resolution());   // m
-    const double massOfDepth = dx * _density * dx;       // kg/m: mass of a mean cell for each metre of snow
+    const double massOfDepth = dx * _parameters.density * dx;       // kg/m: mass of a mean cell for each metre of snow
     const double mass = release.mass;                    // kg
     const double numCells = release.numCells > 0 ? release.numCells : 1;
-    const AK_String& method = _massPerParticleDeterminationMethod;
+    const AK_String& method = _parameters.massPerParticleDeterminationMethod;
     const bool byDepth = method == "delta-depth per particle";
     const bool byCell = method == "particles per cell";
     const bool byNumber = method == "number of particles";
 
-    double massPerParticle = _massPerParticle;   // kg
-    if (byDepth) massPerParticle = massOfDepth * _deltaDepthPerParticle;
-    if (byCell) massPerParticle = mass / numCells / _numParticlesPerCell;
-    if (byNumber) massPerParticle = mass / _numParticles;
+    double massPerParticle = _parameters.massPerParticle;   // kg
+    if (byDepth) massPerParticle = massOfDepth * _parameters.deltaDepthPerParticle;
+    if (byCell) massPerParticle = mass / numCells / _parameters.numParticlesPerCell;
+    if (byNumber) massPerParticle = mass / _parameters.numParticles;
 
     release.massPerParticle = massPerParticle;
     release.numParticles = massPerParticle > 0 ? mass / massPerParticle : 0;
-    release.numParticlesPerCell = byCell ? _numParticlesPerCell : release.numParticles / numCells;
-    release.deltaDepthPerParticle = byDepth ? _deltaDepthPerParticle : massPerParticle / massOfDepth;
+    release.numParticlesPerCell = byCell ? _parameters.numParticlesPerCell : release.numParticles / numCells;
+    release.deltaDepthPerParticle = byDepth ? _parameters.deltaDepthPerParticle : massPerParticle / massOfDepth;
     release.countIsGiven = byNumber;
 }
 
 void SW_Simulation::TakeMassPerParticle(const Release& release)
 {
-    _massPerParticle = release.massPerParticle;
-    _numParticlesPerCell = release.numParticlesPerCell;
-    _deltaDepthPerParticle = release.deltaDepthPerParticle;
-    if (!release.countIsGiven) _numParticles = int(release.numParticles);
-    AK_MSG("estimated number of particles:" << _numParticles);
-    AK_MSG("estimated mass per particle:" << AK_String(_massPerParticle, "%.15g"));
+    _parameters.massPerParticle = release.massPerParticle;
+    _parameters.numParticlesPerCell = release.numParticlesPerCell;
+    _parameters.deltaDepthPerParticle = release.deltaDepthPerParticle;
+    if (!release.countIsGiven) _parameters.numParticles = int(release.numParticles);
+    AK_MSG("estimated number of particles:" << _parameters.numParticles);
+    AK_MSG("estimated mass per particle:" << AK_String(_parameters.massPerParticle, "%.15g"));
 }
 
 // Rounding to whole particles leaves a trace in the sum, which spreading it over all of them takes away.
 void SW_Simulation::CorrectMassPerParticle(double mass)
 {
-    if (_massPerParticleDeterminationMethod == "direct" || _particles->NumParticles() == 0) return;
+    if (_parameters.massPerParticleDeterminationMethod == "direct" || _particles->NumParticles() == 0) return;
     const double correction = mass / _particles->TotalMass();
     for (float& particleMass : _particles->Mass()._values) particleMass = float(double(particleMass) * correction);
-    _massPerParticle = _particles->TotalMass() / _particles->NumParticles();
-    AK_MSG("mass per particle corrected:" << AK_String(_massPerParticle, "%.15g"));
+    _parameters.massPerParticle = _particles->TotalMass() / _particles->NumParticles();
+    AK_MSG("mass per particle corrected:" << AK_String(_parameters.massPerParticle, "%.15g"));
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -219,11 +219,11 @@ void SW_Simulation::StartFrom(const Release& release)
     _particles->SetMesh(_mesh);
     LayOn(*_velocity, _mesh, 0);
     _velocity->_values.Fill(_mesh->NumCells(), AK_Vec());
-    _particles->CreateFromDepthField(&release.depth, _velocity, &release.enthalpy, release.tags, float(_density),
-                                     float(_massPerParticle));
+    _particles->CreateFromDepthField(&release.depth, _velocity, &release.enthalpy, release.tags, float(_parameters.density),
+                                     float(_parameters.massPerParticle));
     CorrectMassPerParticle(release.mass);
     if (release.mass > 0 && _particles->NumParticles() == 0)
-        AK_MSG("WARNING: simulation " << _id << ": MassPerParticle " << _massPerParticle << " kg makes no particle of "
+        AK_MSG("WARNING: simulation " << _id << ": MassPerParticle " << _parameters.massPerParticle << " kg makes no particle of "
                                       << release.mass << " kg");
     ClearResults();
     LoadFinalizePriv();

@@ -9,19 +9,9 @@
 
 #include <cmath>
 
-struct SW_SimulationPhase {
+struct SW_SimulationPhase : SW_SimulationParameters {
     explicit SW_SimulationPhase(SW_Simulation& sim);
 
-    // ---- parameters of the model
-    double density;                 // kg/m3
-    double internalFrictionAngle;   // degrees
-    double dynamicFrictionCoefficient;
-    double subgridMixingFactor;
-    double curvatureReductionFactor;
-    double restitutionCoefficient;
-    double entrainmentShearResistance;         // J/m2
-    double entrainmentDeformationResistance;   // J/kg
-    double entrainmentErosionEnergy;           // J/kg; 0 or below: the flow takes all that it sweeps over
     SW_StepVariables variables;
     SW_FrictionFormulas formulas;
     const SW_WallLines* walls;

@@ -50,16 +50,16 @@ bool SW_Simulation::Refuse(const AK_String& sentence) const
 // What is the same for every run.
 AK_String SW_Simulation::ReasonAgainstParameters() const
 {
-    const double farthest = std::max(std::fabs(_endTime), std::fabs(_currentTime));   // s
+    const double farthest = std::max(std::fabs(_parameters.endTime), std::fabs(_currentTime));   // s
     int numThreads = 0;
     AK_FromText(numThreads, VariableValue("$n_threads"));
     const Reason reasons[] = {
-        {!(_density > 0), "Density", "must be above 0", "muss groesser als 0 sein"},
-        {!(_deltaT > 0), "DeltaT", "must be above 0", "muss groesser als 0 sein"},
-        {!std::isfinite(_endTime), "EndTime", "must be a number", "muss eine Zahl sein"},
-        {farthest + _deltaT == farthest, "DeltaT", "is too small to change the time", "ist zu klein fuer die Zeit"},
-        {farthest / _deltaT >= INT_MAX / 2, "DeltaT", "makes too many steps", "ergibt zu viele Schritte"},
-        {!(_deltaOut >= _deltaT / 2), "DeltaOut", "must be at least half of DeltaT",
+        {!(_parameters.density > 0), "Density", "must be above 0", "muss groesser als 0 sein"},
+        {!(_parameters.deltaT > 0), "DeltaT", "must be above 0", "muss groesser als 0 sein"},
+        {!std::isfinite(_parameters.endTime), "EndTime", "must be a number", "muss eine Zahl sein"},
+        {farthest + _parameters.deltaT == farthest, "DeltaT", "is too small to change the time", "ist zu klein fuer die Zeit"},
+        {farthest / _parameters.deltaT >= INT_MAX / 2, "DeltaT", "makes too many steps", "ergibt zu viele Schritte"},
+        {!(_parameters.deltaOut >= _parameters.deltaT / 2), "DeltaOut", "must be at least half of DeltaT",
          "muss mindestens die Haelfte von DeltaT sein"},
         {numThreads < 0 || numThreads > 256, "$n_threads", "must be from 0 to 256", "muss von 0 bis 256 sein"},
         {_secondaryReleaseAreas->NumComponents() > 255, "SecondaryReleaseAreas", "must be 255 at most",
@@ -96,7 +96,7 @@ AK_String SW_Simulation::ReasonAgainstRelease(Release& release)
 {
     FindRelease(release);
     const bool hasSource = _sourceLines->NumComponents() > 0 || PointSourceStrength() > 0;
-    if (_density > 0 && !hasSource && release.numFreeCells == 0) {
+    if (_parameters.density > 0 && !hasSource && release.numFreeCells == 0) {
         TellDepthMesh(release);
         return NotStarted(_id) +
                InLanguage("the release lies off the terrain or in no cell of it: there is nothing that could flow",
@@ -104,9 +104,9 @@ AK_String SW_Simulation::ReasonAgainstRelease(Release& release)
                           "fliessen koennte");
     }
     const bool countIsPossible = release.numParticles < double(INT_MAX) && std::isfinite(release.massPerParticle);
-    if (!(_density > 0) || !countIsPossible || (release.mass > 0 && !(release.massPerParticle > 0))) {
+    if (!(_parameters.density > 0) || !countIsPossible || (release.mass > 0 && !(release.massPerParticle > 0))) {
         const AK_String number = AK_String(release.mass, "%g") + " kg";
-        return NotStarted(_id) + (_density > 0 ? "MassPerParticle" : "Density") +
+        return NotStarted(_id) + (_parameters.density > 0 ? "MassPerParticle" : "Density") +
                InLanguage(" is no use for ", " taugt nicht fuer ") + number +
                InLanguage(" in particles of ", " in Teilchen von ") + AK_String(release.massPerParticle, "%g") + " kg";
     }
@@ -116,7 +116,7 @@ AK_String SW_Simulation::ReasonAgainstRelease(Release& release)
 bool SW_Simulation::MayRun(bool afresh, const char* noRelease, Release& release)
 {
     AK_String reason = ReasonAgainstStart(noRelease ? noRelease : "");
-    if (reason.IsEmpty()) reason = afresh ? ReasonAgainstRelease(release) : ReasonAgainstSources(_massPerParticle);
+    if (reason.IsEmpty()) reason = afresh ? ReasonAgainstRelease(release) : ReasonAgainstSources(_parameters.massPerParticle);
     if (reason.IsEmpty()) return true;
     if (Status() == "started" && !AnotherProcessRuns()) SetStatus("finished");   // it ends before it has begun
     return Refuse(reason);

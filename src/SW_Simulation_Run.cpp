@@ -103,14 +103,14 @@ void SW_Simulation::Interrupt()
 // What can be started
 // ----------------------------------------------------------------------------------------------------------------
 
-bool SW_Simulation::IsCoupled() const { return !(_interactionTypeWithFluidAbove == "none"); }
+bool SW_Simulation::IsCoupled() const { return !(_parameters.interactionTypeWithFluidAbove == "none"); }
 
 AK_String SW_Simulation::RunVis() const
 {
     const AK_String status = Status();
     if (!_mesh || status == "running" || status == "started") return "r";
     if (!IsCoupled()) return "w";
-    return !_psaMesh.IsEmpty() && const_cast<SW_Simulation*>(this)->ObjectById(_psaMesh) ? "w" : "r";
+    return !_parameters.psaMesh.IsEmpty() && const_cast<SW_Simulation*>(this)->ObjectById(_parameters.psaMesh) ? "w" : "r";
 }
 
 AK_String SW_Simulation::ContinueVis() const
@@ -141,7 +141,7 @@ void SW_Simulation::Run(const AK_String&)
 
 bool SW_Simulation::StartsAfresh() const
 {
-    return _currentTime < _deltaT / 2 || _particles->NumParticles() == 0 || MeshHasChanged();
+    return _currentTime < _parameters.deltaT / 2 || _particles->NumParticles() == 0 || MeshHasChanged();
 }
 
 void SW_Simulation::Continue(const AK_String&)
@@ -205,27 +205,27 @@ void SW_Simulation::RunToEnd(const Release* release)
     TellDoubts();
     RunState run;
     PrepareRun(run, release);
-    if (std::fabs(std::fmod(_currentTime, _deltaOut)) < _deltaT / 2) ShowAndSave(run);
+    if (std::fabs(std::fmod(_currentTime, _parameters.deltaOut)) < _parameters.deltaT / 2) ShowAndSave(run);
     // A saved state does not count its own step yet: the loop saves first.
     _peakKineticEnergy = std::max(_peakKineticEnergy, _particles->TotalKineticEnergy());
     SetStatus("running");
     SetStatusInfo(AK_String("at time ") + AK_String(_currentTime, "%.15g") + "s");
     _particles->SizeScratch(int(long(_particles->NumParticles()) * 6 / 5));
 
-    const int outputInterval = int(std::min(_deltaOut / _deltaT + 0.5, double(INT_MAX)));   // steps
-    int step = int(_currentTime / _deltaT + 0.5);
-    while (_currentTime < run.end - _deltaT / 2) {
+    const int outputInterval = int(std::min(_parameters.deltaOut / _parameters.deltaT + 0.5, double(INT_MAX)));   // steps
+    int step = int(_currentTime / _parameters.deltaT + 0.5);
+    while (_currentTime < run.end - _parameters.deltaT / 2) {
         if (Status() == "interrupted") break;
         if (Signal()) {
             run.trouble = _execStatus;
             break;
         }
         SetVariableValue("$endITC", AK_String(run.end, "%.15g"));
-        ComputeTimeStep(_currentTime, _deltaT, run.wallCells);
-        _currentTime += _deltaT;
+        ComputeTimeStep(_currentTime, _parameters.deltaT, run.wallCells);
+        _currentTime += _parameters.deltaT;
         ++step;
         if (!run.stopped) TellProgress(run);
-        if (step % outputInterval == 0 || std::fabs(_currentTime - run.end) < _deltaT / 2) ShowAndSave(run);
+        if (step % outputInterval == 0 || std::fabs(_currentTime - run.end) < _parameters.deltaT / 2) ShowAndSave(run);
         _peakKineticEnergy = std::max(_peakKineticEnergy, _particles->TotalKineticEnergy());
         if (!run.stopped && !EvaluateStopCriterion(run)) break;
     }
@@ -243,7 +243,7 @@ void SW_Simulation::PrepareRun(RunState& run, const Release* release)
         _peakKineticEnergy = 0;
     }
     run.t0 = _currentTime;
-    run.end = _endTime;
+    run.end = _parameters.endTime;
     ComputeEarthPressureCoefficients();
     UpdateCellResistances();
     UpdateWallLines(run.wallCells);
@@ -282,7 +282,7 @@ bool SW_Simulation::EvaluateStopCriterion(RunState& run)
     if (reason.IsEmpty() || reason == ak_null) return true;
     AK_MSG("simulation " << Id() << " STOPPED:\n" << reason);
     SetStatusInfo(AK_String("stopped at ") + AK_String(_currentTime, "%g") + "s due to stop-criterion:" + reason);
-    run.end = _currentTime + _deltaT;
+    run.end = _currentTime + _parameters.deltaT;
     run.stopped = true;
     return true;
 }

@@ -84,7 +84,7 @@ static void AddFromPoint(const SW_PointSource& source, const SW_Mesh& mesh, doub
 
 void SW_Simulation::AddParticlesFromSources(double t, double dt)
 {
-    Inflow inflow{*_particles, _massPerParticle};
+    Inflow inflow{*_particles, _parameters.massPerParticle};
     for (int i = _sourceLines->NumComponents() - 1; i >= 0; --i) AddFromLine(*_sourceLines->Line(i), t, dt, inflow);
     AddFromPoint(_stepVariables.source, *_mesh, t, dt, inflow);
     if (inflow.count > 0)
@@ -96,7 +96,7 @@ void SW_Simulation::AddParticlesFromSources(double t, double dt)
 void SW_Simulation::SplitParticles()
 {
     for (int i = _particles->NumParticles() - 1; i >= 0; --i) {
-        const double parts = double(_particles->Mass()._values[i]) / _massPerParticle + 0.5;
+        const double parts = double(_particles->Mass()._values[i]) / _parameters.massPerParticle + 0.5;
         const bool canBeCounted = parts < INT_MAX / 2 - _particles->NumParticles();
         if (parts >= 2 && canBeCounted && _particles->cell[i] >= 0) _particles->SplitParticle(i, int(parts));
     }

@@ -29,15 +29,7 @@ static constexpr double radians = ak_pi / 180;
 // ----------------------------------------------------------------------------------------------------------------
 
 SW_SimulationPhase::SW_SimulationPhase(SW_Simulation& sim)
-    : density(sim._density),
-      internalFrictionAngle(sim._internalFrictionAngle),
-      dynamicFrictionCoefficient(sim._dynamicFrictionCoefficient),
-      subgridMixingFactor(sim._subgridMixingFactor),
-      curvatureReductionFactor(sim._curvatureReductionFactor),
-      restitutionCoefficient(sim._restitutionCoefficient),
-      entrainmentShearResistance(sim._entrainmentShearResistance),
-      entrainmentDeformationResistance(sim._entrainmentDeformationResistance),
-      entrainmentErosionEnergy(sim._entrainmentErosionEnergy),
+    : SW_SimulationParameters(sim._parameters),
       variables(sim._stepVariables),
       formulas(sim._formulas),
       walls(sim._wallLines),
@@ -247,7 +239,7 @@ void SW_Simulation::RemoveParticles(double t)
     static constexpr int fewParticles = 5;                  // that become light for ordinary reasons in one step
     static constexpr double lightest = 0.01;                // of the mass per particle
     static constexpr double onItsStep = 0.01;               // of the step
-    const double threshold = lightest * _massPerParticle;   // kg
+    const double threshold = lightest * _parameters.massPerParticle;   // kg
     const auto remove = [&] {
         const SW_Particles::Removal removal = _particles->RemoveUnlocatedParticles(threshold);
         _massOffMesh += removal.massOffMesh;
@@ -262,8 +254,8 @@ void SW_Simulation::RemoveParticles(double t)
                                              " kg, ein Hundertstel von MassPerParticle"));
     };
     remove();
-    if (_interactionTypeWithFluidAbove == "none") return;
-    const double steps = t / _particlesTimeStep;
+    if (_parameters.interactionTypeWithFluidAbove == "none") return;
+    const double steps = t / _parameters.particlesTimeStep;
     if (std::fabs(steps - std::trunc(steps + 0.5)) < onItsStep) remove();
 }
 
@@ -305,75 +297,127 @@ static void LogGrid(const LocationGrid& grid, double radius)
 // The step
 // ----------------------------------------------------------------------------------------------------------------
 
-void SW_Simulation::ComputeTimeStep(double t, double dt, AK_List<unsigned char>& wallCells)
+struct SW_Simulation::Step {
+    Step(SW_Simulation& simulation, double start, double length);
+
+    void SortParticles();
+    void BodyForces();
+    void LateralForces();
+    void Positions(const AK_List<unsigned char>& wallCells);
+    void ChangeParticles();
+    void Fields();
+
+    SW_Simulation& sim;
+    const SW_SimulationParameters& parameters = sim._parameters;
+    const double t;    // s: at its start
+    const double dt;   // s
+    const int verbose;
+    const int threads;
+    const Kernel kernel;
+    LocationGrid grid{};
+    int count = 0;   // of the particles while they move
+};
+
+SW_Simulation::Step::Step(SW_Simulation& simulation, double start, double length)
+    : sim(simulation),
+      t(start),
+      dt(length),
+      verbose(parameters.sphMode == 0 ? 0 : sim._stepVariables.sphVerbose),
+      threads(sim._stepVariables.numThreads),
+      kernel(parameters.sphMode, SW_AsShown(sim._mesh->Resolution()))
+{}
+
+// By which each finds its neighbours.
+void SW_Simulation::Step::SortParticles()
 {
-    static constexpr unsigned long stepSeed = 777;
-    AK_ASSERT(_mesh);
-    const std::clock_t stepStart = std::clock();
-    AK_MSG("computing time step " << t + dt << "...");
-    AK_System::srand(stepSeed);
-    ReadStepVariables();
-    const int frictionLaw = FrictionIndex();
-    const double tanDelta = std::tan(_bedFrictionAngle * radians);
-    const double cosBreak = CosOfBreakLines(*_mesh);
-    const int verbose = _sphMode == 0 ? 0 : _stepVariables.sphVerbose;
-    const Kernel kernel(_sphMode, SW_AsShown(_mesh->Resolution()));
+    if (parameters.sphMode == 0) return;
+    const std::clock_t start = std::clock();
+    grid.Cover(*sim._mesh, kernel.radius);
+    grid.Sort(sim._particles->Position()._x);
+    if (t < dt / 2 || verbose) AK_MSG("SPH kernel radius " << kernel.radius);
+    if (verbose) LogGrid(grid, kernel.radius);
+    LogTiming(verbose, "SPH location grid in ", start);
+}
 
-    LocationGrid grid;
-    if (_sphMode != 0) {
-        const std::clock_t start = std::clock();
-        grid.Cover(*_mesh, kernel.radius);
-        grid.Sort(_particles->Position()._x);
-        if (t < dt / 2 || verbose) AK_MSG("SPH kernel radius " << kernel.radius);
-        if (verbose) LogGrid(grid, kernel.radius);
-        LogTiming(verbose, "SPH location grid in ", start);
-    }
-
-    _bottomPressure->_values.Fill(_mesh->NumVertices(), 0.0f);
-    ReleaseSecondaryAreas();
-    const double cosPhi = std::cos(_internalFrictionAngle * radians);
-    const double tanPhi = std::tan(_internalFrictionAngle * radians);
-    const int count = _particles->NumParticles();
-    _particles->SizeScratch(count);
-    const int threads = _stepVariables.numThreads;
-
-    std::clock_t start = std::clock();
-    const bool runsFormula = frictionLaw == frictionFormula || _formulas.entrainment_energy_loss;
+void SW_Simulation::Step::BodyForces()
+{
+    const std::clock_t start = std::clock();
+    const int frictionLaw = sim.FrictionIndex();
+    const double tanDelta = std::tan(parameters.bedFrictionAngle * radians);
+    const bool runsFormula = frictionLaw == frictionFormula || sim._formulas.entrainment_energy_loss;
     std::optional<CodeOf> running;
-    if (runsFormula) running.emplace(this);   // formula code is for one thread
+    if (runsFormula) running.emplace(&sim);   // formula code is for one thread
     InWorkers(runsFormula ? 0 : threads, count,
-              [&](int first, int end) { ComputeBodyForces(this, first, end, t, dt, tanDelta, frictionLaw); });
+              [&](int first, int end) { ComputeBodyForces(&sim, first, end, t, dt, tanDelta, frictionLaw); });
     running.reset();
-    BookEntrainment();
-    if (_sphMode == 0 || !(_interactionTypeWithFluidAbove == "none")) LayDownBottomPressure();
+    sim.BookEntrainment();
+    const bool isAlone = parameters.interactionTypeWithFluidAbove == "none";
+    if (parameters.sphMode == 0 || !isAlone) sim.LayDownBottomPressure();
     LogTiming(verbose, "body forces ", start);
+}
 
-    start = std::clock();
+void SW_Simulation::Step::LateralForces()
+{
+    const std::clock_t start = std::clock();
+    const double cosPhi = std::cos(parameters.internalFrictionAngle * radians);
+    const double tanPhi = std::tan(parameters.internalFrictionAngle * radians);
     // Its reports are messages, which only this thread sends.
     InWorkers(verbose > 1 ? 0 : threads, count, [&](int first, int end) {
-        ComputeLateralForces(this, first, end, dt, cosPhi * cosPhi, tanPhi * tanPhi, _sphMode, kernel.radius,
+        ComputeLateralForces(&sim, first, end, dt, cosPhi * cosPhi, tanPhi * tanPhi, parameters.sphMode, kernel.radius,
                              kernel.gradCoefficient, kernel.lapCoefficient, grid.nx, grid.origin, grid.cellSize,
                              &grid.counts, &grid.sorted, verbose);
     });
     const AK_String neighbors = ", " + AK_ToText(0.0 / count, "%g") + " neighs/particle";   // nobody counts them
     LogTiming(verbose, "lateral forces ", start, neighbors.c_str());
+}
 
-    start = std::clock();
-    InWorkers(threads, count, [&](int first, int end) { UpdatePositions(this, first, end, dt, cosBreak, &wallCells); });
+void SW_Simulation::Step::Positions(const AK_List<unsigned char>& wallCells)
+{
+    const std::clock_t start = std::clock();
+    const double cosBreak = CosOfBreakLines(*sim._mesh);
+    InWorkers(threads, count, [&](int first, int end) { UpdatePositions(&sim, first, end, dt, cosBreak, &wallCells); });
     LogTiming(verbose, "position update ", start);
+}
 
-    start = std::clock();
-    RemoveParticles(t);
-    ReportLongStep(dt);
-    AddParticlesFromSources(t, dt);
-    SplitParticles();
+void SW_Simulation::Step::ChangeParticles()
+{
+    const std::clock_t start = std::clock();
+    sim.RemoveParticles(t);
+    sim.ReportLongStep(dt);
+    sim.AddParticlesFromSources(t, dt);
+    sim.SplitParticles();
     LogTiming(verbose, "particles removal/splitting ", start);
+}
 
-    start = std::clock();
-    UpdateFields(float(t));   // the time at the start of the step
+void SW_Simulation::Step::Fields()
+{
+    const std::clock_t start = std::clock();
+    sim.UpdateFields(float(t));   // the time at the start of the step
     LogTiming(verbose, "field update ", start);
     double totalMass = 0;   // kg
-    for (int i = _particles->NumParticles() - 1; i >= 0; --i) totalMass += double(_particles->Mass()._values[i]);
+    for (int i = sim._particles->NumParticles() - 1; i >= 0; --i)
+        totalMass += double(sim._particles->Mass()._values[i]);
     AK_MSG("\ttotal DFA mass: " << totalMass);
-    LogTiming(verbose, "timestep total ", stepStart);
+}
+
+void SW_Simulation::ComputeTimeStep(double t, double dt, AK_List<unsigned char>& wallCells)
+{
+    static constexpr unsigned long stepSeed = 777;
+    AK_ASSERT(_mesh);
+    const std::clock_t start = std::clock();
+    AK_MSG("computing time step " << t + dt << "...");
+    AK_System::srand(stepSeed);
+    ReadStepVariables();
+    Step step(*this, t, dt);
+    step.SortParticles();
+    _bottomPressure->_values.Fill(_mesh->NumVertices(), 0.0f);
+    ReleaseSecondaryAreas();
+    step.count = _particles->NumParticles();
+    _particles->SizeScratch(step.count);
+    step.BodyForces();
+    step.LateralForces();
+    step.Positions(wallCells);
+    step.ChangeParticles();
+    step.Fields();
+    LogTiming(step.verbose, "timestep total ", start);
 }

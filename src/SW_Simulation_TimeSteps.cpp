@@ -146,7 +146,7 @@ bool SW_Simulation::WriteTimeStep(AK_Stream& stream) const
     stream.Write(AK_String(startTag));
     if (SaveDataTo(stream) != 0 || !writeBlock(false, endTag) || !writeBlock(true, enthalpyEndTag)) return false;
     stream.Write(AK_String(massTag));
-    stream.Write(_massPerParticle);
+    stream.Write(_parameters.massPerParticle);
     return !stream.Failed();
 }
 
@@ -204,14 +204,14 @@ static bool ReadMassPerParticle(AK_Stream& stream, double& mass)
 void SW_Simulation::TakeMassPerParticleOfState(double recorded)
 {
     static constexpr double mostOfMean = 2;                        // what is heavier is split
-    if (_massPerParticleDeterminationMethod == "direct") return;   // the user gives it
+    if (_parameters.massPerParticleDeterminationMethod == "direct") return;   // the user gives it
     if (recorded > 0) {
-        _massPerParticle = recorded;
+        _parameters.massPerParticle = recorded;
         return;
     }
     if (_particles->NumParticles() == 0) return;
     const double mean = _particles->TotalMass() / _particles->NumParticles();   // kg
-    if (!(_massPerParticle > mean / mostOfMean && _massPerParticle < mean * mostOfMean)) _massPerParticle = mean;
+    if (!(_parameters.massPerParticle > mean / mostOfMean && _parameters.massPerParticle < mean * mostOfMean)) _parameters.massPerParticle = mean;
 }
 
 static bool IsFinite(float value) { return std::isfinite(value); }
@@ -406,7 +406,7 @@ void SW_Simulation::RemoveObsoleteTimeStepFiles() const
 {
     int current;
     for (const AK_String& name : TimeStepInfo(current))
-        if (TimeStepFromName(name) > _currentTime + _deltaT / 2) RemoveTimeStep(TimeStepPath(ProjectDir(), name));
+        if (TimeStepFromName(name) > _currentTime + _parameters.deltaT / 2) RemoveTimeStep(TimeStepPath(ProjectDir(), name));
 }
 
 // A project that goes to another directory takes its time steps along.
