@@ -191,6 +191,7 @@ AK_Object* AK_Object::LoadedComponent(const AK_String& id)
 {
     if (_projectDir.IsEmpty()) return nullptr;
     AK_Object* component = ComponentFromDirectory(id, _projectDir + "/" + id);
-    if (component) component->LoadProject(_projectDir + "/" + id);
-    return component;
+    if (!component) return nullptr;
+    component->LoadProject(_projectDir + "/" + id);
+    return _execStatus.IsEmpty() ? component : nullptr;   // nothing must act on defaults in place of what lies there
 }

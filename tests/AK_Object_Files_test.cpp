@@ -124,16 +124,22 @@ TEST_F(AK_ObjectFilesTest, ACommandWhosePathFailsToLoadIsNotExecuted)
     SaveProject();
     WriteFile(directory / "p/b/c/Vault.dat", "garbage");
     const Files damaged = FilesBelow("p");
+    const std::string error = "cannot load data for Viewer/b/c from file " + Text(directory / "p/b/c/Vault.dat");
+    for (const std::string command : {"set(\"b/c\", \"Number\", \"77\")", "set(\"\", \"b/c:Number\", \"77\")",
+                                      "set(\"b\", \"c:Number\", \"77\")", "get(\"b/c\", \"Number\", $n)"}) {
+        Vault again("Viewer", nullptr);
+        again.Set("ProjectDir", directory / "p");
+        Messages();
+        const Lines said = Run(again, command.c_str());
+        EXPECT_EQ(Status(), error) << command;
+        EXPECT_EQ(said.back(), "error when executing '" + command + "':" + error);
+        EXPECT_NE(Text(again.ObjectById("b/c")->Get("Number")), "77") << command;
+        again.Set("SaveProject", "");
+        EXPECT_TRUE(FilesBelow("p") == damaged) << command;
+    }
     Vault again("Viewer", nullptr);
     again.Set("ProjectDir", directory / "p");
-    const std::string error = "cannot load data for Viewer/b/c from file " + Text(directory / "p/b/c/Vault.dat");
-    Messages();
-    const Lines said = Run(again, "set(\"b/c\", \"Number\", \"77\")");
-    EXPECT_EQ(Status(), error);
-    EXPECT_EQ(said.back(), "error when executing 'set(\"b/c\", \"Number\", \"77\")':" + error);
-    EXPECT_NE(Text(again.ObjectById("b/c")->Get("Number")), "77");
-    again.Set("SaveProject", "");
-    EXPECT_TRUE(FilesBelow("p") == damaged);
+    Run(again, "set(\"b/c\", \"Number\", \"77\")");
     // The user who goes on after the message means it.
     Run(again, "set(\"b/c\", \"Number\", \"78\")");
     again.Set("SaveProject", "");
@@ -160,6 +166,9 @@ TEST_F(AK_ObjectFilesTest, APartThatWasNeverLoadedIsNotSavedOver)
     AddTo<Vault>(again, "b");   // as the containers of a project are there before it is loaded
     again.Set("ProjectDir", directory / "p");
     again.Set("SaveProject", "");
+    EXPECT_EQ(Status(), "") << "what is not loaded stays where it is";
+    again.Set("SaveProjectAs", directory / "./p");
+    EXPECT_EQ(Status(), "");
     EXPECT_TRUE(FilesBelow("p") == whole);
     again.Set("SaveProjectAs", directory / "q");
     EXPECT_TRUE(FilesBelow("q") == whole) << "what is not loaded is copied";
@@ -170,6 +179,11 @@ TEST_F(AK_ObjectFilesTest, APartThatWasNeverLoadedIsNotSavedOver)
     EXPECT_TRUE(FilesBelow("q") == whole);
     again.Set("SaveProjectAs", directory / "q/a/backup");   // not into itself for ever
     EXPECT_EQ(Status(), "");
+    for (const char* gone : {"p/b/Vault.atr", "p/b/Vault.dat"}) AK_System::RemoveFile(directory / gone);
+    Vault third("Viewer", nullptr);
+    third.Set("ProjectDir", directory / "p");
+    third.Set("SaveProjectAs", directory / "r");
+    EXPECT_TRUE(FilesBelow("r") == FilesBelow("p")) << "a directory without files of its own holds parts";
 }
 
 TEST_F(AK_ObjectFilesTest, AVariableOfAUsersClassIsSavedAfterAChange)
