@@ -3,8 +3,12 @@
 
 #include "AK_Group_TestSupport.h"
 
+#include <climits>
+#include <csignal>
 #include <filesystem>
 #include <map>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -117,6 +121,37 @@ TEST_F(AK_ObjectFilesTest, AProjectThatCannotBeReadToItsEndIsNotSavedOver)
         }
     }
     EXPECT_GT(refused, 20);
+}
+
+TEST_F(AK_ObjectFilesTest, ASaveThatIsKilledLeavesAProjectThatLoads)
+{
+    SaveProject();
+    const std::vector<const char*> inOrderOfSaving = {"", "a", "b", "b/c", "d"};
+    const auto saveAs = [&](AK_Object& root, int number) {
+        for (const char* path : inOrderOfSaving) root.ObjectById(path)->Set("Number", AK_String(number, "%d"));
+        root.Set("SaveProject", "");
+    };
+    for (int run = 0; run < 60; ++run) {
+        Vault root("Viewer", nullptr);
+        root.Set("LoadProject", directory / "p");
+        ASSERT_EQ(Status(), "") << run;
+        int last = run == 0 ? 1000000 : INT_MAX;
+        if (run == 0) saveAs(root, last);
+        // Whole, each of one save, and who comes later in the tree is never ahead.
+        for (const char* path : inOrderOfSaving) {
+            const int number = std::atoi(root.ObjectById(path)->Get("Number").c_str());
+            ASSERT_TRUE(number <= last && number >= 1000000) << path << " in run " << run;
+            last = number;
+        }
+        const pid_t process = fork();
+        if (process == 0) {
+            if (!std::freopen("/dev/null", "w", stdout)) _exit(1);
+            for (int number = 1000001 + 10000 * run;; ++number) saveAs(root, number);
+        }
+        usleep(useconds_t(1000 + 137 * run));
+        kill(process, SIGKILL);
+        waitpid(process, nullptr, 0);
+    }
 }
 
 TEST_F(AK_ObjectFilesTest, ACommandWhosePathFailsToLoadIsNotExecuted)
