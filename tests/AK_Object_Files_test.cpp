@@ -244,7 +244,8 @@ TEST_F(AK_ObjectFilesTest, AValueThatLooksLikeAVariableComesBack)
 {
     Vault root("Viewer", nullptr);
     root.Set("$unit", "kPa");
-    for (const char* value : {"in $unit", "$unit", "$", "$$unit", "a $b and $unit", "$unit.", "\"$unit", "$unit\n"}) {
+    for (const char* value : {"in $unit", "$unit", "$", "$$unit", "a $b and $unit", "$unit.", "\"$unit", "$unit\n",
+                              "%%velocity in m/s"}) {
         root.Set("Text", value);
         root.Set("SaveProjectAs", directory / "p");
         Vault again("Viewer", nullptr);
