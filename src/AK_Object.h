@@ -217,7 +217,8 @@ public:
     AK_String IdAbs(const AK_Object* base) const;   // "../x": the path that leads here from base
     AK_String IdTyped() const;
     AK_String Type() const;
-    /// The object a path leads to, loaded from disc if need be; null if there is none.
+    /// The object a path leads to, loaded from disc if need be; null if there is none or, with a status, if it cannot be
+    /// loaded: it is in the tree from then on, and who asks again means it.
     AK_Object* ObjectById(const AK_String& path);
     static AK_Object* ObjectFromCurrentById(const AK_String& path);
     const AK_String& ProjectDir() const { return _projectDir; }
@@ -302,7 +303,8 @@ public:
     void SaveProjectAs(const AK_String& dir);
     void LoadProject(const AK_String& dir);
     void SaveAttributesRecursively(const AK_String& file) const;
-    /// The component of that id, made and loaded from its directory in the one of this object; null if there is none.
+    /// The component of that id, made and loaded from its directory in the one of this object; null if there is none,
+    /// and after an error, which the status tells.
     AK_Object* LoadedComponent(const AK_String& id);
 
     // ---- formula code (AK_Object_Script.cpp)

@@ -79,12 +79,18 @@ static void Unescape(AK_String& value)
         {"%%n",  '\n'},
         {"%%t",  '\t'},
         {"%%q",  '"' },
-        {"%%v",  '$' },
         {"\\\n", '\n'},
         {"\\\t", '\t'},
         {"\\\"", '"' }
     };
     for (const auto& escape : escapes) ReplaceToExhaustion(value, escape.pattern, escape.character);
+
+    // Elsewhere than before a last word it is what the user wrote, as in "%%velocity in m/s".
+    for (const char* v = std::strstr(value.c_str(), "%%v"); v; v = std::strstr(v + 1, "%%v"))
+        if (const AK_String name = AK_String("$") + (v + 3); AK_Object::IsVariableName(name)) {
+            value = AK_String(value.c_str(), v) + name;
+            return;
+        }
 }
 
 int AK_Object::ParseCommandString(const AK_String& command, AK_String& cmd, AK_String& object, AK_String& attr,

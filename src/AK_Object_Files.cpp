@@ -90,15 +90,23 @@ void AK_Object::CopyUnreadFiles(const AK_String& from, const AK_String& to) cons
     }
 }
 
+// An object lies there or below: one whose own files are gone may still hold others.
+static bool HoldsObjects(const fs::path& dir)
+{
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(dir, error), end; !error && entry != end; entry.increment(error))
+        if (const fs::path type = entry->path().extension(); type == ".atr" || type == ".dat") return true;
+    return false;
+}
+
 void AK_Object::CopyUnloadedComponents(const AK_String& from, const AK_String& to) const
 {
+    std::error_code error;
+    if (fs::equivalent(from.c_str(), to.c_str(), error)) return;   // saved in place, under whatever name
     for (const AK_String& entry : AK_System::FilesList(from, "")) {
         const AK_String source = from + "/" + entry, target = to + "/" + entry;
         if (!entry.Extension().IsEmpty() || Component(entry) || !AK_System::IsDirectory(source)) continue;
-        const bool isObject =
-            AK_System::FilesList(source, "atr").Size() + AK_System::FilesList(source, "dat").Size() > 0;
-        if (!isObject || IsAtOrBelow(to.c_str(), source.c_str())) continue;
-        std::error_code error;
+        if (IsAtOrBelow(to.c_str(), source.c_str()) || !HoldsObjects(source.c_str())) continue;
         fs::copy(source.c_str(), target.c_str(),
                  fs::copy_options::recursive | fs::copy_options::copy_symlinks | fs::copy_options::overwrite_existing,
                  error);

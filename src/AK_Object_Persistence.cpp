@@ -124,6 +124,16 @@ void AK_Object::SaveProjectAs(const AK_String& dir)
 // Loading
 // ----------------------------------------------------------------------------------------------------------------
 
+// Ends within a command, or before the first: the attributes behind it would be saved with their defaults.
+static bool IsCutOff(const AK_String& file)
+{
+    std::FILE* stream = std::fopen(file.c_str(), "rb");
+    if (!stream) return false;
+    const int last = std::fseek(stream, -1, SEEK_END) == 0 ? std::fgetc(stream) : EOF;
+    std::fclose(stream);
+    return last != '\n' && last != ')';
+}
+
 void AK_Object::Load(const AK_String& dir)
 {
     AK_MSG("loading '" << _id << "' from " << dir);
@@ -137,7 +147,12 @@ void AK_Object::Load(const AK_String& dir)
             return;
         }
     }
-    ExecMacro(dir + "/" + Type() + ".atr", 1);
+    const AK_String atr = dir + "/" + Type() + ".atr";
+    if (IsCutOff(atr)) {
+        _execStatus = AK_String("cannot load attributes for ") + IdAbs() + " from file " + atr + ", which is cut off";
+        return;
+    }
+    ExecMacro(atr, 1);
     _typeOnDisc = Type();   // the macro may have given it
     SetUnread(!_execStatus.IsEmpty());
     if (_execStatus.IsEmpty()) SetExecTime("Load");
@@ -191,6 +206,7 @@ AK_Object* AK_Object::LoadedComponent(const AK_String& id)
 {
     if (_projectDir.IsEmpty()) return nullptr;
     AK_Object* component = ComponentFromDirectory(id, _projectDir + "/" + id);
-    if (component) component->LoadProject(_projectDir + "/" + id);
-    return component;
+    if (!component) return nullptr;
+    component->LoadProject(_projectDir + "/" + id);
+    return _execStatus.IsEmpty() ? component : nullptr;   // nothing must act on defaults in place of what lies there
 }

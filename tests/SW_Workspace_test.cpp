@@ -299,6 +299,11 @@ TEST_F(Projects, ComeBackInANewProcessByteForByte)
                         "set(\"Project\", \"CreateGroup\", \"selection\")\n"
                         "set(\"Project/selection\", \"AppendObject\", \"Project/calculator\")\n"
                         "set(\"Project/selection\", \"AppendObject\", \"Project/DHMs\")\n"
+                        "set(\"Project/ReleaseAreas\", \"Create\", \"release\")\n"
+                        "set(\"Project/ReleaseAreas/release\", \"AppendPoint\", \"30.1 -20.3 0\")\n"
+                        "set(\"Project/ReleaseAreas/release\", \"AppendPoint\", \"90.7 -20.9 0\")\n"
+                        "set(\"Project/ReleaseAreas/release\", \"AppendPoint\", \"91 22 0\")\n"
+                        "set(\"Project/ReleaseAreas/release\", \"Depth\", \"1.23456789\")\n"
                         "set(\"Project/Labels\", \"Active\", \"0\")\n"
                         "set(\"Project\", \"$unsaved\", \"x\")\n";
     const std::string saved = Play(std::string(build) + "set(\"Project\", \"SaveProjectAs\", \"first\")\n").output;
