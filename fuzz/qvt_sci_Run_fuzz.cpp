@@ -296,8 +296,6 @@ static void ReleaseKept()
     Pile<Namespace*>& namespaces = qvt_sci_fuzz.namespaces;
     for (size_t i = 0; i < namespaces.count; ++i) qvt_sci_NamespaceDestroy(namespaces.items[i]);
     namespaces.Free();
-    while (qvt_sci_fuzz.memory.count > 0) std::free(qvt_sci_fuzz.memory.Pop());
-    qvt_sci_fuzz.memory.Free();
 #endif
 }
 

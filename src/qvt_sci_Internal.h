@@ -174,6 +174,7 @@ struct SubarrayPart {
 struct CallPart {
     Symbol* symbol;   // function, or pointer variable
     int32_t nArgs;
+    int32_t mayMove;    // 1: evaluating an argument may resize the array that another one lies in
     Node** args;        // malloc'd
     void** addresses;   // malloc'd, nArgs: where the arguments of the call under way lie
 };
@@ -183,6 +184,7 @@ struct Node {
     int16_t type;         // NodeKind
     int16_t dataType;     // of the result
     int32_t parseIndex;   // place in the parse's list of nodes without an owner, -1 once owned (qvt_sci_Node.cpp)
+    int32_t line;         // of the source, where the node's text ends
 
     /// Address of the value: a variable's own memory, so that it can be written through (passing by reference is no
     /// more than that); for an operator `value`; for a vector its first element; null for statements.
@@ -345,6 +347,9 @@ int NodeVecSize(const Node* node);   // elements, negative if unknown; a dynamic
 /// type therefore all have get.p = PointerOf, which reads through ex, and get.i = LowHalfOf once cast to int.
 Node* CastNew(int dataType, Node* node);
 Node* CastTo(int dataType, Node* node);   // the node itself if nothing is to be done
+/// The same where a single number is wanted: what an operator computes from arrays is refused whatever its type.
+Node* NumberTo(int dataType, Node* node);
+Node* ArgumentTo(const Symbol* formal, Node* node);
 void* PointerOf(Node* node);
 int LowHalfOf(Node* node);
 Node* NonZeroNew(Node* node);
@@ -520,6 +525,7 @@ extern char* qvt_sci_includePathes;   // each directory with "/" and a newline b
 int yylex();
 void ScannerStart(const char* text, size_t length);   // borrowed until ScannerEnd
 void ScannerEnd();
+int SourceLine();        // of the token that the parser took last; a carriage return begins none here
 void ScannerTextTaken();   // the string literal scanned last has an owner: until then the scanner frees it
 
 /// Reports an error; while parsing it does not return but jumps to syntax_error_jmp_buf. While code runs
@@ -533,6 +539,7 @@ int qvt_sci_Preprocess(char** text);
 
 // qvt_sci.y
 int yyparse();
+extern int yychar;          // the token that the parser holds back, YYEMPTY: none
 extern int curReturnType;   // of the function being parsed
 void arg_lists_clear();
 

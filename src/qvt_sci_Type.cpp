@@ -141,6 +141,14 @@ static Node* ConversionNew(int opr, int dataType, Node* operand, const char* noM
     return node;
 }
 
+// What an operator computes from arrays has as many elements as they have: its first alone is never what was meant.
+static void ReportVector(const Node* node, int dataType)
+{
+    qvt_sci_msg("cannot cast %s vector of '%s' to type %s\n", dataTypeName[node->dataType], OprName(node->o.opr),
+                dataTypeName[dataType]);
+    yyerror("cannot cast vector to a single number or another type");
+}
+
 Node* CastNew(int dataType, Node* node)
 {
     if (node->dataType == dataType) {
@@ -161,6 +169,8 @@ Node* CastNew(int dataType, Node* node)
         qvt_sci_msg("cannot cast %s array '%s' to type %s\n", dataTypeName[node->dataType], root->value.symbol->name,
                     dataTypeName[dataType]);
         yyerror("cannot cast array to another type");
+    } else if (NodeIsVector(node)) {
+        ReportVector(node, dataType);
     } else {
         return ConversionNew(CAST, dataType, node, "CastNew: out of memory");
     }
@@ -169,8 +179,20 @@ Node* CastNew(int dataType, Node* node)
 
 Node* CastTo(int dataType, Node* node) { return CastNew(dataType, node); }
 
+Node* NumberTo(int dataType, Node* node)
+{
+    if (node->type == OPERATOR && NodeIsVector(node)) ReportVector(node, dataType);
+    return CastTo(dataType, node);
+}
+
+Node* ArgumentTo(const Symbol* formal, Node* node)
+{
+    return formal->symbolType == ARRAY_SYMBOL ? CastTo(formal->dataType, node) : NumberTo(formal->dataType, node);
+}
+
 Node* NonZeroNew(Node* node)
 {
+    if (node->type == OPERATOR && NodeIsVector(node)) ReportVector(node, INT_TYPE);
     if (node->dataType == INT_TYPE) return node;
     if (node->dataType == VOID_TYPE) {
         yyerror("cannot compare void to zero");
@@ -214,7 +236,7 @@ static void CheckResize(OperatorPart& o)
     if (qualifier == EXTERN_QUALIFIER || qualifier == FORMAL_QUALIFIER) {
         yyerror("arg 1 of resize must not be extern or formal array");
     }
-    o.ops[1] = CastTo(INT_TYPE, o.ops[1]);
+    o.ops[1] = NumberTo(INT_TYPE, o.ops[1]);
 }
 
 static void CheckIqsort(const OperatorPart& o)

@@ -130,7 +130,7 @@ Symbol* DeclareArr(int qualifier, int dataType, const char* name, int nDims, con
     symbol->arr.size = size;
     SymtabAdd(gActiveNamespace->symtab, symbol);
     if (dynNode) {
-        symbol->arr.dimNode = CastTo(INT_TYPE, dynNode);
+        symbol->arr.dimNode = NumberTo(INT_TYPE, dynNode);
         NodesKeep(symbol->arr.dimNode);
     } else if (allocate) {
         symbol->memory = std::calloc(size_t(nBytes), 1);

@@ -393,7 +393,8 @@ static Problem ScanPiece(Statement& s, const char* piece, Node* argument)
 static Problem ScanString(Statement& s, const char* format, Node* const* arguments, int count)
 {
     void* places[SSCANF_VARIABLES] = {};
-    for (int i = 0; i < count; ++i) places[i] = arguments[i]->ex(arguments[i]);
+    for (int i = 0; i < count; ++i) places[i] = Keep(arguments[i], arguments[i]->ex(arguments[i])).place;
+    for (int i = 0; i < count; ++i) places[i] = AddressOf({arguments[i], places[i]});
     std::string checked;
     if (!MakeScanFormat(checked, format, {arguments, places, count})) return BAD_FORMAT;
     s.scanned = std::sscanf(CText(s.string, s.room).c_str(), checked.c_str(), places[0], places[1], places[2],
@@ -459,7 +460,6 @@ static Problem FindDestination(Statement& s, Node* node)
     if (!s.string) return BAD_STRING;
     s.room = RoomOf(NodeRoom(node, address));
     if (!s.family.scans) {
-        s.room = std::min(s.room, RoomOf(NodeVecSize(node)));   // a row of an array of texts is a text of its own
         if (s.room == 0) return BAD_STRING;
         s.string[0] = 0;
     }
@@ -474,6 +474,7 @@ static Problem RunStatement(Statement& s, Node* const* operands, int count)
         ++operands;
         --count;
     }
+    const Loan string(s.string);
     const char* const format = static_cast<const char*>(operands[0]->ex(operands[0]));
     if (!format) return BAD_FORMAT;
     FormatCopy* const copy = KeepFormat(format, TextLength(format, RoomOf(NodeRoom(operands[0], format))));

@@ -131,14 +131,19 @@ static int qvt_sci_iqsort_compare(const void* i, const void* j)
 
 static bool ComparesInts(const Symbol* function)
 {
-    return function && function->symbolType == FUNCTION_SYMBOL && function->dataType == INT_TYPE &&
-           function->func.body && function->func.nArgs == 2 && function->func.args[0]->dataType == INT_TYPE &&
-           function->func.args[1]->dataType == INT_TYPE;
+    return qvt_sci_Takes(function, "int,int") && function->dataType == INT_TYPE && function->func.body;
 }
 
 bool SortByFunction(int* order, int n, Symbol* compare)
 {
-    if (!ComparesInts(compare)) return false;
+    if (!compare) return false;
+    if (!ComparesInts(compare)) {
+        qvt_sci_msg("\nqvt_sci_execute:ERROR: '%s' cannot compare, the form that is expected is: "
+                    "int %s(int i, int j)\n",
+                    compare->name, compare->name);
+        qvt_sci_flush_msg();
+        return false;
+    }
     Symbol* const outer = comparison;
     comparison = compare;
     if (n > 1) std::qsort(order, size_t(n), sizeof(int), qvt_sci_iqsort_compare);
@@ -156,6 +161,7 @@ struct Iqsort {
         const int64_t room = order ? NodeRoom(ops[1], order) : 0;
         const int n = int(room < 0 ? std::max(count, 0) : std::clamp<int64_t>(count, 0, room));
         for (int i = 0; i < n; ++i) order[i] = i;
+        const Loan sorted(order);
         Symbol* const function = FindNamed(ops[2], ops[3]);
         currentNode = node;
         return SortByFunction(order, n, function) ? 0 : 1;

@@ -6,10 +6,11 @@
 
 #include "qvt_sci_execute_Internal.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
-Node* nativeCall = nullptr;
+NativeFrame* nativeFrame = nullptr;
 
 // ---------------------------------------------------------------------------------------------------------------------
 // One caller for each number of arguments
@@ -49,25 +50,40 @@ template <class Result>
 static constexpr auto callers = CallersFor<Result>(std::make_index_sequence<MAX_NATIVE_ARGUMENTS + 1>());
 
 // ---------------------------------------------------------------------------------------------------------------------
+// Arguments
+
+void EvaluateArguments(const CallPart& call, bool fromLast)
+{
+    const int n = call.nArgs;
+    for (int k = 0; k < n; ++k) {
+        const int i = fromLast ? n - 1 - k : k;
+        void* const address = call.args[i]->ex(call.args[i]);
+        call.addresses[i] = call.mayMove ? Keep(call.args[i], address).place : address;
+    }
+    if (!call.mayMove) return;
+    for (int i = 0; i < n; ++i) call.addresses[i] = AddressOf({call.args[i], call.addresses[i]});
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
 // Evaluators of extern calls: exFun_void, exFun_char and so on. Arguments are evaluated from the last to the first.
 
 template <class Result>
 static void CallNative(Node* node)
 {
     const CallPart& call = node->call;
-    for (int i = call.nArgs - 1; i >= 0; --i) call.addresses[i] = call.args[i]->ex(call.args[i]);
+    EvaluateArguments(call, true);
     if (call.nArgs > MAX_NATIVE_ARGUMENTS) {
         qvt_sci_msg("external function calls with > %d args not supported\n", MAX_NATIVE_ARGUMENTS);
         return;
     }
-    Node* const outer = nativeCall;
-    nativeCall = node;
+    NativeFrame frame = {&call, nativeFrame};
+    nativeFrame = &frame;
     if constexpr (std::is_void_v<Result>) {
         callers<Result>[size_t(call.nArgs)](call.symbol->addr, call.addresses);
     } else {
         TypeOf<Result>::In(returnValue) = callers<Result>[size_t(call.nArgs)](call.symbol->addr, call.addresses);
     }
-    nativeCall = outer;
+    nativeFrame = frame.outer;
 }
 
 void (*SymbolGetExFun(int dataType))(Node*)
@@ -105,11 +121,15 @@ int64_t NodeRoom(const Node* node, const void* address)
     if (elements < 0) return -1;
     const int64_t passed =
         (static_cast<const char*>(address) - static_cast<const char*>(array->addr)) / sizeOf[array->dataType];
-    return passed >= 0 && passed < elements ? elements - passed : 0;
+    if (passed < 0 || passed >= elements) return 0;
+    // In an array of texts each row is a text of its own.
+    const bool isText = node->type == SUBARRAY && array->dataType == CHAR_TYPE && array->arr.nDims > 1;
+    const int64_t row = isText ? array->arr.dims[array->arr.nDims - 1] : 0;
+    return row > 0 ? std::min(elements - passed, row - passed % row) : elements - passed;
 }
 
 int64_t qvt_sci_ArgLength(int index)
 {
-    if (!nativeCall || index < 0 || index >= nativeCall->call.nArgs) return -1;
-    return NodeRoom(nativeCall->call.args[index], nativeCall->call.addresses[index]);
+    if (!nativeFrame || index < 0 || index >= nativeFrame->call->nArgs) return -1;
+    return NodeRoom(nativeFrame->call->args[index], nativeFrame->call->addresses[index]);
 }
