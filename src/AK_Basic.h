@@ -364,6 +364,16 @@ public:
     /// Processors: the lines "cpu0", "cpu1"... of the system's statistics; 1 if they cannot be read.
     static int NumCpus(const AK_String& statistics = "/proc/stat");
 
+    /// This process as others can recognise it: its id and the time of its start (in clock ticks since the system's),
+    /// "1234 567890". An id alone is given again to a later process.
+    static AK_String ProcessMark();
+    /// True if the process of such a mark is alive; false for a text that is none.
+    static bool ProcessLives(const AK_String& mark);
+    /// True if the mark is of this process or of one that it was started from.
+    static bool ProcessIsOurs(const AK_String& mark);
+
+    /// The text as one word of the shell, whatever it holds.
+    static AK_String ShellQuoted(const AK_String& text);
     /// Runs `cmd args` by the shell and returns the result of `system`; -1 for a null or empty cmd. quote puts cmd in
     /// double quotes; background adds " &". The texts are the shell's to interpret: quoting within them is the
     /// caller's part.

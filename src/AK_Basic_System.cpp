@@ -204,7 +204,7 @@ int AK_System::NumCpus(const AK_String& statistics)
 int AK_System::Command(const char* cmd, const char* args, int background, int quote)
 {
     if (!cmd || !*cmd) return -1;
-    AK_String line = quote ? AK_String("\"") + cmd + "\"" : AK_String(cmd);
+    AK_String line = quote ? ShellQuoted(cmd) : AK_String(cmd);
     line.Append(" ");
     line.Append(args ? args : "");
     if (background) line.Append(" &");
@@ -213,7 +213,85 @@ int AK_System::Command(const char* cmd, const char* args, int background, int qu
 
 int AK_System::BatchCommand(const AK_String& file, int background)
 {
-    return Command("source", (AK_String("\"") + file + "\"").c_str(), background, 0);
+    return Command("source", ShellQuoted(file).c_str(), background, 0);
+}
+
+AK_String AK_System::ShellQuoted(const AK_String& text)
+{
+    AK_String inside;
+    for (const char* c = text.c_str(); *c; ++c) {
+        if (std::strchr("\\\"$`", *c)) inside.Append("\\");
+        inside.Append(AK_String(c, c + 1).c_str());
+    }
+    return AK_String("\"") + inside + "\"";
+}
+
+// ----------------------------------------------------------------------------------------------------------- processes
+
+namespace {
+
+/// What the system tells of a process.
+struct ProcessStat {
+    long parent = 0;                // 0: there is no such process, or it has no parent
+    unsigned long long start = 0;   // clock ticks since the start of the system
+    bool dead = true;               // gone, or waiting only for its parent to notice
+
+    explicit ProcessStat(long id)
+    {
+        char path[64];
+        std::snprintf(path, sizeof path, "/proc/%ld/stat", id);
+        AK_TextReader reader(path);
+        AK_String line;
+        constexpr int longestLine = 4096;
+        if (!reader.ReadLine(line, longestLine)) return;
+        const char* rest = std::strrchr(line.c_str(), ')');   // the second field is a name that can hold anything
+        char state = 'X';
+        // Fields 3, 4 and 22.
+        if (!rest ||
+            std::sscanf(rest + 1, " %c %ld %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %llu",
+                        &state, &parent, &start) != 3)
+            return;
+        dead = state == 'Z' || state == 'X';
+    }
+};
+
+struct Mark {
+    long id = 0;
+    unsigned long long start = 0;
+    bool valid;
+
+    explicit Mark(const AK_String& text) : valid(std::sscanf(text.c_str(), "%ld %llu", &id, &start) == 2 && id > 0) {}
+    bool Lives() const
+    {
+        if (!valid) return false;
+        const ProcessStat process(id);
+        return !process.dead && process.start == start;
+    }
+};
+
+}   // namespace
+
+AK_String AK_System::ProcessMark()
+{
+    char mark[64];
+    const long id = getpid();
+    std::snprintf(mark, sizeof mark, "%ld %llu", id, ProcessStat(id).start);
+    return mark;
+}
+
+bool AK_System::ProcessLives(const AK_String& mark) { return Mark(mark).Lives(); }
+
+bool AK_System::ProcessIsOurs(const AK_String& text)
+{
+    const Mark mark(text);
+    if (!mark.Lives()) return false;
+    static constexpr int farthest = 1000;   // generations; processes can come and go while the line is followed
+    long id = getpid();
+    for (int i = 0; i < farthest && id > 0; ++i) {
+        if (id == mark.id) return true;
+        id = ProcessStat(id).parent;
+    }
+    return false;
 }
 
 // ------------------------------------------------------------------------------------------------------ random numbers

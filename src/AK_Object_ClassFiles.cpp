@@ -6,6 +6,8 @@
 
 #include "AK_Object.h"
 
+#include "AK_Basic_NewFile.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -71,14 +73,17 @@ AK_String AK_Object::Arglist(const char* separator)
 int AK_Object::SetClassDefault(const AK_String& name, const AK_String& attr, const AK_String& value)
 {
     const AK_String path = AttributeFile(name, "def", nullptr);
-    FILE* file = std::fopen(path.c_str(), "a");
-    if (!file) {
-        AK_MSG("W:cannot open default-attributes-file " << path);
-        return 1;
-    }
-    std::fprintf(file, "%s\n", CommandString("", attr, value).c_str());
-    std::fclose(file);
-    return 0;
+    const AK_String command = CommandString("", attr, value);
+    std::string text;   // what is there already
+    AK_TextReader former(path);
+    for (int byte = former.ReadByte(); byte >= 0; byte = former.ReadByte()) text += char(byte);
+    const bool readable = former.IsOpen() || !AK_System::FileExists(path);
+    const bool written = readable && AK_WriteFile(path, [&](std::FILE* file) {
+                             std::fwrite(text.data(), 1, text.size(), file);
+                             std::fprintf(file, "%s\n", command.c_str());
+                         });
+    if (!written) AK_MSG("W:cannot open default-attributes-file " << path);
+    return written ? 0 : 1;
 }
 
 void AK_Object::ReadInitializationMacro(const AK_String& name, AK_List<AK_String>& list)
@@ -119,11 +124,10 @@ int AK_Object::WriteClassVariables(const AK_String& name, AK_List<AK_String>& li
 {
     if (list.Size() < 2 || list[0] == "status=written") return 0;
     list[0] = "status=written";
-    FILE* file = std::fopen((_userApplicationDirectory + name + ".clv").c_str(), "w");
-    if (!file) return 1;
-    for (int i = 1; i < list.Size(); ++i) std::fprintf(file, "%s\n", list[i].c_str());
-    std::fclose(file);
-    return 0;
+    const bool written = AK_WriteFile(_userApplicationDirectory + name + ".clv", [&](std::FILE* file) {
+        for (int i = 1; i < list.Size(); ++i) std::fprintf(file, "%s\n", list[i].c_str());
+    });
+    return written ? 0 : 1;
 }
 
 // Index of the element that begins with `name=`, or -1.

@@ -13,6 +13,8 @@
 
 #include "AK_Object.h"
 
+#include "AK_Basic_NewFile.h"
+
 #include <cstdio>
 
 AK_String AK_Object::_directoryToLoad;
@@ -41,19 +43,10 @@ void AK_Object::WriteAttributes(std::FILE* file, const AK_Object* relativeTo, bo
 void AK_Object::SaveAttributesTo(const AK_String& name, bool recursively) const
 {
     const AK_String path = name.IsEmpty() ? _macroFileName : name;
-    const AK_String temporary = AK_System::TemporaryName(path);
-    std::FILE* file = std::fopen(temporary.c_str(), "w");
-    bool written = file != nullptr;
-    if (file) {
-        WriteAttributes(file, this, recursively);
-        written = !std::ferror(file);
-        written = std::fclose(file) == 0 && written;
-    }
+    const bool written = AK_WriteFile(path, [&](std::FILE* file) { WriteAttributes(file, this, recursively); });
     // Reading the attributes has emptied the status, whatever they answered: what counts here is the file.
     _execStatus = "";
-    if (written && AK_System::RenameFile(temporary, path) == 0) return;
-    _execStatus = AK_String("cannot open file ") + path + " for saving attributes!";
-    if (file && !(temporary == path)) AK_System::RemoveFile(temporary);
+    if (!written) _execStatus = AK_String("cannot open file ") + path + " for saving attributes!";
 }
 
 void AK_Object::SaveAttributes(const AK_String& file) const { SaveAttributesTo(file, false); }
@@ -76,8 +69,15 @@ void AK_Object::SaveAs(const AK_String& dir)
         _execStatus = AK_String("cannot open ") + dat;
         return;
     }
+    const AK_String from = _projectDir;
     _projectDir = dir;
     AK_System::CreateDir(dir);
+    if (IsUnread() && !from.IsEmpty()) {
+        AK_MSG("INFO: " << IdAbs() << InLanguage(" is not saved: its files were not read and are kept",
+                                                 " wird nicht gespeichert: die Dateien sind ungelesen und bleiben"));
+        if (!(from == dir)) CopyUnreadFiles(from, dir);
+        return;
+    }
     const long modified = ModificationTime();
     // The object's own stamps: a group answers with those of its members.
     const bool clean = AK_Object::ExecTime("Save") >= modified || AK_Object::ExecTime("Load") >= modified;
@@ -86,26 +86,30 @@ void AK_Object::SaveAs(const AK_String& dir)
     AK_MSG("saving " << _id << " to " << dir);
     SaveAttributes(atr);
     if (!_execStatus.IsEmpty()) return;
-    const AK_String temporary = AK_System::TemporaryName(dat);
-    AK_Stream stream(temporary, "wb");
-    if (stream._status != 0) {
+    bool opened = false;
+    const bool written = AK_WriteRecord(dat, [&](AK_Stream& stream) {
+        opened = true;
+        return SaveData(stream) == 0;
+    });
+    if (!opened)
         _execStatus = AK_String("cannot open ") + dat;
-        return;
-    }
-    const int failed = SaveData(stream);
-    stream.Close();
-    if (!failed && !stream.Failed() && stream._status == 0 && AK_System::RenameFile(temporary, dat) == 0) {
+    else if (!written)
+        _execStatus = AK_String("cannot save data of ") + IdAbs() + " to file " + dat;
+    else {
+        // The files of a former type would make the directory one that no loader understands.
+        if (from == dir && !(_typeOnDisc == Type())) RemoveFilesOfFormerType();
+        _typeOnDisc = Type();
+        SetUnread(false);
         SetExecTime("Save");
-        return;
     }
-    _execStatus = AK_String("cannot save data of ") + IdAbs() + " to file " + dat;
-    if (!(temporary == dat)) AK_System::RemoveFile(temporary);
 }
 
 void AK_Object::SaveProjectAs(const AK_String& dir)
 {
     _execStatus = "";
+    const AK_String from = _projectDir;
     SaveAs(dir);
+    if (!dir.IsEmpty() && !from.IsEmpty()) CopyUnloadedComponents(from, dir);
     AK_String firstError = _execStatus;
     for (int i = 0; i < _components.Size() && !dir.IsEmpty(); ++i) {
         if (!Owns(i)) continue;
@@ -123,6 +127,8 @@ void AK_Object::Load(const AK_String& dir)
 {
     AK_MSG("loading '" << _id << "' from " << dir);
     ProjectDir(dir);
+    _typeOnDisc = Type();
+    SetUnread(true);   // until all of it is read
     const AK_String dat = dir + "/" + Type() + ".dat";
     if (AK_Stream stream(dat, "rb"); stream._status == 0) {   // an object without data has no file
         if (LoadData(stream) != 0) {
@@ -131,6 +137,8 @@ void AK_Object::Load(const AK_String& dir)
         }
     }
     ExecMacro(dir + "/" + Type() + ".atr", 1);
+    _typeOnDisc = Type();   // the macro may have given it
+    SetUnread(!_execStatus.IsEmpty());
     if (_execStatus.IsEmpty()) SetExecTime("Load");
 }
 
@@ -139,7 +147,11 @@ void AK_Object::LoadProject(const AK_String& directory)
     const Call running(this);
     const AK_String dir = directory.IsEmpty() ? _projectDir : directory;
     _execStatus = "";   // an error from before, which a path that loads on its way may find, is none of loading
-    if (!dir.IsEmpty()) ProjectDir(dir);   // now: what is loaded first may name what is loaded later
+    if (!dir.IsEmpty()) {
+        const bool isOther = !(dir == _projectDir);
+        ProjectDir(dir);            // now: what is loaded first may name what is loaded later
+        KeepUnreadFiles(isOther);   // what an error keeps from being reached
+    }
     for (int i = 0; i < _components.Size() && !dir.IsEmpty(); ++i) {
         if (!Owns(i)) continue;
         _components[i]->LoadProject(dir + "/" + _components[i]->_id);

@@ -9,6 +9,7 @@
 // lie directly below the language's root, whatever code is running while a class is first used: a class outlives the
 // macro that needed it.
 
+#include "AK_Basic_NewFile.h"
 #include "AK_Object.h"
 #include "AK_Object_Internal.h"
 #include "AK_Object_Namespace.h"
@@ -212,9 +213,8 @@ void AK_Object::List_QVT_SCI_predefined(const AK_String& fileName)
         AK_String("INFO:QVT_SCI-Interpreter predefined variables and functions\n") + ObjectFunctionsText();
     AK_MSG(text);
     if (fileName.IsEmpty()) return;
-    std::FILE* file = std::fopen(fileName.c_str(), "w");
-    const bool written = file && std::fputs(text.c_str(), file) >= 0;
-    if ((file && std::fclose(file) != 0) || !written) _execStatus = AK_String("cannot open ") + fileName;
+    if (!AK_WriteFile(fileName, [&](std::FILE* file) { std::fputs(text.c_str(), file); }))
+        _execStatus = AK_String("cannot open ") + fileName;
 }
 
 void AK_Object::StartInBackground(const AK_String& args)

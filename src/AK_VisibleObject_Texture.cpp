@@ -6,6 +6,7 @@
 
 #include "AK_VisibleObject.h"
 
+#include "AK_Basic_NewFile.h"
 #include "AK_VisibleObject_WorldFile.h"
 #include "AK_sogl.h"
 
@@ -185,15 +186,15 @@ void AK_VisibleObject::SaveTexPar(const AK_String& name)
         return;
     }
     const AK_String path = picture.WithExtension("texpar");
-    FILE* file = std::fopen(path.c_str(), "w");
-    if (!file) {
+    const bool written = AK_WriteFile(path, [this](std::FILE* file) {
+        std::fprintf(file, "%s\n%s\n", AK_FloatsText(_textureParametersS.v, 4).c_str(),
+                     AK_FloatsText(_textureParametersT.v, 4).c_str());
+    });
+    if (!written) {
         _execStatus = AK_String("cannot open ") + path;
         AK_MSG("ERROR: cannot open " << path);
         return;
     }
-    std::fprintf(file, "%s\n%s\n", AK_FloatsText(_textureParametersS.v, 4).c_str(),
-                 AK_FloatsText(_textureParametersT.v, 4).c_str());
-    std::fclose(file);
     AK_MSG("INFO: texture parameter saved to " << path);
 }
 

@@ -2,6 +2,8 @@
 
 #include "AK_VisibleObject_WorldFile.h"
 
+#include "AK_Basic_NewFile.h"
+
 #include <cmath>
 #include <cstdlib>
 
@@ -45,10 +47,8 @@ bool AK_WorldFile::Read(const AK_String& name)
 
 bool AK_WorldFile::Write(const AK_String& name) const
 {
-    FILE* file = std::fopen(name.c_str(), "w");
-    if (!file) return false;
-    for (const double number : {pixelX.x, pixelX.y, pixelY.x, pixelY.y, first.x, first.y})
-        std::fprintf(file, "%.15g\n", number);
-    const bool good = !std::ferror(file);
-    return std::fclose(file) == 0 && good;
+    return AK_WriteFile(name, [this](std::FILE* file) {
+        for (const double number : {pixelX.x, pixelX.y, pixelY.x, pixelY.y, first.x, first.y})
+            std::fprintf(file, "%.15g\n", number);
+    });
 }

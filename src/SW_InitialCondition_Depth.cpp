@@ -79,17 +79,11 @@ static constexpr const char* pointAlone = "double[]";
 // Finds the functions in the active namespace; false without one that gives a depth.
 bool SW_InitialCondition::TakeFunctions()
 {
-    const auto function = [](const char* name, const char* formals) {
-        Symbol* found = qvt_sci_FuncPtr(name);
-        return qvt_sci_Takes(found, formals) ? found : nullptr;
-    };
-    Symbol* depth = function("depth", pointAndNormal);
-    if (!depth) depth = function("depth", pointAlone);
-    if (!depth || std::strcmp(qvt_sci_SymbolDataType(depth), "double") != 0) return false;
-    _depthFunction = depth;
-    _init = function("init", "");
-    _getpar = function("getpar", "char[]");
-    _setpar = function("setpar", "char[]");
+    _depthFunction = AK_FunctionOfForm("depth", "double", {pointAndNormal, pointAlone});
+    if (!_depthFunction) return false;
+    _init = AK_FunctionOfForm("init", "void", {""});
+    _getpar = AK_FunctionOfForm("getpar", "void", {"char[]"});
+    _setpar = AK_FunctionOfForm("setpar", "void", {"char[]"});
     return true;
 }
 

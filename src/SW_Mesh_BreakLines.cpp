@@ -200,6 +200,11 @@ void SW_Mesh::InsertBreakLine(const AK_String& id)
     auto* line = dynamic_cast<const SW_Polyline*>(ObjectById(id));
     if (!line) line = dynamic_cast<const SW_Polyline*>(Root()->ObjectById(id));
     if (!line || line->NumVertices() == 0) return;
+    if (line->Line().NumNoCoordinates() > 0) {
+        _execStatus = line->IdAbs() + InLanguage(": points have coordinates that are no numbers or too large",
+                                                 ": Punkte haben Koordinaten, die keine Zahlen oder zu gross sind");
+        return;
+    }
     AK_List<AK_Polyline> lines(1);
     lines.Append(line->Line());
     LoadPolylines(lines, 1);

@@ -7,6 +7,7 @@
 
 #include "SW_Mesh_Contour.h"
 
+#include "AK_Basic_NewFile.h"
 #include "AK_VisObj3d_Draw.h"
 #include "SW_Mesh.h"
 
@@ -273,14 +274,14 @@ void SW_Mesh::ExportContourLines(const AK_String& path)
     if (!_contourLines || _contourLines->Size() == 0) ComputeContourLines();
     if (!_contourLines || _contourLines->Size() == 0) return;
     AK_MSG("writing " << path << "...");
-    std::ofstream stream(path.c_str());
-    if (path.Extension() == "nxyz") {
-        _contourLines->WriteToNxyz(stream);
-        stream << "-1\n";
-    } else
-        _contourLines->WriteToDxf(stream, "contour");
-    stream.close();
-    if (!stream) {
+    const bool written = AK_WriteStream(path, [&](std::ostream& stream) {
+        if (path.Extension() == "nxyz") {
+            _contourLines->WriteToNxyz(stream);
+            stream << "-1\n";
+        } else
+            _contourLines->WriteToDxf(stream, "contour");
+    });
+    if (!written) {
         _execStatus = AK_String("cannot open file ") + path;
         return;
     }

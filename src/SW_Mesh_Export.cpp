@@ -2,6 +2,7 @@
 
 #include "SW_Mesh.h"
 
+#include "AK_Basic_NewFile.h"
 #include "SW_Mesh_Contour.h"
 
 #include <algorithm>
@@ -26,9 +27,8 @@ void SW_Mesh::WriteProjectionBeside(const AK_String& raster) const
 {
     if (_projection.IsEmpty()) return;
     const AK_String path = raster.WithExtension("prj");
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    const bool written = file && std::fputs(_projection.c_str(), file) >= 0;
-    if ((file && std::fclose(file) != 0) || !written) AK_MSG("WARNING: cannot write " << path);
+    const bool written = AK_WriteFile(path, [this](std::FILE* file) { std::fputs(_projection.c_str(), file); });
+    if (!written) AK_MSG("WARNING: cannot write " << path);
 }
 
 static void WritePoints(std::FILE* file, const AK_List<AK_Vec>& points)
@@ -85,14 +85,10 @@ void SW_Mesh::Export(const AK_String& path)
     if (grid && !HasSizeOfGrid(_nx, _ny))
         RefuseGrid();
     else if (points || grid) {
-        std::FILE* file = std::fopen(path.c_str(), "w");
-        bool written = file != nullptr;
-        if (file) {
+        const bool written = AK_WriteFile(path, [&](std::FILE* file) {
             AK_MSG("writing '" << path << "'...");
             points ? WritePoints(file, _x) : WriteGrid(file);
-            written = !std::ferror(file);
-            written = std::fclose(file) == 0 && written;
-        }
+        });
         if (!written) _execStatus = AK_String("cannot open file '") + path + "'";
         if (written && grid) WriteProjectionBeside(path);
     }

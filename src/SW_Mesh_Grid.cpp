@@ -122,6 +122,10 @@ void SW_Mesh::SetToPlane()
             const double z = radius - std::sqrt(radius * radius - double(fromMiddle * fromMiddle));   // NaN beyond it
             AddVertex({x, y, z});
         }
+    if (!(_length * 0.5 <= std::fabs(_inclination)))
+        AK_MSG("WARNING:" << IdAbs() << ": heights farther than " << std::fabs(_inclination)
+                          << InLanguage(" m from the middle are no numbers: 'Inclination' is the radius of the trough",
+                                        " m von der Mitte sind keine Zahlen: 'Inclination' ist der Radius der Rinne"));
     SetCartesianCells(grid);
     ComputeConnectivity();
     ComputeVertexNormals();

@@ -183,15 +183,23 @@ int SW_Particles::SplitParticle(int i, int n)
     return added;
 }
 
-double SW_Particles::RemoveUnlocatedParticles(double massThreshold)
+SW_Particles::Removal SW_Particles::RemoveUnlocatedParticles(double massThreshold)
 {
     int removed = 0;
-    double massOffMesh = 0;   // kg
+    Removal removal;
     // Backwards: removing a particle moves the last one into its place, and that one has been visited already.
     for (int i = NumParticles() - 1; i >= 0; --i) {
         const double mass = double(_mass->_values[i]);   // kg
         if (cell[i] >= 0 && mass > massThreshold) continue;
-        if (cell[i] < 0) massOffMesh += mass;
+        const AK_Vec sum = _position->_x[i] + _velocity->_values[i];
+        if (!std::isfinite(mass + sum.x + sum.y + sum.z))
+            ++removal.numNoNumber;
+        else if (cell[i] < 0)
+            removal.massOffMesh += mass;
+        else {
+            ++removal.numTooLight;
+            removal.massTooLight += mass;
+        }
         cell.RemoveUnordered(i);
         if (!tag.IsEmpty()) tag.RemoveUnordered(i);
         _mass->RemoveValue(i);
@@ -202,7 +210,7 @@ double SW_Particles::RemoveUnlocatedParticles(double massThreshold)
     }
     Touch();
     if (removed > 0) AK_MSG(removed << " particles removed");
-    return massOffMesh;
+    return removal;
 }
 
 void SW_Particles::Touch()

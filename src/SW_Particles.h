@@ -68,9 +68,15 @@ public:
     int AddParticle(AK_Vec pos, float mass, AK_Vec vel, float enthalpy, unsigned char newTag, int hintCell);
     /// Makes n particles of one, all at the same point; returns the number of new ones.
     int SplitParticle(int i, int n);
-    /// Removes what is off the mesh and what has no more mass than the threshold. Returns the mass of those that were
-    /// off the mesh, kg.
-    double RemoveUnlocatedParticles(double massThreshold);
+    /// What has been removed, apart by its reason.
+    struct Removal {
+        double massOffMesh = 0;   // kg
+        int numTooLight = 0;
+        double massTooLight = 0;   // kg
+        int numNoNumber = 0;       // whose mass, place or velocity is no number
+    };
+    /// Removes what is off the mesh, what has no more mass than the threshold, kg, and what is no number any more.
+    Removal RemoveUnlocatedParticles(double massThreshold);
     void Clear();
 
     double TotalMass() const;            // kg

@@ -65,14 +65,24 @@ SW_Polyline::SW_Polyline(const AK_String& id, AK_Object* parent) : AK_Class(id, 
 void SW_Polyline::SetLine(const AK_Polyline& line)
 {
     _line = line;
-    UpdateBox();
+    PointsChanged();
 }
 
-void SW_Polyline::UpdateBox()
+void SW_Polyline::PointsChanged()
 {
-    bool isFirst = true;
-    _xMin = _xMax = {0, 0, 0};
-    _line.WidenBox(_xMin, _xMax, isFirst);
+    SW_PointBox box;
+    box.Add(_line._x);
+    _xMin = box.Lo();
+    _xMax = box.Hi();
+    if (const int number = _line.NumNoCoordinates(); number > 0) SW_WarnOfNoCoordinates(IdAbs(), number);
+}
+
+void SW_WarnOfNoCoordinates(const AK_String& line, int numPoints)
+{
+    AK_MSG("WARNING:" << line
+                      << InLanguage(": points with coordinates that are no numbers or too large: ",
+                                    ": Punkte mit Koordinaten, die keine Zahlen oder zu gross sind: ")
+                      << numPoints);
 }
 
 int SW_Polyline::BoundingBox(float* lo, float* hi) const
@@ -129,7 +139,7 @@ void SW_Polyline::AppendPoint(const AK_String& text)
     if (!ReadPoint(text, p)) return;
     if (const SW_Mesh* mesh = BaseMesh()) mesh->Project(p, -1);
     _selected = _line._x.Append(p);
-    UpdateBox();
+    PointsChanged();
 }
 
 // What the commands on the selected vertex begin with.
@@ -144,7 +154,7 @@ void SW_Polyline::MoveVertex(const AK_String& text)
     AK_Vec p;
     if (!RequireSelectedVertex() || !ReadPoint(text, p)) return;
     _line._x[_selected] = p;
-    UpdateBox();
+    PointsChanged();
 }
 
 void SW_Polyline::InsertPoint(const AK_String& text)
@@ -155,7 +165,7 @@ void SW_Polyline::InsertPoint(const AK_String& text)
     AK_List<AK_Vec>& x = _line._x;
     x.Append(p);
     std::rotate(x.begin() + _selected, x.end() - 1, x.end());
-    UpdateBox();
+    PointsChanged();
 }
 
 void SW_Polyline::RemoveVertex()
@@ -163,7 +173,7 @@ void SW_Polyline::RemoveVertex()
     if (!RequireSelectedVertex()) return;
     _line._x.Remove(_selected);
     _selected = std::max(std::min(_selected, NumVertices() - 1), 0);
-    UpdateBox();
+    PointsChanged();
 }
 
 void SW_Polyline::Reverse() { std::reverse(_line._x.begin(), _line._x.end()); }
@@ -212,13 +222,6 @@ void SW_Polyline::ProjectedDistance(const AK_String& text)
 //   points             x, y, z each, doubles
 // ----------------------------------------------------------------------------------------------------------------
 
-bool SW_AreCoordinates(const AK_List<AK_Vec>& points)
-{
-    for (const AK_Vec& p : points)
-        if (!IsCoordinate(p.x) || !IsCoordinate(p.y) || !IsCoordinate(p.z)) return false;
-    return true;
-}
-
 int SW_Polyline::SaveData(AK_Stream& stream) const
 {
     stream.Write(AK_String("SW_Polyline:v0"));
@@ -233,9 +236,9 @@ int SW_Polyline::LoadData(AK_Stream& stream)
     if (!(header == "SW_Polyline:v0") && !(header == "SW_Polygon:v0")) return IoError(AK_HERE);
     AK_List<AK_Vec> points(1);
     stream.Read(points);
-    if (stream._status != 0 || !SW_AreCoordinates(points)) return IoError(AK_HERE);
+    if (stream._status != 0) return IoError(AK_HERE);
     _line._x.Swap(points);
-    UpdateBox();
+    PointsChanged();
     return 0;
 }
 
@@ -261,7 +264,7 @@ void SW_Polyline::ProjectOnto(const SW_Mesh& mesh)
     if (log) AK_MSG("projecting polygon " << Id() << " onto mesh " << mesh.Id() << "...");
     _baseMesh.Set(*this, mesh);
     SW_ProjectPoints(_line._x, mesh);
-    UpdateBox();
+    PointsChanged();
     if (log) AK_MSG("projecting polygon " << Id() << " onto mesh " << mesh.Id() << " done");
 }
 

@@ -72,7 +72,8 @@ protected:
     /// The vertex that a text names: a number from 1, or a point "x y z", whose nearest vertex it is; -1 for none.
     /// False, with a status text, if it is neither.
     bool FindVertex(const AK_String& text, int& vertex) const;
-    void UpdateBox();
+    /// Makes the box anew, and warns of points that are none.
+    void PointsChanged();
 
     AK_Polyline _line;
     AK_Vec _xMin, _xMax;   // m: the box around the points, 0 without any

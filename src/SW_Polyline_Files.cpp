@@ -3,6 +3,7 @@
 
 #include "SW_Polyline.h"
 
+#include "AK_Basic_NewFile.h"
 #include "SW_Mesh.h"
 #include "SW_Polyline_Shared.h"
 #include "SW_Polyline_Text.h"
@@ -158,7 +159,7 @@ void SW_Polyline::Import(const AK_String& path)
 
 int SW_WriteDxfFile(const AK_String& path, const std::function<void(std::ostream&)>& writeLines)
 {
-    return WriteTextFile(path, [&](std::ostream& stream) {
+    return !AK_WriteStream(path, [&](std::ostream& stream) {
         stream << "  0\nSECTION\n  2\nENTITIES\n";
         writeLines(stream);
         stream << "  0\nENDSEC\n  0\nEOF\n  0\nEOF\n";   // the second one belongs to the format: files carry it
@@ -174,7 +175,7 @@ void SW_Polyline::Export(const AK_String& path)
     int failed = 1;
     if (extension == "xy") failed = _line.WriteXy(path);
     if (extension == "xyz") failed = _line.WriteXyz(path);
-    if (extension == "nxyz") failed = WriteTextFile(path, writeNxyz);
+    if (extension == "nxyz") failed = !AK_WriteStream(path, writeNxyz);
     if (extension == "dxf" || extension == "DXF") failed = SW_WriteDxfFile(path, writeDxf);
     if (failed) _execStatus = AK_String("error occurred during export to '") + path + "'";
 }
@@ -221,6 +222,6 @@ int SW_Polyline::ReadFromAnoFile(AK_TextReader& reader)
 int SW_Polyline::ReadFromKORVO99Ascii(AK_TextReader& reader)
 {
     const int failed = _line.ReadFromKORVO99Ascii(reader);
-    UpdateBox();
+    PointsChanged();
     return failed;
 }

@@ -2,6 +2,7 @@
 
 #include "SW_Polyline_Points.h"
 
+#include "AK_Basic_NewFile.h"
 #include "SW_Polyline_Text.h"
 
 #include <algorithm>
@@ -12,14 +13,25 @@
 
 int AK_Polyline::_importXDICT = 0;
 
-void AK_Polyline::WidenBox(AK_Vec& lo, AK_Vec& hi, bool& isFirst) const
+void SW_PointBox::Add(const AK_List<AK_Vec>& points)
 {
-    for (const AK_Vec& p : _x) {
-        if (isFirst) lo = hi = p;
-        isFirst = false;
-        lo = {std::min(lo.x, p.x), std::min(lo.y, p.y), std::min(lo.z, p.z)};
-        hi = {std::max(hi.x, p.x), std::max(hi.y, p.y), std::max(hi.z, p.z)};
-    }
+    for (const AK_Vec& p : points)
+        for (double AK_Vec::*k : {&AK_Vec::x, &AK_Vec::y, &AK_Vec::z}) {
+            if (!IsCoordinate(p.*k)) continue;
+            _lo.*k = std::min(_lo.*k, p.*k);
+            _hi.*k = std::max(_hi.*k, p.*k);
+        }
+}
+
+static double OrZero(double bound) { return std::isfinite(bound) ? bound : 0; }
+
+AK_Vec SW_PointBox::Lo() const { return {OrZero(_lo.x), OrZero(_lo.y), OrZero(_lo.z)}; }
+
+AK_Vec SW_PointBox::Hi() const { return {OrZero(_hi.x), OrZero(_hi.y), OrZero(_hi.z)}; }
+
+int AK_Polyline::NumNoCoordinates() const
+{
+    return int(std::count_if(_x.begin(), _x.end(), [](const AK_Vec& p) { return !AreCoordinates(p); }));
 }
 
 static constexpr int maxLine = 511;      // characters of a line of text
@@ -92,7 +104,7 @@ int AK_Polyline::ReadXyz(const AK_String& path)
 
 int AK_Polyline::WritePoints(const AK_String& path, int dimension) const
 {
-    return WriteTextFile(path, [&](std::ostream& stream) {
+    return !AK_WriteStream(path, [&](std::ostream& stream) {
         stream << AnnotationLines(annotations);
         for (const AK_Vec& p : _x) {
             stream << AK_String(p.x, "%lf") << " " << AK_String(p.y, "%lf");

@@ -9,12 +9,14 @@
 // In xy, xyz and nxyz a text line with "=" is an annotation of the line of points that follows, such as "name=alp".
 //
 // A file can hold anything. No count in it is believed: points are appended as they are read. A number counts as a
-// coordinate if it is finite and a float can hold it; every other one is none. Main thread only.
+// coordinate if it is finite and a float can hold it; every other one is none. Points in memory can have such numbers
+// all the same: they are saved and loaded, with a warning, and no box holds them. Main thread only.
 
 #pragma once
 
 #include "AK_Basic_Vec.h"
 
+#include <limits>
 #include <memory>
 #include <ostream>
 
@@ -24,6 +26,18 @@ inline void ToFloats(const AK_Vec& v, float* out)
     out[1] = float(v.y);
     out[2] = float(v.z);
 }
+
+/// The box around points, m. What is no coordinate is left out.
+class SW_PointBox {
+public:
+    void Add(const AK_List<AK_Vec>& points);
+    AK_Vec Lo() const;   // 0 in a direction without any coordinate
+    AK_Vec Hi() const;
+
+private:
+    static constexpr double _far = std::numeric_limits<double>::infinity();
+    AK_Vec _lo{_far, _far, _far}, _hi{-_far, -_far, -_far};
+};
 
 /// A plain value.
 class AK_Polyline {
@@ -38,8 +52,8 @@ public:
 
     /// The annotation "name", "" if there is none.
     AK_String Name() const { return annotations.KeyValue("name", '=', ';'); }
-    /// Makes a box the one around the points; `isFirst` tells that it holds nothing yet and becomes false with a point.
-    void WidenBox(AK_Vec& lo, AK_Vec& hi, bool& isFirst) const;
+    /// Number of points with a coordinate that is none: projecting on heights that are no numbers makes such.
+    int NumNoCoordinates() const;
 
     // ---- one line a file (SW_Polyline_Points.cpp)
 

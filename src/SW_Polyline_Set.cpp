@@ -2,11 +2,11 @@
 
 #include "SW_Polyline_Set.h"
 
+#include "AK_Basic_NewFile.h"
 #include "AK_Text2d.h"
 #include "SW_Mesh.h"
 #include "SW_Polyline.h"
 #include "SW_Polyline_Shared.h"
-#include "SW_Polyline_Text.h"
 
 #include <string>
 
@@ -44,11 +44,16 @@ SW_PolylineSet::SW_PolylineSet(const AK_String& id, AK_Object* parent) : AK_Clas
     RunInitializationCommands();
 }
 
-void SW_PolylineSet::UpdateBox()
+void SW_PolylineSet::LinesChanged()
 {
-    bool isFirst = true;
-    _xMin = _xMax = {0, 0, 0};
-    for (const AK_Polyline& line : _polylines) line.WidenBox(_xMin, _xMax, isFirst);
+    SW_PointBox box;
+    for (int i = 0; i < Size(); ++i) {
+        box.Add(_polylines[i]._x);
+        const int number = _polylines[i].NumNoCoordinates();
+        if (number > 0) SW_WarnOfNoCoordinates(IdAbs() + " '" + _names[i] + "'", number);
+    }
+    _xMin = box.Lo();
+    _xMax = box.Hi();
 }
 
 int SW_PolylineSet::BoundingBox(float* lo, float* hi) const
@@ -87,7 +92,7 @@ void SW_PolylineSet::Import(const AK_String& path)
         _execStatus = AK_String("error occurred during import from '") + path + "'";
         return;
     }
-    UpdateBox();
+    LinesChanged();
     Root()->Set("Autofit", "");   // the view follows; a front end without one knows no such attribute
 }
 
@@ -106,7 +111,7 @@ void SW_PolylineSet::Export(const AK_String& path)
     };
     const AK_String extension = path.Extension();
     int failed = 1;
-    if (extension == "nxyz") failed = WriteTextFile(path, writeNxyz);
+    if (extension == "nxyz") failed = !AK_WriteStream(path, writeNxyz);
     if (extension == "dxf" || extension == "DXF") failed = SW_WriteDxfFile(path, writeDxf);
     if (failed) _execStatus = AK_String("error occurred during export to '") + path + "'";
 }
@@ -118,7 +123,7 @@ void SW_PolylineSet::ProjectOnto(const AK_String& name)
     AK_MSG("projecting polyline set " << Id() << " onto mesh " << mesh->Id() << "...");
     _baseMesh.Set(*this, *mesh);
     for (AK_Polyline& line : _polylines) SW_ProjectPoints(line._x, *mesh);
-    UpdateBox();
+    LinesChanged();
     AK_MSG("projecting polyline set " << Id() << " onto mesh " << mesh->Id() << " done");
 }
 
@@ -155,7 +160,7 @@ void SW_PolylineSet::DeleteSelected()
     _polylines.SetSize(kept);
     _names.SetSize(kept);
     _selected.Fill(kept, 1);
-    UpdateBox();
+    LinesChanged();
 }
 
 void SW_PolylineSet::ExtractSelected()
@@ -182,7 +187,7 @@ void SW_PolylineSet::Add(const AK_String& id)
     AK_String name = line->Id();
     while (_names.IndexOf(name) >= 0) name.Append("x");
     Append(line->Line(), name);
-    UpdateBox();
+    LinesChanged();
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -222,7 +227,6 @@ int SW_PolylineSet::LoadData(AK_Stream& stream)
         stream.Read(line._x);
         stream.Read(name);
         stream.Read(flag);
-        if (!SW_AreCoordinates(line._x)) return IoError(AK_HERE);
         polylines.Append(std::move(line));
         names.Append(name);
         selected.Append(flag != 0);
@@ -231,7 +235,7 @@ int SW_PolylineSet::LoadData(AK_Stream& stream)
     _polylines.Swap(polylines);
     _names.Swap(names);
     _selected.Swap(selected);
-    UpdateBox();
+    LinesChanged();
     return 0;
 }
 

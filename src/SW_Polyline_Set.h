@@ -49,7 +49,7 @@ private:
     void Append(const AK_Polyline& line, const AK_String& name);
     void SetFlag(const AK_String& name, char flag);
     AK_String NamesOf(char flag) const;
-    void UpdateBox();
+    void LinesChanged();   // makes the box anew, and warns of points that are none
 
     int _displayLabels = 0;   // print the names
     AK_String _labelFont = "TIMES_ROMAN_10";

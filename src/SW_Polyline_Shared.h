@@ -60,8 +60,8 @@ private:
 
 // ---- records, projection, drawing (SW_Polyline.cpp, SW_Polyline_Draw.cpp)
 
-/// True if every number of the points can be a coordinate.
-bool SW_AreCoordinates(const AK_List<AK_Vec>& points);
+/// Warns of points of a line with coordinates that are none.
+void SW_WarnOfNoCoordinates(const AK_String& line, int numPoints);
 /// Gives each point the height of the surface below it; points outside keep theirs.
 void SW_ProjectPoints(AK_List<AK_Vec>& points, const SW_Mesh& mesh);
 /// Writes a text at a point of the world, in front of everything.

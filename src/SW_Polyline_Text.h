@@ -2,13 +2,12 @@
 
 #pragma once
 
-#include "AK_Basic.h"
+#include "AK_Basic_Vec.h"
 
 #include <cfloat>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 
 /// Reads a line without its line end. What is longer than `limit` is cut there and its rest passed over. False at the
 /// end of the file.
@@ -27,6 +26,8 @@ inline bool ReadTextLine(AK_TextReader& reader, AK_String& line, int limit, bool
 
 /// True for what can be a coordinate: finite, and within the range of a float, in which boxes and drawing count.
 inline bool IsCoordinate(double number) { return std::fabs(number) <= double(FLT_MAX); }
+
+inline bool AreCoordinates(const AK_Vec& p) { return IsCoordinate(p.x) && IsCoordinate(p.y) && IsCoordinate(p.z); }
 
 /// Reads the n coordinates that a text begins with. Between them stand blanks or, with `commas`, a comma directly
 /// behind each number.
@@ -52,19 +53,4 @@ inline bool ScanInt(const char* text, int& number, const char** end = nullptr)
     number = int(value);
     if (end) *end = rest;
     return true;
-}
-
-/// Writes a text file that appears under its name only when it is whole; `write` is called with the stream. 1 if it
-/// cannot be written.
-template <class Write>
-int WriteTextFile(const AK_String& path, const Write& write)
-{
-    const AK_String temporary = AK_System::TemporaryName(path);
-    std::ofstream stream(temporary.c_str(), std::ios::binary);
-    if (!stream) return 1;
-    write(stream);
-    stream.close();
-    if (stream && AK_System::RenameFile(temporary, path) == 0) return 0;
-    if (!(temporary == path)) AK_System::RemoveFile(temporary);
-    return 1;
 }

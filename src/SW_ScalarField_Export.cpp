@@ -44,7 +44,7 @@ void SW_ScalarField::ExportFieldRasterAscii(const AK_String& path)
         return;
     }
     Convert();
-    const bool written = SW_WriteTextFile(path, [&](std::FILE* file) {
+    const bool written = AK_WriteFile(path, [&](std::FILE* file) {
         AK_MSG("writing field raster data to " << path);
         _mesh->WriteRaster(file, _exportRasterNumColumns, _exportRasterNumRows, _exportRasterLL, _exportRasterSize,
                            [&](int cell, const double* weights) {
@@ -81,24 +81,20 @@ void SW_ScalarField::ExportContourLines(const AK_String& path)
     UpdateColorBar();
     UpdateContourLines();
     Reconvert();
-    std::ofstream stream(path.c_str());
-    if (!stream) {
-        AK_MSG("cannot open file " << path);
-        return;
-    }
-    AK_MSG("writing contour lines to " << path);
-    if (path.Extension() == "nxyz") {
-        if (_contourLines) _contourLines->WriteToNxyz(stream);
-    } else {
+    const bool written = AK_WriteStream(path, [&](std::ostream& stream) {
+        AK_MSG("writing contour lines to " << path);
+        if (path.Extension() == "nxyz") {
+            if (_contourLines) _contourLines->WriteToNxyz(stream);
+            return;
+        }
         const AK_String layer = LayerName(Colorbar()->AttributeShort(), Colorbar()->Unit());
         if (_contourLines)
             _contourLines->WriteToDxf(stream, layer);
         else
             stream << "  0\nSECTION\n  2\nENTITIES\n  0\nENDSEC\n  0\nEOF\n";
         stream << "  0\nEOF\n";
-    }
-    stream.close();
-    if (!stream)
+    });
+    if (!written)
         AK_MSG("cannot open file " << path);
     else
         AK_MSG("file " << path << " written");

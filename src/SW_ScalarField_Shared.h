@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "AK_Basic_NewFile.h"
 #include "AK_Colorbar.h"
 #include "SW_Mesh.h"
 #include "SW_Polyline.h"
@@ -11,17 +12,6 @@
 #include <cstdio>
 #include <initializer_list>
 #include <type_traits>
-
-/// Writes a text file by `write(std::FILE*)`; false if it could not be opened or not be written to its end.
-template <class Write>
-bool SW_WriteTextFile(const AK_String& path, const Write& write)
-{
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    if (!file) return false;
-    write(file);
-    const bool written = !std::ferror(file);
-    return std::fclose(file) == 0 && written;
-}
 
 /// A row of an exported table: a place and what is there.
 inline void SW_WriteRow(std::FILE* file, const AK_Vec& x, double value)
@@ -205,7 +195,7 @@ protected:
     bool WriteValuesAlongLine(const AK_String& path, const AK_List<PlacedValue>& values,
                               std::initializer_list<const char*> suffixes) const
     {
-        return SW_WriteTextFile(path, [&](std::FILE* file) {
+        return AK_WriteFile(path, [&](std::FILE* file) {
             const AK_String name = Colorbar()->Attribute();
             const AK_String unit = Colorbar()->Unit();
             std::fputs("#x\ty\tz", file);

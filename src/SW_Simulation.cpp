@@ -68,6 +68,13 @@ SW_Simulation::~SW_Simulation()
     qvt_sci_NamespaceDestroy(_shearNameSpace);
 }
 
+void SW_Simulation::Load(const AK_String& dir)
+{
+    _isBeingLoaded = true;
+    AK_Object::Load(dir);
+    _isBeingLoaded = false;
+}
+
 void SW_Simulation::LoadFinalize() { SetExecTime("LoadFinalize"); }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -112,9 +119,14 @@ void SW_Simulation::SetMesh(const AK_String& path)
 
 // Particles name cells of the mesh and fields have a value for each vertex of it: after a new import under the same
 // name neither means anything any more.
+bool SW_Simulation::MeshHasChanged() const
+{
+    return _mesh && (_mesh->NumVertices() != _boundVertices || _mesh->NumCells() != _boundCells);
+}
+
 void SW_Simulation::ForgetStateOfChangedMesh()
 {
-    if (!_mesh || (_mesh->NumVertices() == _boundVertices && _mesh->NumCells() == _boundCells)) return;
+    if (!MeshHasChanged()) return;
     if (_particles->NumParticles() > 0)
         AK_MSG("WARNING: the mesh of simulation " << _id << " has changed, its state is lost");
     ForgetState();

@@ -23,7 +23,7 @@
 //   SW_Simulation_Obstacles.cpp        walls and resistance areas, cell by cell
 //   SW_Simulation_Fields.cpp           particles -> fields, deposition
 //   SW_Simulation_TimeSteps.cpp        files of time steps
-//   SW_Simulation_Run.cpp, _Background.cpp   run control
+//   SW_Simulation_Run.cpp, _Refusals.cpp, _Background.cpp   run control
 
 #pragma once
 
@@ -94,6 +94,7 @@ public:
     static constexpr AK_Vec gravAcc{0, 0, -9.81};   // m/s2
     static constexpr double velMagMin = 1e-06;      // m/s
     static constexpr double depMin = 1e-06;         // m
+    static constexpr const char* defaultFormula = "return v / h * 1.0;";   // stands in for no law that was named
     inline static float _earthPressureCoefficients[6] = {1, 1, 1, 1, 1, 1};
 
     SW_Simulation(const AK_String& id, AK_Object* parent);
@@ -101,6 +102,7 @@ public:
     void Update() override;
     int SaveData(AK_Stream& stream) const override;
     int LoadData(AK_Stream& stream) override;
+    void Load(const AK_String& dir) override;
     void LoadFinalize() override;
 
     // ---- parts
@@ -122,8 +124,8 @@ public:
 
     // ---- friction (SW_Simulation_Friction.cpp)
     int FrictionIndex() const;   // SW_FrictionLaw
-    /// False, after a "WARNING:", if friction is a formula and there is none: no run can begin.
-    bool HasFrictionLaw() const;
+    /// The sentence, behind `start`, with which a run is refused since the law that was named cannot be had; else "".
+    AK_String ReasonAgainstFriction(const AK_String& start) const;
     void FrictionType(const AK_String& name);
     static AK_String FrictionTypeOptions();
     const SW_FrictionFormulas& Formulas() const { return _formulas; }
@@ -133,6 +135,9 @@ public:
     /// Loads a rheology file: its functions, or none of them if it has errors or lacks `tau`.
     void BottomShearStressFormulaFile(const AK_String& path);
     AK_String BottomShearStressFormulaFile() const;   // its name, without directory and extension
+    /// The law that was loaded by its path; "" for one that FrictionType finds. The file may be missing.
+    void FormulaFilePath(const AK_String& path);
+    AK_String FormulaFilePath() const;
     AK_String FormulaParameters() const;
     void FormulaParameters(const AK_String& text);
     /// For display: the forces compute theirs for each particle. Savage and Hutter (1989).
@@ -140,8 +145,8 @@ public:
     AK_String EarthPressureCoefficients() const;
 
     // ---- scenario -> particles (SW_Simulation_Initialize.cpp, SW_Simulation_Entrainment.cpp)
-    /// Fills the store of snow, the release and the particles, and empties the fields. False, after a "WARNING:", for
-    /// what no run can begin with: more particles than an int counts, no mass per particle where a source wants some.
+    /// Fills the store of snow, the release and the particles, and empties the fields. False, with a status and with
+    /// everything as it was, if the release is nothing that a run can begin with; see SW_Simulation_Refusals.cpp.
     bool Initialize();
     void InitializeCellEntrainmentMass();
     void UpdateReleaseMass();
@@ -175,6 +180,7 @@ public:
     /// The state as it was saved; the name is without directory and extension, and an empty one does nothing. A file
     /// that is no such state leaves the simulation without particles, as before a run.
     void LoadTimeStep(const AK_String& name);
+    bool ReadTimeStep(const AK_String& name);
     void LoadNextTimeStep();
     void LoadPrevTimeStep();
     void LoadFirstTimeStep();
@@ -199,14 +205,17 @@ public:
     /// From the state that is loaded to EndTime; steps on disc that are later are removed. Without particles afresh.
     void Continue(const AK_String& ignored);
     void Interrupt();               // ends a run, also one of another process, before its next step
-    AK_String Status() const;       // "started", "running", "finished", "interrupted"; "unknown" without a file
+    AK_String
+    Status() const;   // "started", "running", "finished", "interrupted" (also of a process that is gone); "unknown"
+    /// True while a process that is neither this one nor one of its ancestors runs the simulation.
+    bool AnotherProcessRuns() const;
     AK_String StatusInfo() const;   // a line that tells how far a run is
     void SetStatus(const char* word) const;
     void SetStatusInfo(const AK_String& line) const;
     AK_String RunVis() const;
     AK_String ContinueVis() const;
     /// Starts the program anew on this simulation; with `out` the command line is written there instead.
-    void RunInBackground(int cont, std::ofstream* out);
+    void RunInBackground(int cont, std::ostream* out);
     void RunInBackground(const AK_String& ignored);
     void ContinueInBackground(const AK_String& ignored);
     /// Writes the macro with which the program runs this simulation, or goes on with it, in a tree of its own; false if
@@ -252,14 +261,21 @@ private:
     bool UsesMohrCoulomb() const;
     bool UsesDynamicFriction() const;
     bool HasFormulaParameters() const;
+    bool LoadFormulaFile(const AK_String& path);
     AK_String EarthPressureCoefficientsVis() const;
     void ForgetFormulas();
 
     // (SW_Simulation_Initialize.cpp)
     struct Release;
     void FindRelease(Release& release);
-    void FillCells(Release& release);
-    bool DetermineMassPerParticle(const Release& release);
+    void TellDepthMesh(const Release& release) const;
+    void TellRelease(const Release& release) const;
+    void FindAreas(Release& release);
+    void FindCells(Release& release) const;
+    void DetermineMassPerParticle(Release& release) const;
+    void CompareMasses(const Release& release) const;
+    void StartFrom(const Release& release);
+    void TakeMassPerParticle(const Release& release);
     void CorrectMassPerParticle(double mass);
     void ClearResults();
 
@@ -284,6 +300,7 @@ private:
     bool WriteTimeStep(AK_Stream& stream) const;
     bool ReadTimeStepBlock(AK_Stream& stream, bool enthalpies, const char* end);
     bool TimeStepIsSound() const;
+    void TakeMassPerParticleOfState(double recorded);   // kg, 0 for an unknown one
     void ForgetState();
     AK_String NeighbourStep(int offset) const;
     bool BringTimeStepsFrom(const AK_String& oldDirectory) const;
@@ -293,17 +310,30 @@ private:
     struct RunState;
     AK_String StatusFile(const char* name) const;
     bool IsCoupled() const;   // with a fluid above
-    bool MayRelease(const char* english, const char* german) const;
-    bool ParametersAllowRun() const;
-    bool SourcesHaveParticleMass() const;
-    bool HasPlaceToRun() const;
-    void RunToEnd();
-    bool PrepareRun(RunState& run);
+    void RunToEnd(const Release* release);   // null: from the state that is loaded
+    void TellDoubts() const;                 // what is no reason against a run, but worth a warning
+    void PrepareRun(RunState& run, const Release* release);
+    void ReportLongStep(double dt);
     void ShowAndSave(RunState& run);
     void TellProgress(const RunState& run) const;
     bool EvaluateStopCriterion(RunState& run);
     void FinishRun(const RunState& run);
+    AK_String MarkedCommand(const AK_String& command) const;
     void StartCommand(const AK_String& command);
+
+    // (SW_Simulation_Refusals.cpp)
+    /// Says the sentence, a "WARNING:" or "INFO:", and leaves it in the status; false.
+    bool Refuse(const AK_String& sentence) const;
+    /// What stands against a run, "" if nothing does. Changes nothing.
+    AK_String ReasonAgainstStart(const AK_String& noRelease) const;
+    AK_String ReasonAgainstRelease(Release& release);
+    AK_String ReasonAgainstParameters() const;
+    AK_String ReasonAgainstSources(double massPerParticle) const;
+    /// Whether a run can begin, from the release, which is found then, or from the state that is loaded. If not, the
+    /// reason is said and left in the status, and nothing has changed.
+    bool MayRun(bool afresh, const char* noRelease, Release& release);
+    bool StartsAfresh() const;   // Continue has no state to go on from
+    bool MeshHasChanged() const;
 
     friend struct SW_SimulationPhase;   // what the phases share; defined where they are
 
@@ -323,8 +353,10 @@ private:
     Namespace* _formulaNameSpace = nullptr;   // owned; the functions of the rheology file
     Namespace* _shearNameSpace = nullptr;     // owned; the inline formula, which a file must not clear away
     SW_FrictionFormulas _formulas;
-    AK_String _bottomShearStressFormula = "return v / h * 1.0;";
-    AK_String _formulaFile;
+    AK_String _bottomShearStressFormula = defaultFormula;
+    AK_String _formulaFile;         // of the functions in force; "" for none
+    AK_String _namedFormulaFile;    // loaded by its path, wherever it is now; "" where FrictionType names the law
+    AK_String _formulaParameters;   // as last set: they outlive a file that is missing
     double _density = 200;   // kg/m3 of the flow
     AK_String _releaseDHM = "none";
     double _releaseDHMDensity = 150;       // kg/m3
@@ -406,6 +438,9 @@ private:
     AK_List<const SW_ResistanceArea*> _cellResistances{1};   // for each cell, null for none
     SW_StepVariables _stepVariables;
     double _massOffMesh = 0;   // kg
+    int _particlesLost = 0;    // that have become no number in this run
+    bool _isBeingLoaded = false;
+    bool _longStepIsReported = false;   // of a particle that passes more than two cells, once a run
     bool _loadPsaResults = true;
     mutable AK_String _dataDirectory;   // where the time steps lie: that of the last save or load
 };

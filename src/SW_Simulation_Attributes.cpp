@@ -47,6 +47,10 @@ std::span<const AK_Row> SW_Simulation::Rows()
         {"DynamicFrictionCoefficientVis",        visible<&S::UsesDynamicFriction>},
         {"EarthPressureCoefficients",            shown<&S::EarthPressureCoefficients>},
         {"EarthPressureCoefficientsVis",         shown<&S::EarthPressureCoefficientsVis>},
+        {"FormulaFilePath",                      pair<[](const S& s) { return s.FormulaFilePath(); },
+                                                      [](S& s, Text path) { s.FormulaFilePath(path); }>},
+        {"FormulaFilePathVis",                   shown<[](const S& s) { return s.FormulaFilePath().IsEmpty() ? "-"
+                                                                                                             : "w"; }>},
         {"FormulaParameters",                    pair<[](const S& s) { return s.FormulaParameters(); },
                                                       [](S& s, Text text) { s.FormulaParameters(text); }>},
         {"FormulaParametersVis",                 visible<&S::HasFormulaParameters>},

@@ -6,7 +6,9 @@
 // The new process finds mesh and scenario on disc by the paths that the simulation's attributes name, so a project has
 // to be saved before.
 
-#include "SW_Simulation.h"
+#include "SW_Simulation_Release.h"
+
+#include "AK_Basic_NewFile.h"
 
 AK_String SW_Simulation::StartFile(const char* extension) const
 {
@@ -31,32 +33,37 @@ bool SW_Simulation::WriteStartMacro(const char* command) const
     const AK_String container = IdFromRoot(*Parent());
     const AK_String id = IdFromRoot(*this);
     const AK_Object& top = *TopOfProject(static_cast<const AK_Object*>(this));
-    std::ofstream macro(StartFile("macro").c_str());
-    for (const AK_String& line :
-         {CommandString(IdFromRoot(top), "ProjectDir", top.ProjectDir()),
-          CommandString(container, "CreateSimulation", Id()), CommandString(id, "DeactivateLoadingPsaResults", ""),
-          CommandString(id, "LoadProject", ""), CommandString(id, command, "")})
-        macro << line << "\n";
-    macro.close();
-    return bool(macro);
+    return AK_WriteStream(StartFile("macro"), [&](std::ostream& macro) {
+        for (const AK_String& line :
+             {CommandString(IdFromRoot(top), "ProjectDir", top.ProjectDir()),
+              CommandString(container, "CreateSimulation", Id()), CommandString(id, "DeactivateLoadingPsaResults", ""),
+              CommandString(id, "LoadProject", ""), CommandString(id, command, "")})
+            macro << line << "\n";
+    });
 }
 
 AK_String SW_Simulation::StartCommandLine(const char* redirect) const
 {
-    return AK_String("\"") + _argv[0] + "\" -offscreen \"" + StartFile("macro") + "\" " + redirect + " \"" +
-           StartFile("log") + "\"";
+    using Sys = AK_System;
+    return Sys::ShellQuoted(_argv[0]) + " -offscreen " + Sys::ShellQuoted(StartFile("macro")) + " " + redirect + " " +
+           Sys::ShellQuoted(StartFile("log"));
 }
 
-void SW_Simulation::RunInBackground(int cont, std::ofstream* out)
+void SW_Simulation::RunInBackground(int cont, std::ostream* out)
 {
-    if (!MayRelease("INFO: no release areas defined! Simulation will not be started!",
-                    "INFO: keine Anbruchgebiete definiert! Simulation wird nicht gestartet!"))
-        return;
-    AK_ASSERT(RunVis() == "w");
-    if (ProjectDir().IsEmpty()) {
-        AK_MSG("WARNING: Save project first!");
+    const char* noRelease = InLanguage("INFO: no release areas defined! Simulation will not be started!",
+                                       "INFO: keine Anbruchgebiete definiert! Simulation wird nicht gestartet!");
+    if (!HasRelease()) {
+        Refuse(noRelease);
         return;
     }
+    AK_ASSERT(RunVis() == "w");
+    if (ProjectDir().IsEmpty()) {
+        Refuse(InLanguage("WARNING: Save project first!", "WARNING: Zuerst Projekt speichern!"));
+        return;
+    }
+    Release release;
+    if (!MayRun(!cont || StartsAfresh(), noRelease, release)) return;
     AK_Object* const top = TopOfProject(static_cast<AK_Object*>(this));
     if (!(Get("$autosave") == "0")) {
         top->SaveProject("");
@@ -73,6 +80,17 @@ void SW_Simulation::RunInBackground(int cont, std::ofstream* out)
         StartCommand(command);
 }
 
+// A shell that enters itself as the process of the run and then becomes the program: the state "started" is known to
+// be over when the program ends before it has said "running".
+AK_String SW_Simulation::MarkedCommand(const AK_String& command) const
+{
+    const AK_String status = AK_System::ShellQuoted(StatusFile(".simulation_status"));
+    const AK_String temporary = AK_System::ShellQuoted(StatusFile(".simulation_status.start"));
+    return AK_String("sh -c ") +
+           AK_System::ShellQuoted(AK_String("echo started $$ $(cut -d ' ' -f 22 /proc/$$/stat) > ") + temporary +
+                                  " && mv " + temporary + " " + status + "; exec " + command);
+}
+
 void SW_Simulation::StartCommand(const AK_String& command)
 {
     const AK_String former = Status();
@@ -80,7 +98,7 @@ void SW_Simulation::StartCommand(const AK_String& command)
     AK_MSG("starting " << command << " in background...");
     SetStatus("started");   // before the process starts, which soon says "running"
     SetStatusInfo("started");
-    const int failed = AK_System::Command(command.c_str(), "", 1, 0);
+    const int failed = AK_System::Command(MarkedCommand(command).c_str(), "", 1, 0);
     AK_System::_tmpBatFileName = "";
     if (failed) {
         SetStatus(former.c_str());

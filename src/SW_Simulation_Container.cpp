@@ -2,6 +2,7 @@
 
 #include "SW_Simulation_Container.h"
 
+#include "AK_Basic_NewFile.h"
 #include "SW_InitialCondition.h"
 #include "SW_ResistanceArea.h"
 #include "SW_Simulation.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sstream>
 
 static const char* const simulationType = "ShallowWaterSimulation";
 
@@ -108,17 +110,16 @@ void SW_Simulations::ForwardToActive(const char* command)
 
 bool SW_Simulations::WriteBatch(const AK_String& path, const AK_List<SW_Simulation*>& active)
 {
-    std::ofstream batch(path.c_str());
+    std::ostringstream commands;
     for (SW_Simulation* simulation : active) {
-        if (!batch) break;
-        simulation->RunInBackground(0, &batch);
+        simulation->RunInBackground(0, &commands);
         if (!_execStatus.IsEmpty()) return false;
         if (simulation->Get("InteractionTypeWithFluidAbove") == "particles suspension")
-            batch << "sleep " << std::max(0, _pauseTime) << "\n";
+            commands << "sleep " << std::max(0, _pauseTime) << "\n";
     }
-    batch.close();
-    if (!batch) _execStatus = AK_String("cannot open batch file ") + path;
-    return bool(batch);
+    const bool written = AK_WriteStream(path, [&](std::ostream& batch) { batch << commands.str(); });
+    if (!written) _execStatus = AK_String("cannot open batch file ") + path;
+    return written;
 }
 
 void SW_Simulations::StartActive(const AK_String& text)
@@ -145,7 +146,7 @@ void SW_Simulations::StartActive(const AK_String& text)
     const AK_String batch = dir + "/batch.bat";
     if (active.Size() == 0 || !WriteBatch(batch, active)) return;
     // One after the other, so the shell that runs the whole file is what goes to the background.
-    if (AK_System::Command("sh", (AK_String("\"") + batch + "\"").c_str(), 1, 0) != 0)
+    if (AK_System::Command("sh", AK_System::ShellQuoted(batch).c_str(), 1, 0) != 0)
         _execStatus = "starting batch command failed";
 }
 
@@ -162,16 +163,22 @@ void SW_Simulations::WriteStartMacroAndBat(const AK_String& path)
         _execStatus = AK_String("object '") + path + "' not found";
         return;
     }
+    if (simulation->ProjectDir().IsEmpty()) {
+        _execStatus = "project must be saved first";
+        return;
+    }
     const AK_String macro = simulation->StartFile("macro");
     const AK_String start = simulation->StartFile("bat");
     if (!simulation->WriteStartMacro("Run")) {
         _execStatus = AK_String("cannot create start macro file '") + macro + "'";
         return;
     }
-    std::ofstream file(start.c_str());
-    file << simulation->StartCommandLine(">") << "\n";
-    file.close();
-    if (!file) _execStatus = AK_String("cannot create start bat file '") + start + "'";
+    // The names of the program and of the project may count from the directory that the program runs in.
+    const bool written = AK_WriteStream(start, [&](std::ostream& file) {
+        file << "cd " << AK_System::ShellQuoted(AK_System::CurrentWorkingDirectory()) << " || exit\n"
+             << simulation->StartCommandLine(">") << "\n";
+    });
+    if (!written) _execStatus = AK_String("cannot create start bat file '") + start + "'";
 }
 
 // ----------------------------------------------------------------------------------------------------------------

@@ -12,8 +12,7 @@
 //   void init()                                             runs when the file is loaded
 //
 // The two live in namespaces of their own directly below the language's root, so that loading a file, which clears its
-// namespace, leaves the inline formula alone. A function of another form than these counts as missing: the forces pass
-// addresses, and a function that read them as something else would read astray.
+// namespace, leaves the inline formula alone. A function of another form than these counts as missing.
 
 #include "SW_Simulation.h"
 
@@ -40,14 +39,22 @@ int SW_Simulation::FrictionIndex() const
     return frictionFormula;
 }
 
-bool SW_Simulation::HasFrictionLaw() const
+AK_String SW_Simulation::ReasonAgainstFriction(const AK_String& start) const
 {
-    if (FrictionIndex() != frictionFormula || _formulas.tau) return true;
+    if (FrictionIndex() != frictionFormula || _formulas.tau) return "";
     // A file of that name may have been there when the simulation was saved: not silently another law.
-    AK_MSG("WARNING: simulation " << _id << ": FrictionType '" << _frictionType
-                                  << "' is neither a built-in law nor a formula file without errors"
-                                  << (_formulas.shear ? ", BottomShearStressFormula is used" : ""));
-    return _formulas.shear != nullptr;
+    if (!_namedFormulaFile.IsEmpty())
+        return start +
+               InLanguage("the friction law cannot be loaded from ", "das Reibungsgesetz ist nicht ladbar aus ") +
+               _namedFormulaFile;
+    const AK_String problem = AK_String("FrictionType '") + _frictionType +
+                              InLanguage("' is neither a built-in law nor a formula file without errors",
+                                         "' ist weder ein eingebautes Gesetz noch eine Formeldatei ohne Fehler");
+    if (!_formulas.shear || _bottomShearStressFormula == defaultFormula) return start + problem;
+    AK_MSG("WARNING: simulation " << _id << ": " << problem
+                                  << InLanguage(", BottomShearStressFormula is used",
+                                                ", es gilt BottomShearStressFormula"));
+    return "";
 }
 
 AK_String SW_Simulation::FrictionTypeOptions()
@@ -62,7 +69,9 @@ void SW_Simulation::FrictionType(const AK_String& name)
     _frictionType = name;
     _formulas.tau = nullptr;
     _formulas.entrainment_energy_loss = nullptr;
-    if (FrictionIndex() == frictionFormula) BottomShearStressFormulaFile(AttributeFile(name, "cint", "rheology"));
+    _namedFormulaFile = "";
+    _formulaParameters = "";
+    if (FrictionIndex() == frictionFormula) LoadFormulaFile(AttributeFile(name, "cint", "rheology"));
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -112,14 +121,6 @@ public:
         return errors == 0;
     }
 
-    /// Null if there is no function of that name or it has another form.
-    Symbol* Function(const char* name, const char* result, const char* formals) const
-    {
-        Symbol* function = qvt_sci_FuncPtr(name);
-        if (!qvt_sci_Takes(function, formals)) return nullptr;
-        return std::strcmp(qvt_sci_SymbolDataType(function), result) == 0 ? function : nullptr;
-    }
-
 private:
     AK_ActiveNamespace _root;   // puts back at the end what was active before
     Namespace* _space;
@@ -143,7 +144,7 @@ void SW_Simulation::BottomShearStressFormula(const AK_String& body)
     _formulas.shear = nullptr;
     qvt_sci_DeleteAll();   // a function is not defined twice
     if (space.Parse(nullptr, source.c_str()))
-        _formulas.shear = space.Function("shear", "double", "double,double,double,double");
+        _formulas.shear = AK_FunctionOfForm("shear", "double", {"double,double,double,double"});
     if (!_formulas.shear) {
         AK_MSG("syntax errors in formula!");
         return;
@@ -157,13 +158,14 @@ void SW_Simulation::ForgetFormulas()
     Symbol* const shear = _formulas.shear;   // is no function of the file
     _formulas = SW_FrictionFormulas();
     _formulas.shear = shear;
+    _formulaFile = "";
 }
 
-void SW_Simulation::BottomShearStressFormulaFile(const AK_String& path)
+bool SW_Simulation::LoadFormulaFile(const AK_String& path)
 {
     std::FILE* const file = AK_System::IsDirectory(path) ? nullptr : std::fopen(path.c_str(), "r");
     ForgetFormulas();
-    if (!file) return;
+    if (!file) return false;
     const CodeOf running(this);   // "init" may ask the object, and paths in it begin here
     const FormulaSpace space(_formulaNameSpace);
     qvt_sci_DeleteAll();
@@ -171,30 +173,63 @@ void SW_Simulation::BottomShearStressFormulaFile(const AK_String& path)
     std::fclose(file);
     if (!parsed) {
         AK_MSG("ERROR: syntax errors in " << path);
-        return;
+        return false;
     }
     static constexpr const char* lossFormals =
         "double,double,double,double,double,double[],double[],double,double,double,double";
-    _formulas.tau = space.Function("tau", "double", "double,double,double,double,double,double[],double[],double");
-    _formulas.ku = qvt_sci_FuncPtr("ku");
-    _formulas.kv = qvt_sci_FuncPtr("kv");
-    _formulas.set_par = space.Function("set_par", "void", "char[]");
-    _formulas.get_par = space.Function("get_par", "void", "char[]");
-    _formulas.entrainment_energy_loss = space.Function("entrainment_energy_loss", "double", lossFormals);
-    if (!_formulas.tau) {
+    SW_FrictionFormulas found;
+    found.tau = AK_FunctionOfForm("tau", "double", {"double,double,double,double,double,double[],double[],double"});
+    if (!found.tau) {   // nothing of such a file is used
         AK_MSG("ERROR: function tau missing in " << path);
-        return;
+        return false;
     }
+    found.shear = _formulas.shear;
+    found.ku = qvt_sci_FuncPtr("ku");
+    found.kv = qvt_sci_FuncPtr("kv");
+    found.set_par = AK_FunctionOfForm("set_par", "void", {"char[]"});
+    found.get_par = AK_FunctionOfForm("get_par", "void", {"char[]"});
+    found.entrainment_energy_loss = AK_FunctionOfForm("entrainment_energy_loss", "double", {lossFormals});
+    _formulas = found;
     AK_MSG("syntax OK, using " << path);
     qvt_sci_InitAll();
-    if (Symbol* init = space.Function("init", "void", "")) qvt_sci_Call(init);
+    if (Symbol* init = AK_FunctionOfForm("init", "void", {""})) qvt_sci_Call(init);
     _formulaFile = path;
+    return true;
+}
+
+// The directory in which the program runs later may be another one.
+static AK_String FromRootOfFiles(const AK_String& path)
+{
+    return path.StartsWith("/") ? path : AK_System::CurrentWorkingDirectory() + "/" + path;
+}
+
+void SW_Simulation::BottomShearStressFormulaFile(const AK_String& path)
+{
+    _formulaParameters = "";
+    _namedFormulaFile = path.IsEmpty() ? path : FromRootOfFiles(path);
+    LoadFormulaFile(path);
 }
 
 AK_String SW_Simulation::BottomShearStressFormulaFile() const { return _formulaFile.BaseName(); }
 
+void SW_Simulation::FormulaFilePath(const AK_String& path)
+{
+    if (path.IsEmpty()) return;
+    _namedFormulaFile = FromRootOfFiles(path);
+    _formulaParameters = "";
+    if (!LoadFormulaFile(_namedFormulaFile))
+        AK_MSG("WARNING: simulation " << _id << ": "
+                                      << InLanguage("the friction law cannot be loaded from ",
+                                                    "das Reibungsgesetz ist nicht ladbar aus ")
+                                      << _namedFormulaFile);
+}
+
+AK_String SW_Simulation::FormulaFilePath() const { return _namedFormulaFile; }
+
 AK_String SW_Simulation::FormulaParameters() const
 {
+    // Where the file of a law is missing its parameters are kept for the day when it is back.
+    if (!_formulas.tau && FrictionIndex() == frictionFormula) return _formulaParameters;
     if (!_formulas.tau || !_formulas.get_par) return "";
     const CodeOf running(this);
     return CallWithText(_formulas.get_par, "");
@@ -202,6 +237,7 @@ AK_String SW_Simulation::FormulaParameters() const
 
 void SW_Simulation::FormulaParameters(const AK_String& text)
 {
+    if (FrictionIndex() == frictionFormula) _formulaParameters = text;
     if (!_formulas.tau || !_formulas.set_par) return;
     const CodeOf running(this);
     CallWithText(_formulas.set_par, text);

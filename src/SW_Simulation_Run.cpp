@@ -7,11 +7,13 @@
 //   .simulation_status   started (by RunInBackground), running, finished, interrupted
 //   .simulation_info     at time 35.4 s, run time 0:0:12, estimated remaining run time 0:0:22, CPU time 0:0:12
 //
-// A run that was killed leaves "running" behind: setting `Interrupt` tells that it is none any more.
+// Behind "started", "running" and the "interrupted" of a run that still has to see it stands the process, by its id and
+// the time of its start. So a run whose process was killed is known for what it is: interrupted. A word without a
+// process, as older programs wrote it, is believed.
 
-#include "SW_Simulation.h"
+#include "SW_Simulation_Release.h"
 
-#include "SW_InitialCondition.h"
+#include "AK_Basic_NewFile.h"
 #include "SW_SourceLine.h"
 
 #include <chrono>
@@ -34,12 +36,7 @@ AK_String SW_Simulation::StatusFile(const char* name) const
 // A directory that is gone is no reason to end a run, and the next file of results tells of it.
 static void ReplaceLine(const AK_String& path, const AK_String& line)
 {
-    const AK_String temporary = AK_System::TemporaryName(path);
-    std::FILE* file = std::fopen(temporary.c_str(), "w");
-    if (!file) return;
-    std::fprintf(file, "%s\n", line.c_str());
-    const bool written = !std::ferror(file);
-    if (std::fclose(file) == 0 && written) AK_System::RenameFile(temporary, path);
+    AK_WriteFile(path, [&](std::FILE* file) { std::fprintf(file, "%s\n", line.c_str()); });
 }
 
 static AK_String FirstLine(const AK_String& path)
@@ -52,16 +49,55 @@ static AK_String FirstLine(const AK_String& path)
     return line;
 }
 
+namespace {
+
+/// The status file as it stands: a word, and the process that wrote it.
+struct StatusLine {
+    AK_String word = "unknown";
+    AK_String process;   // "" for none
+
+    explicit StatusLine(const AK_String& line)
+    {
+        char text[64];
+        int length = 0;
+        if (std::sscanf(line.c_str(), "%63s %n", text, &length) != 1) return;
+        word = text;
+        process = line.c_str() + length;
+    }
+    bool IsUnderWay() const { return word == "started" || word == "running"; }
+    bool ProcessIsGone() const { return !process.IsEmpty() && !AK_System::ProcessLives(process); }
+};
+
+}   // namespace
+
 AK_String SW_Simulation::Status() const
 {
-    char word[64];
-    return std::sscanf(FirstLine(StatusFile(".simulation_status")).c_str(), "%63s", word) == 1 ? word : "unknown";
+    const StatusLine line(FirstLine(StatusFile(".simulation_status")));
+    return line.IsUnderWay() && line.ProcessIsGone() ? AK_String("interrupted") : line.word;
+}
+
+bool SW_Simulation::AnotherProcessRuns() const
+{
+    const StatusLine line(FirstLine(StatusFile(".simulation_status")));
+    return AK_System::ProcessLives(line.process) && !AK_System::ProcessIsOurs(line.process);
 }
 
 AK_String SW_Simulation::StatusInfo() const { return FirstLine(StatusFile(".simulation_info")); }
-void SW_Simulation::SetStatus(const char* word) const { ReplaceLine(StatusFile(".simulation_status"), word); }
 void SW_Simulation::SetStatusInfo(const AK_String& line) const { ReplaceLine(StatusFile(".simulation_info"), line); }
-void SW_Simulation::Interrupt() { SetStatus("interrupted"); }
+
+void SW_Simulation::SetStatus(const char* word) const
+{
+    AK_String line = word;
+    if (StatusLine(line).IsUnderWay()) line = line + " " + AK_System::ProcessMark();
+    ReplaceLine(StatusFile(".simulation_status"), line);
+}
+
+void SW_Simulation::Interrupt()
+{
+    const StatusLine line(FirstLine(StatusFile(".simulation_status")));
+    const bool runs = !line.process.IsEmpty() && !line.ProcessIsGone();
+    ReplaceLine(StatusFile(".simulation_status"), runs ? AK_String("interrupted ") + line.process : "interrupted");
+}
 
 // ----------------------------------------------------------------------------------------------------------------
 // What can be started
@@ -84,109 +120,41 @@ AK_String SW_Simulation::ContinueVis() const
     return PsaCurrentRestartFile().IsEmpty() ? "r" : "w";
 }
 
-bool SW_Simulation::MayRelease(const char* english, const char* german) const
-{
-    if (HasRelease()) return true;
-    AK_MSG(InLanguage(english, german));
-    return false;
-}
-
-namespace {
-
-/// A parameter with which there is no run, and why.
-struct Refusal {
-    bool holds;
-    const char* attribute;
-    const char* english;
-    const char* german;
-};
-
-}   // namespace
-
-bool SW_Simulation::ParametersAllowRun() const
-{
-    const double farthest = std::max(std::fabs(_endTime), std::fabs(_currentTime));   // s
-    int numThreads = 0;
-    AK_FromText(numThreads, VariableValue("$n_threads"));
-    const Refusal refusals[] = {
-        {!(_deltaT > 0), "DeltaT", "must be above 0", "muss groesser als 0 sein"},
-        {!std::isfinite(_endTime), "EndTime", "must be a number", "muss eine Zahl sein"},
-        {farthest + _deltaT == farthest, "DeltaT", "is too small to change the time", "ist zu klein fuer die Zeit"},
-        {farthest / _deltaT >= INT_MAX / 2, "DeltaT", "makes too many steps", "ergibt zu viele Schritte"},
-        {!(_deltaOut >= _deltaT / 2), "DeltaOut", "must be at least half of DeltaT",
-         "muss mindestens die Haelfte von DeltaT sein"},
-        {numThreads < 0 || numThreads > 256, "$n_threads", "must be from 0 to 256", "muss von 0 bis 256 sein"},
-        {_secondaryReleaseAreas->NumComponents() > 255, "SecondaryReleaseAreas", "must be 255 at most",
-         "duerfen hoechstens 255 sein"},
-    };
-    for (const Refusal& refusal : refusals) {
-        if (!refusal.holds) continue;
-        AK_MSG("WARNING: simulation " << Id() << InLanguage(" is not started: ", " wird nicht gestartet: ")
-                                      << refusal.attribute << " " << InLanguage(refusal.english, refusal.german));
-        return false;
-    }
-    return true;
-}
-
-// Sources count their particles in units of the mass per particle.
-bool SW_Simulation::SourcesHaveParticleMass() const
-{
-    const bool hasSource = _sourceLines->NumComponents() > 0 || PointSourceStrength() > 0;
-    if (!hasSource || _massPerParticle > 0) return true;
-    AK_MSG("WARNING: simulation " << Id() << InLanguage(" is not started: ", " wird nicht gestartet: ")
-                                  << "MassPerParticle "
-                                  << InLanguage("must be above 0 where there is a source",
-                                                "muss groesser als 0 sein, wo es eine Quelle gibt"));
-    return false;
-}
-
-bool SW_Simulation::HasPlaceToRun() const
-{
-    if (!_mesh || _mesh->NumCells() == 0) {
-        AK_MSG("INFO: simulation " << Id() << " has no valid mesh assigned!");
-        return false;
-    }
-    if (ProjectDir().IsEmpty()) {
-        if (IsCoupled()) {
-            AK_MSG("WARNING: Save project first!");
-            return false;
-        }
-        AK_MSG("WARNING: Save project first, otherwise output data cannot be saved!");
-    }
-    if (!_mesh->IsCartesian() && !_mesh->IsHoneyComb())
-        AK_MSG(InLanguage("WARNING: The simulation mesh should be a regular grid!",
-                          "WARNING: Das Simulationsnetz sollte ein regelmaessiges Gitter sein!")
-               << " " << _mesh->Id() << InLanguage(" is none!", " ist keines!"));
-    return true;
-}
-
 // ----------------------------------------------------------------------------------------------------------------
 // Run and Continue
 // ----------------------------------------------------------------------------------------------------------------
 
 void SW_Simulation::Run(const AK_String&)
 {
-    if (ProjectDir().IsEmpty()) {
+    if (ProjectDir().IsEmpty() && !IsCoupled())
         AK_MSG(InLanguage("WARNING: Save project first!", "WARNING: Zuerst Projekt speichern!"));
-        if (IsCoupled()) return;
-    }
-    if (!MayRelease("INFO: No release areas defined! Simulation will not be started!",
-                    "INFO: Keine Anbruchgebiete definiert! Simulation wird nicht gestartet!"))
+    Release release;
+    if (!MayRun(true,
+                InLanguage("INFO: No release areas defined! Simulation will not be started!",
+                           "INFO: Keine Anbruchgebiete definiert! Simulation wird nicht gestartet!"),
+                release))
         return;
     AK_MSG("running simulation " << Id() << "...");
     if (!ProjectDir().IsEmpty() && ExecTime("LoadFinalize") < ModificationTime()) SaveProject("");
-    _currentTime = 0;
-    RunToEnd();
+    RunToEnd(&release);
+}
+
+bool SW_Simulation::StartsAfresh() const
+{
+    return _currentTime < _deltaT / 2 || _particles->NumParticles() == 0 || MeshHasChanged();
 }
 
 void SW_Simulation::Continue(const AK_String&)
 {
+    const bool afresh = StartsAfresh();
+    Release release;
+    if (!MayRun(afresh, nullptr, release)) return;
     int current;
     if (_particles->NumParticles() == 0 && TimeStepInfo(current).Size() > 0)
         AK_MSG("WARNING: simulation " << Id()
                                       << InLanguage(" has time steps, but none is loaded: it starts afresh!",
                                                     " hat Zeitschritte, aber keiner ist geladen: sie beginnt neu!"));
-    RunToEnd();
+    RunToEnd(afresh ? &release : nullptr);
 }
 
 namespace {
@@ -223,17 +191,23 @@ struct SW_Simulation::RunState {
     AK_String trouble{};                   // the first error of the run, told when it is over
 };
 
-void SW_Simulation::RunToEnd()
+void SW_Simulation::TellDoubts() const
 {
-    ForgetStateOfChangedMesh();
+    if (ProjectDir().IsEmpty()) AK_MSG("WARNING: Save project first, otherwise output data cannot be saved!");
+    if (!_mesh->IsCartesian() && !_mesh->IsHoneyComb())
+        AK_MSG(InLanguage("WARNING: The simulation mesh should be a regular grid!",
+                          "WARNING: Das Simulationsnetz sollte ein regelmaessiges Gitter sein!")
+               << " " << _mesh->Id() << InLanguage(" is none!", " ist keines!"));
+}
+
+void SW_Simulation::RunToEnd(const Release* release)
+{
+    TellDoubts();
     RunState run;
-    run.t0 = _currentTime;
-    run.end = _endTime;
-    if (!HasPlaceToRun() || !ParametersAllowRun() || !HasFrictionLaw() || !PrepareRun(run)) {
-        if (Status() == "started") SetStatus("finished");   // a background run that ends before it has begun
-        return;
-    }
+    PrepareRun(run, release);
     if (std::fabs(std::fmod(_currentTime, _deltaOut)) < _deltaT / 2) ShowAndSave(run);
+    // A saved state does not count its own step yet: the loop saves first.
+    _peakKineticEnergy = std::max(_peakKineticEnergy, _particles->TotalKineticEnergy());
     SetStatus("running");
     SetStatusInfo(AK_String("at time ") + AK_String(_currentTime, "%.15g") + "s");
     _particles->SizeScratch(int(long(_particles->NumParticles()) * 6 / 5));
@@ -258,25 +232,25 @@ void SW_Simulation::RunToEnd()
     FinishRun(run);
 }
 
-bool SW_Simulation::PrepareRun(RunState& run)
+void SW_Simulation::PrepareRun(RunState& run, const Release* release)
 {
+    ForgetStateOfChangedMesh();
     _massOffMesh = 0;
-    if (run.t0 < _deltaT / 2 || _particles->NumParticles() == 0) {
-        if (!Initialize()) return false;
-        run.t0 = _currentTime;
+    _particlesLost = 0;
+    _longStepIsReported = false;
+    if (release) {
+        StartFrom(*release);
         _peakKineticEnergy = 0;
-        // The mass per particle is now that of the particles: a run that goes on in another process splits by it.
-        if (!ProjectDir().IsEmpty()) SaveAttributes(ProjectDir() + "/" + Type() + ".atr");
-        run.trouble = _execStatus;
     }
-    if (!SourcesHaveParticleMass()) return false;
+    run.t0 = _currentTime;
+    run.end = _endTime;
     ComputeEarthPressureCoefficients();
     UpdateCellResistances();
     UpdateWallLines(run.wallCells);
     for (int i = _sourceLines->NumComponents() - 1; i >= 0; --i) _sourceLines->Line(i)->ProjectOnto(_mesh);
     _bottomPressure->SetMesh(_mesh);
     RemoveObsoleteTimeStepFiles();
-    return true;
+    run.trouble = _execStatus;
 }
 
 void SW_Simulation::ShowAndSave(RunState& run)
@@ -337,6 +311,12 @@ void SW_Simulation::FinishRun(const RunState& run)
             "WARNING: " << _massOffMesh
                         << InLanguage(" kg have left the mesh: the flow goes on beyond the terrain!",
                                       " kg haben das Netz verlassen: die Lawine fliesst ueber das Gelaende hinaus!"));
+    if (_particlesLost > 0)
+        AK_MSG("WARNING: " << _particlesLost
+                           << InLanguage(" particles had a place or speed that is no number and were taken away: look "
+                                         "at the friction law and at heights of the terrain!",
+                                         " Teilchen hatten Ort oder Geschwindigkeit, die keine Zahl ist, und wurden "
+                                         "entfernt: Reibungsgesetz und Hoehen des Gelaendes pruefen!"));
     AK_MSG("simulation " << Id() << " terminated; CPU time " << run.watch.Cpu() << " sec");
     _execStatus = run.trouble;
 }

@@ -244,14 +244,46 @@ void SW_Simulation::LayDownBottomPressure()
 // What lies off the mesh, and what is too light to count. With a powder part above also at its own steps.
 void SW_Simulation::RemoveParticles(double t)
 {
+    static constexpr int fewParticles = 5;                  // that become light for ordinary reasons in one step
     static constexpr double lightest = 0.01;                // of the mass per particle
     static constexpr double onItsStep = 0.01;               // of the step
     const double threshold = lightest * _massPerParticle;   // kg
-    _massOffMesh += _particles->RemoveUnlocatedParticles(threshold);
+    const auto remove = [&] {
+        const SW_Particles::Removal removal = _particles->RemoveUnlocatedParticles(threshold);
+        _massOffMesh += removal.massOffMesh;
+        _particlesLost += removal.numNoNumber;
+        if (removal.numTooLight > fewParticles)
+            AK_MSG("WARNING: " << removal.numTooLight
+                               << InLanguage(" particles of together ", " Teilchen von zusammen ")
+                               << removal.massTooLight
+                               << InLanguage(" kg are removed, lighter than ", " kg werden entfernt, leichter als ")
+                               << threshold
+                               << InLanguage(" kg, a hundredth of MassPerParticle",
+                                             " kg, ein Hundertstel von MassPerParticle"));
+    };
+    remove();
     if (_interactionTypeWithFluidAbove == "none") return;
     const double steps = t / _particlesTimeStep;
-    if (std::fabs(steps - std::trunc(steps + 0.5)) < onItsStep)
-        _massOffMesh += _particles->RemoveUnlocatedParticles(threshold);
+    if (std::fabs(steps - std::trunc(steps + 0.5)) < onItsStep) remove();
+}
+
+// With such steps particles jump over walls and terrain, and the flow becomes ragged.
+void SW_Simulation::ReportLongStep(double dt)
+{
+    static constexpr double mostCells = 2;   // in one step
+    if (_longStepIsReported) return;
+    const double cellSize = _mesh->Resolution();        // m
+    const double fastest = mostCells * cellSize / dt;   // m/s
+    for (int i = 0; i < _particles->NumParticles() && !_longStepIsReported; ++i) {
+        const double speed = Length(AK_Vec2(_particles->Velocity()._values[i]));   // m/s, in plan
+        if (!(speed > fastest)) continue;
+        const AK_Vec& place = _particles->Position()._x[i];
+        AK_MSG("WARNING: " << InLanguage("a particle moves ", "ein Teilchen bewegt sich in einem Zeitschritt um ")
+                           << speed * dt << InLanguage(" m in one step, at ", " m, bei ") << place.x << " " << place.y
+                           << InLanguage(": more than two cells; DeltaT should be smaller",
+                                         ": mehr als zwei Zellen; DeltaT sollte kleiner sein"));
+        _longStepIsReported = true;
+    }
 }
 
 // Processor time since `start`: with workers the sum of theirs.
@@ -332,6 +364,7 @@ void SW_Simulation::ComputeTimeStep(double t, double dt, AK_List<unsigned char>&
 
     start = std::clock();
     RemoveParticles(t);
+    ReportLongStep(dt);
     AddParticlesFromSources(t, dt);
     SplitParticles();
     LogTiming(verbose, "particles removal/splitting ", start);

@@ -7,19 +7,24 @@
 //   "SW_Simulation::TimeStep:end"    older files end here
 //   <tag> <record>                   the block of enthalpies
 //   "SW_Simulation_Enthalpy::TimeStep:end"
+//   "SW_Simulation:MassPerParticle"  a double, kg: by it particles are split and removed; older files lack it
 //
 // A tag is a string of AK_Stream. A reader takes the records of a block in any order. Flow depth and velocity on the
 // mesh are not stored: the particles give them. A step appears under its name only when it is whole.
 
 #include "SW_Simulation.h"
 
+#include "AK_Basic_NewFile.h"
+
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 static constexpr const char* extension = "TimeStep";
 static constexpr const char* startTag = "SW_Simulation::TimeStep:v0";
 static constexpr const char* endTag = "SW_Simulation::TimeStep:end";
 static constexpr const char* enthalpyEndTag = "SW_Simulation_Enthalpy::TimeStep:end";
+static constexpr const char* massTag = "SW_Simulation:MassPerParticle";
 
 // ----------------------------------------------------------------------------------------------------------------
 // Names
@@ -139,7 +144,10 @@ bool SW_Simulation::WriteTimeStep(AK_Stream& stream) const
         return !stream.Failed();
     };
     stream.Write(AK_String(startTag));
-    return SaveDataTo(stream) == 0 && writeBlock(false, endTag) && writeBlock(true, enthalpyEndTag);
+    if (SaveDataTo(stream) != 0 || !writeBlock(false, endTag) || !writeBlock(true, enthalpyEndTag)) return false;
+    stream.Write(AK_String(massTag));
+    stream.Write(_massPerParticle);
+    return !stream.Failed();
 }
 
 void SW_Simulation::SaveTimeStep(const AK_String&)
@@ -147,17 +155,14 @@ void SW_Simulation::SaveTimeStep(const AK_String&)
     if (ProjectDir().IsEmpty()) return;
     const AK_String name = TimeStepFileName(_currentTime);
     const AK_String path = TimeStepPath(ProjectDir(), name);
-    const AK_String temporary = AK_System::TemporaryName(path);
     AK_MSG("saving time step data to " << path << "...");
-    AK_Stream stream(temporary, "wb");
-    if (stream._status != 0) {
-        _execStatus = IdAbs() + " cannot open " + path;
-        return;
-    }
-    const bool written = WriteTimeStep(stream);
-    stream.Close();
-    if (!written || stream._status != 0 || AK_System::RenameFile(temporary, path) != 0) {
-        _execStatus = IdAbs() + " cannot save timestep data";
+    bool opened = false;
+    const bool written = AK_WriteRecord(path, [&](AK_Stream& stream) {
+        opened = true;
+        return WriteTimeStep(stream);
+    });
+    if (!written) {
+        _execStatus = opened ? IdAbs() + " cannot save timestep data" : IdAbs() + " cannot open " + path;
         return;
     }
     _currentTimeStep = name;   // what a project that is saved now comes back with
@@ -181,6 +186,32 @@ bool SW_Simulation::ReadTimeStepBlock(AK_Stream& stream, bool enthalpies, const 
             if (tag == row.tag && row.ofEnthalpyBlock == enthalpies) known = &row;
         if (!known || known->load(*this, stream) != 0) return false;
     }
+}
+
+// The mass per particle of the run that the state belongs to; 0 where an older file does not tell it.
+static bool ReadMassPerParticle(AK_Stream& stream, double& mass)
+{
+    mass = 0;
+    if (stream.Remaining() == 0) return true;
+    AK_String tag;
+    stream.Read(tag);
+    if (stream.Failed() || !(tag == massTag)) return false;
+    stream.Read(mass);
+    return !stream.Failed() && std::isfinite(mass) && mass >= 0;
+}
+
+// The attribute may be that of another run: this one's if particles of about that mass are there, else their mean.
+void SW_Simulation::TakeMassPerParticleOfState(double recorded)
+{
+    static constexpr double mostOfMean = 2;                        // what is heavier is split
+    if (_massPerParticleDeterminationMethod == "direct") return;   // the user gives it
+    if (recorded > 0) {
+        _massPerParticle = recorded;
+        return;
+    }
+    if (_particles->NumParticles() == 0) return;
+    const double mean = _particles->TotalMass() / _particles->NumParticles();   // kg
+    if (!(_massPerParticle > mean / mostOfMean && _massPerParticle < mean * mostOfMean)) _massPerParticle = mean;
 }
 
 static bool IsFinite(float value) { return std::isfinite(value); }
@@ -226,34 +257,50 @@ void SW_Simulation::ForgetState()
     LoadFinalizePriv();
 }
 
-void SW_Simulation::LoadTimeStep(const AK_String& name)
+bool SW_Simulation::ReadTimeStep(const AK_String& name)
 {
-    if (name.IsEmpty()) return;
     const AK_String path = TimeStepPath(ProjectDir(), name);
     AK_Stream stream(path, "rb");
     if (stream._status != 0) {
         AK_MSG("INFO:cannot open " << path);
-        return;
+        return false;
     }
     AK_MSG("loading time step data from " << path);
     AK_String tag;
     stream.Read(tag);
     if (!(tag == startTag)) {
         _execStatus = IdAbs() + " cannot load basic data";
-        return;
+        return false;
     }
     // Older files end behind the first block; what they lack stays as it was.
+    double massPerParticle = 0;   // kg
     const bool loaded = LoadDataFrom(stream) == 0 && ReadTimeStepBlock(stream, false, endTag) &&
                         (stream.Remaining() == 0 || ReadTimeStepBlock(stream, true, enthalpyEndTag)) &&
-                        TimeStepIsSound();
+                        ReadMassPerParticle(stream, massPerParticle) && TimeStepIsSound();
     if (!loaded) {
         ForgetState();
         _execStatus = IdAbs() + " cannot load timestep data";
-        return;
+        return false;
     }
     AK_MSG(path << " done.");
     _currentTimeStep = name;
     LoadFinalizePriv();
+    TakeMassPerParticleOfState(massPerParticle);
+    return true;
+}
+
+// A simulation that is loaded comes without its state rather than not at all: scenario and parameters are there, and
+// what follows in the project.
+void SW_Simulation::LoadTimeStep(const AK_String& name)
+{
+    if (name.IsEmpty() || ReadTimeStep(name) || !_isBeingLoaded) return;
+    AK_MSG("WARNING: simulation " << _id
+                                  << InLanguage(" is loaded without its state: time step ",
+                                                " wird ohne ihren Stand geladen: Zeitschritt ")
+                                  << name
+                                  << InLanguage(" cannot be read or is of another mesh",
+                                                " ist nicht lesbar oder von einem anderen Netz"));
+    _execStatus = "";
 }
 
 void SW_Simulation::LoadFinalizePriv()
@@ -318,19 +365,25 @@ void SW_Simulation::LoadLastTimeStep()
 
 void SW_Simulation::Time(const AK_String& time)
 {
-    double t = 0;
-    AK_FromText(t, time);
-    LoadTimeStep(TimeStepFileName(t));
+    char* end;
+    const double t = std::strtod(time.c_str(), &end);   // s
+    if (end != time.c_str() && !*end && std::isfinite(t))
+        LoadTimeStep(TimeStepFileName(t));
+    else
+        _execStatus = AK_String("'") + time + InLanguage("' is no time in s", "' ist keine Zeit in s");
 }
 
 // ----------------------------------------------------------------------------------------------------------------
 // Removing and copying
 // ----------------------------------------------------------------------------------------------------------------
 
+// One that stays would be taken for a state of a run that it is not of.
 static void RemoveTimeStep(const AK_String& path)
 {
     AK_MSG("removing " << path);
-    AK_System::RemoveFile(path);
+    if (AK_System::RemoveFile(path) == 0) return;
+    AK_MSG("WARNING: " << path << InLanguage(" cannot be removed", " laesst sich nicht entfernen"));
+    AK_Object::_execStatus = AK_String("cannot remove ") + path;
 }
 
 void SW_Simulation::DeleteTimesteps(const AK_String& mode)
@@ -356,12 +409,6 @@ void SW_Simulation::RemoveObsoleteTimeStepFiles() const
         if (TimeStepFromName(name) > _currentTime + _deltaT / 2) RemoveTimeStep(TimeStepPath(ProjectDir(), name));
 }
 
-static bool CopyWhole(const AK_String& from, const AK_String& to)
-{
-    const AK_String temporary = AK_System::TemporaryName(to);
-    return AK_System::CpyFile(from, temporary) == 0 && AK_System::RenameFile(temporary, to) == 0;
-}
-
 // A project that goes to another directory takes its time steps along.
 bool SW_Simulation::BringTimeStepsFrom(const AK_String& oldDirectory) const
 {
@@ -373,13 +420,13 @@ bool SW_Simulation::BringTimeStepsFrom(const AK_String& oldDirectory) const
     for (const AK_String& file : AK_System::FilesList(from, extension)) {
         const AK_String source = from + "/" + file, target = to + "/" + file;
         AK_MSG("copying " << source << " to " << target << "...");
-        if (!CopyWhole(source, target)) return false;
+        if (!AK_CopyWhole(source, target)) return false;
         copied = true;
     }
     if (!copied) return true;
     SetStatus("finished");
     const AK_String log = from + "/start.log";
-    return !AK_System::FileExists(log) || CopyWhole(log, to + "/start.log");
+    return !AK_System::FileExists(log) || AK_CopyWhole(log, to + "/start.log");
 }
 
 int SW_Simulation::SaveData(AK_Stream& stream) const

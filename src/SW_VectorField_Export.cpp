@@ -24,7 +24,7 @@ void SW_VectorField::ExportValues(const AK_String& path)
     if (!_mesh || _values.Size() != WantedSize()) return;
     AK_MSG("writing values to file '" << path << "'");
     Convert();
-    const bool written = SW_WriteTextFile(path, [&](std::FILE* file) {
+    const bool written = AK_WriteFile(path, [&](std::FILE* file) {
         for (int i = 0; i < _values.Size(); ++i)
             if (Length(_values[i]) >= double(_minDisplayedValue)) SW_WriteRow(file, Location(i), _values[i]);
     });

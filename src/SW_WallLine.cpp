@@ -24,6 +24,7 @@ static AK_String TextOfNumbers(const AK_List<double>& numbers)
 }
 
 // Numbers with the list separator or blanks between them. False, with a status and nothing changed, for anything else.
+// "nan" and "inf" are taken, as heights over ground that has none: what was saved is to load.
 static bool NumbersFromText(AK_List<double>& numbers, const AK_String& text)
 {
     AK_List<AK_String> pieces(1);
@@ -33,7 +34,7 @@ static bool NumbersFromText(AK_List<double>& numbers, const AK_String& text)
         for (const char* s = piece.c_str(); s[std::strspn(s, " ")];) {
             char* end = nullptr;
             const double number = std::strtod(s, &end);
-            if (end == s || !IsCoordinate(number)) {
+            if (end == s) {
                 AK_Object::_execStatus = AK_String("'") + text + "' is no list of numbers";
                 return false;
             }
@@ -200,10 +201,20 @@ AK_Vec SW_WallLine::Foot(int i, const SW_Mesh& mesh, int cell) const
     return foot;
 }
 
+void SW_WallLine::WarnOfNoNumbers() const
+{
+    const auto isNone = [](double number) { return !IsCoordinate(number); };
+    if (std::any_of(_heights.begin(), _heights.end(), isNone) || std::any_of(_slopes.begin(), _slopes.end(), isNone))
+        AK_MSG("WARNING:" << IdAbs()
+                          << InLanguage(": heights or slopes of the wall are no numbers or too large",
+                                        ": Hoehen oder Neigungen der Wand sind keine Zahlen oder zu gross"));
+}
+
 void SW_WallLine::UpdateTangentsAndNormals()
 {
     _tangents.Clear();
     _footLine._x.Clear();
+    WarnOfNoNumbers();
     const SW_Mesh* mesh = BaseMesh();
     if (!mesh) return;
     UpdateTangents();
@@ -236,6 +247,7 @@ bool SW_WallLine::GetIntersection(const AK_Vec& a, const AK_Vec& b, AK_Vec& foot
         if (!LinesIntersect(a, b, x[k - 1], x[k], s)) continue;
         foot = (1 - s) * x[k - 1] + s * x[k];
         crown = (1 - s) * Crown(k - 1) + s * Crown(k);
+        if (!AreCoordinates(crown)) continue;   // a wall whose height is no number there stops nothing
         tangent = Normalized(s * _tangents[k] + _tangents[k - 1]);   // lopsided, as results of this model have it
         return true;
     }

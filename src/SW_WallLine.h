@@ -52,6 +52,7 @@ private:
     AK_String SlopeAngleAtCurrentVertex() const;
     void SetSlopeAngleAtCurrentVertex(const AK_String& text);
     void UpdateTangents();
+    void WarnOfNoNumbers() const;
     AK_Vec Foot(int i, const SW_Mesh& mesh, int cell) const;
 
     AK_List<double> _heights{1};   // m, absolute; taken in turn by the vertices when there are fewer

@@ -128,6 +128,18 @@ TEST(AK_System, RunsCommands)
 }
 
 // The numbers come from the recurrence, evaluated with Python's integers.
+TEST(AK_System, QuotesAnythingForTheShell)
+{
+    TemporaryDirectory directory;
+    const AK_String file = directory / "said";
+    for (const char* text : {"plain", "", "two  words", "it's", "\"", "\\", "\\\\\"", "`exit 3`", "$(exit 3)", "$HOME",
+                             "a\nb", "-n;#&|<>*?~!"}) {
+        const AK_String command = AK_String("printf %s ") + AK_System::ShellQuoted(text) + " > ";
+        EXPECT_EQ(AK_System::Command((command + AK_System::ShellQuoted(file)).c_str(), "", 0, 0), 0) << text;
+        EXPECT_EQ(FileBytes(file), text);
+    }
+}
+
 TEST(AK_System, DrawsTheSameNumbersEverywhere)
 {
     const struct {

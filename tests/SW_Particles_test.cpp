@@ -154,7 +154,7 @@ TEST_F(Particles, AreAddedOnTheSurfaceSplitAtOnePointAndRemovedWithAllTheyCarry)
         AddAt(22, 1);
         AddAt(32, 0.5);   // at the limit: goes as well
         particles->cell[1] = -1;
-        EXPECT_EQ(particles->RemoveUnlocatedParticles(0.5), 2);   // kg off the mesh
+        EXPECT_EQ(particles->RemoveUnlocatedParticles(0.5).massOffMesh, 2);   // kg off the mesh
         ExpectConsistentLists();
         ASSERT_EQ(particles->NumParticles(), 4);
         for (int i = 0; i < 4; ++i)

@@ -289,7 +289,8 @@ TEST_F(SW_SimulationProject, StartFilesAndBatchesNameTheirSimulations)
                   "set(\"Project/Simulations/avalanche\", \"LoadProject\", \"\")\n"
                   "set(\"Project/Simulations/avalanche\", \"Run\", \"\")\n");
     EXPECT_EQ(FileBytes((dir + "start.bat").c_str()),
-              "\"korvo\" -offscreen \"" + dir + "start.macro\" > \"" + dir + "start.log\"\n");
+              std::string("cd \"") + AK_System::CurrentWorkingDirectory().c_str() +
+                  "\" || exit\n\"korvo\" -offscreen \"" + dir + "start.macro\" > \"" + dir + "start.log\"\n");
 
     simulations->Set("StartActive", "0=1;1=1");
     EXPECT_EQ(AK_Object::_execStatus,

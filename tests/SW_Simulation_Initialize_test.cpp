@@ -183,6 +183,29 @@ TEST_F(SW_Initialize, AMeshOfDepthsFillsWhatNoAreaCovers)
     EXPECT_NEAR(Number("CurrentMass"), 40000, 0.01);
 }
 
+TEST_F(SW_Initialize, WarnsIfTheAreasHoldMoreThanTheirCells)
+{
+    OnMesh(20, 20, cellSize, Flat);
+    const struct {
+        AK_Vec2 from, to;
+        bool warns;
+    } cases[] = {{{20, 20}, {40, 40}, false}, {{20, 20}, {41, 41}, true}, {{-20, 20}, {40, 40}, true}};
+    for (const auto& c : cases) {
+        sim->ReleaseAreas().DeleteAll();
+        Release(c.from, c.to, 2);
+        Messages();
+        ASSERT_TRUE(sim->Initialize());
+        EXPECT_EQ(Said("WARNING: simulation avalanche: the release areas hold "), c.warns) << c.to.x;
+    }
+    sim->ReleaseAreas().DeleteAll();
+    Release({20, 20}, {40, 40}, 2);
+    Snow(sim->ReleaseAreas(), "again", {20, 20}, {40, 40}, 1);
+    Messages();
+    ASSERT_TRUE(sim->Initialize());
+    EXPECT_TRUE(
+        Said("WARNING: simulation avalanche: the release areas hold 240000 kg, their cells of the mesh 80000 kg"));
+}
+
 TEST_F(SW_Initialize, WhatCannotStartSaysSo)
 {
     EXPECT_TRUE(sim->Initialize());   // no mesh: nothing happens
@@ -197,10 +220,9 @@ TEST_F(SW_Initialize, WhatCannotStartSaysSo)
     } cases[] = {
         {"DeltaDepthPerParticle", "1e-15", 2, false, "WARNING: simulation avalanche is not started: MassPerParticle"},
         {"DeltaDepthPerParticle", "nan", 2, false, "WARNING: simulation avalanche is not started: MassPerParticle"},
-        {"DeltaDepthPerParticle", "0", 2, true,
-         "WARNING: simulation avalanche: MassPerParticle 0 kg makes no particle"},
-        {"DeltaDepthPerParticle", "-1", 2, true, "WARNING: simulation avalanche: MassPerParticle -5000 kg makes no"},
-        {"DeltaDepthPerParticle", "0.5", 0, true, ""},
+        {"DeltaDepthPerParticle", "0", 2, false, "WARNING: simulation avalanche is not started: MassPerParticle"},
+        {"DeltaDepthPerParticle", "-1", 2, false, "WARNING: simulation avalanche is not started: MassPerParticle"},
+        {"DeltaDepthPerParticle", "0.5", 0, false, "WARNING: simulation avalanche is not started: the release lies"},
         {"Density", "0", 2, false, "WARNING: simulation avalanche is not started: Density"},
         {"Density", "-200", 2, false, "WARNING: simulation avalanche is not started: Density"},
     };
@@ -273,6 +295,7 @@ TEST_F(SW_Initialize, HeldSnowIsReleasedWhereTheFlowHasArrived)
 {
     OnMesh(20, 20, cellSize, Flat);
     Set({{"MassPerParticleDeterminationMethod", "direct"}, {"MassPerParticle", "1000"}});
+    Release({20, 60}, {40, 80}, 1);
     Snow(sim->SecondaryReleaseAreas(), "left", {20, 20}, {40, 40}, 1);
     Snow(sim->SecondaryReleaseAreas(), "right", {60, 20}, {80, 40}, 1);
     sim->Initialize();

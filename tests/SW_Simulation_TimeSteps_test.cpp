@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstring>
+#include <set>
 
 namespace {
 
@@ -129,6 +130,7 @@ TEST_F(SW_Simulation_TimeSteps, TheFileIsWrittenAsDescribed)
     file.Text("particles:TotalEnthalpy").Floats({10, 20});
     file.Text("entrainmentEnthalpy").Floats({-20, 0});
     file.Text("SW_Simulation_Enthalpy::TimeStep:end");
+    file.Text("SW_Simulation:MassPerParticle").Double(Number("MassPerParticle"));
     EXPECT_EQ(FileBytes(Path("at_0000000.0000")), file.bytes);
     EXPECT_EQ(Joined(AK_System::FilesList(directory.Path(), "")).find(".tmp"), std::string::npos);
 }
@@ -209,11 +211,12 @@ TEST_F(SW_Simulation_TimeSteps, AFileThatIsNoneLeavesAValidSimulation)
     const std::string basic = "Viewer/Project/Simulations/avalanche cannot load basic data";
     const std::string data = "Viewer/Project/Simulations/avalanche cannot load timestep data";
 
-    const std::size_t endOfBasics =
-        whole.find("SW_Simulation::TimeStep:end") + std::strlen("SW_Simulation::TimeStep:end");
+    std::set<std::size_t> endsOfBlocks;   // where files of older programs end
+    for (const std::string end : {"SW_Simulation::TimeStep:end", "SW_Simulation_Enthalpy::TimeStep:end"})
+        endsOfBlocks.insert(whole.find(end) + end.size());
     for (std::size_t n = 0; n < whole.size(); ++n) {
         const std::string status = load(whole.substr(0, n), "prefix of " + std::to_string(n));
-        EXPECT_EQ(status, n < 30 ? basic : n == endOfBasics ? "" : data) << "prefix of " << n;
+        EXPECT_EQ(status, n < 30 ? basic : endsOfBlocks.count(n) ? "" : data) << "prefix of " << n;
     }
     for (std::size_t n = 0; n < whole.size(); ++n)
         for (char flip : {char(0xff), char(0x01), char(0x80)}) {

@@ -59,6 +59,7 @@ TEST_F(SW_WallLineTest, HeightsAndSlopesAreListsThatVerticesTakeInTurn)
          "1%AK_SEP%", "1006", "45"},
         {"SlopeAngleAtCurrentVertex", "0", "", "1005%AK_SEP%1006%AK_SEP%1005%AK_SEP%", "1%AK_SEP%0%AK_SEP%1%AK_SEP%",
          "1006", "0"},
+        {"Heights", "nan 1e300", "", "nan%AK_SEP%1e+300%AK_SEP%", "1%AK_SEP%0%AK_SEP%1%AK_SEP%", "1e+300", "0"},
         {"Heights", "", "", "", "1%AK_SEP%0%AK_SEP%1%AK_SEP%", "", "0"},
         {"AbsHeightAtCurrentVertex", "7", "", "7%AK_SEP%7%AK_SEP%7%AK_SEP%", "1%AK_SEP%0%AK_SEP%1%AK_SEP%", "7", "0"},
         {"UnselectVertex", "", "", "7%AK_SEP%7%AK_SEP%7%AK_SEP%", "1%AK_SEP%0%AK_SEP%1%AK_SEP%", "", ""},
@@ -67,7 +68,10 @@ TEST_F(SW_WallLineTest, HeightsAndSlopesAreListsThatVerticesTakeInTurn)
     };
     for (const auto& step : steps) {
         SCOPED_TRACE(std::string(step.attr) + " " + step.value);
+        Messages();
         EXPECT_EQ(SetOn(wall, step.attr, step.value), step.status);
+        EXPECT_EQ(Said("WARNING:" + std::string(wall.IdAbs().c_str()) + ": heights or slopes of the wall are no"),
+                  std::string(step.heights).rfind("nan", 0) == 0) << "what was saved is to load";
         EXPECT_EQ(wall.Get("Heights"), step.heights);
         EXPECT_EQ(wall.Get("Slopes"), step.slopes);
         EXPECT_EQ(wall.Get("AbsHeightAtCurrentVertex"), step.atVertex);
