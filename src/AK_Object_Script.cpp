@@ -174,10 +174,24 @@ AK_String AK_Object::CallWithText(Symbol* function, const AK_String& text)
     return result;
 }
 
+// A function that asks for its own attribute, of whatever object, would do so for ever; nor has the language room for
+// two calls of one function at a time.
+static bool IsInItsOwnFunction(Symbol* function, const AK_Object* object, const AK_String& attr)
+{
+    if (!qvt_sci_IsRunning(function)) return false;
+    AK_Object::_execStatus =
+        AK_String("'") + attr + InLanguage("' of ", "' von ") + object->IdAbs() +
+        InLanguage(": the function of this name is running and cannot be called again before it ends",
+                   ": die Funktion dieses Namens ist aktiv und nicht noch einmal aufrufbar, bevor sie endet");
+    AK_MSG("ERROR: " << AK_Object::_execStatus);
+    return true;
+}
+
 int AK_Object::qvt_sci_Get(Namespace* space, const AK_String& attr, AK_String& result) const
 {
     Symbol* function = FormulaFunction(space, attr, oneText);
     if (!function) return 0;
+    if (IsInItsOwnFunction(function, this, attr)) return 1;
     _execStatus = "";
     const CodeOf running(this);
     result = CallWithText(function, "");
@@ -188,6 +202,7 @@ int AK_Object::qvt_sci_Set(Namespace* space, const AK_String& attr, const AK_Str
 {
     Symbol* function = FormulaFunction(space, attr, oneText);
     if (!function) return 0;
+    if (IsInItsOwnFunction(function, this, attr)) return 1;
     _execStatus = "";
     const CodeOf running(this);
     CallWithText(function, value);
@@ -198,7 +213,7 @@ int AK_Object::qvt_sci_Set(Namespace* space, const AK_String& attr, const AK_Str
 void AK_Object::qvt_sci_Update(Namespace* space)
 {
     Symbol* function = FormulaFunction(space, "Update", "");
-    if (!function) return;
+    if (!function || IsInItsOwnFunction(function, this, "Update")) return;
     const CodeOf running(this);
     qvt_sci_Call(function);
 }
@@ -210,7 +225,8 @@ void AK_Object::qvt_sci_Update(Namespace* space)
 void AK_Object::List_QVT_SCI_predefined(const AK_String& fileName)
 {
     const AK_String text =
-        AK_String("INFO:QVT_SCI-Interpreter predefined variables and functions\n") + ObjectFunctionsText();
+        AK_String("INFO:QVT_SCI-Interpreter predefined variables and functions\n") + ObjectFunctionsText() + "\n" +
+        qvt_sci_intrinsics() + "\n" + qvt_sci_explanations();
     AK_MSG(text);
     if (fileName.IsEmpty()) return;
     if (!AK_WriteFile(fileName, [&](std::FILE* file) { std::fputs(text.c_str(), file); }))

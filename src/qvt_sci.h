@@ -207,6 +207,9 @@ int64_t qvt_sci_ArgLength(int index);
 /// Where the run is, for a report or a signal handler: the functions that are active, outermost first, and the code of
 /// the node that was last marked as executing, cut to size.
 int qvt_sci_StackDepth();
+/// 1 while the function is active. It cannot be called then: qvt_sci_Call and qvt_sci_Execute report that and do
+/// nothing, the result is 0.
+int qvt_sci_IsRunning(const Symbol* function);
 const char* qvt_sci_StackFuncName(int index);
 void qvt_sci_GetCurrentCode(char* buffer, int size);
 

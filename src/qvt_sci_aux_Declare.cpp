@@ -154,18 +154,13 @@ static void DeleteBody(Symbol* function)
     function->func.exFun = SymbolGetExFun(function->dataType);
 }
 
-static bool IsRunning(const Symbol* function)
-{
-    return std::find(callStack, callStack + stackDep, function) != callStack + stackDep;
-}
-
 // May the active namespace be the formals of this function, declared before? If not, that is an error.
 static void CheckRedeclaration(Symbol* function, int dataType, int nArgs, Symbol* const* args)
 {
     if (function->symbolType != FUNCTION_SYMBOL) yyerrorf("symbol '%s' already declared", function->name);
     if (function->dataType != dataType) yyerror("function already declared with different type");
     if (function->func.nArgs != nArgs) yyerror("function already declared with different number of arguments");
-    if (function->func.body && (!qvtsci_allow_symbol_redefinition || IsRunning(function))) {
+    if (function->func.body && (!qvtsci_allow_symbol_redefinition || qvt_sci_IsRunning(function))) {
         yyerrorf("function '%s' already defined", function->name);
     }
     for (int i = 0; i < nArgs; ++i) {

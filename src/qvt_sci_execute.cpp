@@ -92,6 +92,11 @@ const char* qvt_sci_StackFuncName(int index)
     return index >= 0 && index < stackDep ? callStack[index]->name : nullptr;
 }
 
+int qvt_sci_IsRunning(const Symbol* function)
+{
+    return std::find(callStack, callStack + stackDep, function) != callStack + stackDep;
+}
+
 // ---------------------------------------------------------------------------------------------------------------------
 // Running a function
 
