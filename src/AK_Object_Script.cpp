@@ -96,10 +96,19 @@ AK_Object::CodeOf::CodeOf(const AK_Object* object) : _call(object) { _curObj.App
 
 AK_Object::CodeOf::~CodeOf() { _curObj.Remove(_curObj.Size() - 1); }
 
+// A function that would be called if it took nothing.
+static void TellOfOtherForm(const char* name)
+{
+    const Symbol* function = qvt_sci_FuncPtr(name);
+    if (!function || qvt_sci_Takes(function, "")) return;
+    AK_MSG("ERROR: function '" << name << "' is not of the form that is expected: void " << name << "()");
+}
+
 // Runs the code that belongs to no function, then a function that takes nothing, if there is one of that name.
 void AK_Object::RunLoadedCode(const char* function)
 {
     const CodeOf running(this);
+    TellOfOtherForm(function);
     qvt_sci_InitAll();
     if (Symbol* symbol = FormulaFunction(qvt_sci_NamespaceGetCurrent(), function, "")) qvt_sci_Call(symbol);
 }
@@ -125,7 +134,10 @@ Namespace* AK_Object::Load_QVT_SCI_code(const AK_String& source)
     Namespace* space = qvt_sci_NamespaceCreate();
     if (space) {
         const AK_ActiveNamespace active(space);
-        if (ParseCode(file, name) == 0) RunLoadedCode("Init");
+        if (ParseCode(file, name) == 0) {
+            TellOfOtherForm("Update");
+            RunLoadedCode("Init");
+        }
     } else
         AK_MSG("cannot create QVT_SCI namespace!");
     if (file) std::fclose(file);

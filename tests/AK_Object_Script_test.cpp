@@ -63,6 +63,16 @@ TEST_F(AK_Object_Script, InitRunsWhenTheCodeIsLoadedAndUpdateWithTheObject)
     EXPECT_EQ(Messages(), (Lines{"a", "b"}));
 }
 
+TEST_F(AK_Object_Script, FunctionsOfAnotherFormThanIsCalledAreTold)
+{
+    WithCode("void Init(char v[]) { } double Update(double x) { return x; }");
+    ClassFile("main.cint", "int main(int n) { return n; }");
+    root->ExecMacro(directory / "attributes/main.cint", 0);
+    EXPECT_EQ(Messages(), (Lines{"ERROR: function 'Update' is not of the form that is expected: void Update()",
+                                 "ERROR: function 'Init' is not of the form that is expected: void Init()",
+                                 "ERROR: function 'main' is not of the form that is expected: void main()"}));
+}
+
 TEST_F(AK_Object_Script, SyntaxErrorsAreReportedAndTheClassWorksWithoutItsCode)
 {
     TestThing& thing = WithCode("void Text(char v[]) { strcpy(v, \"x\") }");
