@@ -164,7 +164,7 @@ struct OperatorPart {
 };
 
 struct SubarrayPart {
-    int32_t* dimPtr;   // size of this level, in the symbol
+    int32_t* dimPtr;   // size of this level, in the symbol; of a formal's first level its limit
     Node* base;        // ARRAY or SUBARRAY
     Node* index;       // of type int
     void** baseAt;     // &symbol->addr of the array if base is one, else null
@@ -408,6 +408,7 @@ struct ArrayPart {
     int64_t size;                         // elements: the product of dims; fits an int
     Node* dimNode;                        // int expression of a dynamic first dimension, or null
     int64_t length;                       // formal: elements of the array last passed in, -1 unknown
+    int32_t limit;        // formal: dims[0], or the rows that were passed if they are known to be fewer
     int64_t hostLength;   // formal: elements of what the host passes (qvt_sci_BindArgLength), -1 unknown
 };
 
@@ -465,6 +466,7 @@ extern int qvtsci_allow_symbol_redefinition;
 // qvt_sci_aux_Symbols.cpp
 Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType);
 void SymbolDelete(Symbol* symbol);   // with its memory, a function with its namespace
+bool IsFunction(const void* pointer);   // the symbol of a function that there is
 void SymbolPrint(const Symbol* symbol);
 void SymbolPrintDecl(const Symbol* symbol);
 int SymbolIsInvalid(const Symbol* symbol);
@@ -595,6 +597,10 @@ double funcPtrCall(const char* pointerName, Symbol* function, int nArgs, Node** 
 [[noreturn]] void RunFail(const char* message);
 /// Flushes the messages, then qvt_sci_raise(signal).
 void RaiseSignal(int signal);
+
+// qvt_sci_execute_Array.cpp
+/// A formal array refers to so many elements, -1 unknown.
+void FormalRefersTo(Symbol* formal, int64_t elements);
 
 // qvt_sci_execute_Exec.cpp
 /// Sorts indices by a function of the language: int compare(int i, int j). False, with nothing done, if this is none.

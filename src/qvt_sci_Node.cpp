@@ -187,7 +187,8 @@ Node* SubarrNew(Node* base, Node* index)
 
     index = NumberTo(INT_TYPE, index);
     Node* node = NodeNew(SUBARRAY, base->dataType);
-    node->sub.dimPtr = &array.dims[level];
+    const bool hasLimit = level == 0 && root->value.symbol->qualifier == FORMAL_QUALIFIER;
+    node->sub.dimPtr = hasLimit ? &array.limit : &array.dims[level];
     node->sub.base = base;
     node->sub.index = index;
     node->value.stride = 1;

@@ -127,6 +127,7 @@ Symbol* DeclareArr(int qualifier, int dataType, const char* name, int nDims, con
     Symbol* symbol = SymbolNew(name, qualifier, ARRAY_SYMBOL, dataType);
     std::copy(dims, dims + nDims, symbol->arr.dims);
     symbol->arr.nDims = nDims;
+    symbol->arr.limit = dims[0];
     symbol->arr.size = size;
     SymtabAdd(gActiveNamespace->symtab, symbol);
     if (dynNode) {

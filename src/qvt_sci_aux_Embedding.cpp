@@ -131,7 +131,7 @@ uint64_t qvt_sci_CallWith(Symbol* function, const void* const* arguments, int co
     const int n = std::min(count, function->func.nArgs);
     for (int i = 0; i < n; ++i) {
         formals[i]->addr = const_cast<void*>(arguments[i]);
-        if (formals[i]->symbolType == ARRAY_SYMBOL) formals[i]->arr.length = formals[i]->arr.hostLength;
+        if (formals[i]->symbolType == ARRAY_SYMBOL) FormalRefersTo(formals[i], formals[i]->arr.hostLength);
     }
     funcCall(function);
     uint64_t result;

@@ -9,12 +9,22 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <unordered_set>
 
 static constexpr int SYMBOLS_PASSED_BEFORE_HASHING = 100;
 static constexpr int SYMBOLS_PER_BUCKET = 11;   // the average length of a chain at which the hash table grows
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Symbols
+
+// All functions that there are: a FUNC* may come from a function that is gone, or be a FILE*, which has the same type.
+static std::unordered_set<const void*>& Functions()
+{
+    static auto* const functions = new std::unordered_set<const void*>;   // outlives all symbols
+    return *functions;
+}
+
+bool IsFunction(const void* pointer) { return Functions().count(pointer) > 0; }
 
 Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType)
 {
@@ -26,6 +36,7 @@ Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType)
     symbol->symbolType = symbolType;
     symbol->dataType = dataType;
     if (symbolType == FUNCTION_SYMBOL) {
+        Functions().insert(symbol);
         symbol->func.ns = gActiveNamespace;
         gActiveNamespace->initCode = nullptr;
         gActiveNamespace->exitCode = nullptr;
@@ -40,6 +51,7 @@ void SymbolDelete(Symbol* symbol)
 {
     SymbolForget(symbol);
     if (symbol->symbolType == FUNCTION_SYMBOL) {
+        Functions().erase(symbol);
         NodeDelete(symbol->func.body);
         NamespaceDelete(symbol->func.ns);
         std::free(symbol->func.args);

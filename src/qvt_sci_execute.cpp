@@ -137,6 +137,13 @@ void funcCall(Symbol* function)
 // ---------------------------------------------------------------------------------------------------------------------
 // Calls: exFUNCTION_CALL_
 
+// A scalar that is the caller's or the host's: what lies behind it is not known.
+static bool IsReference(const Node* argument)
+{
+    const int qualifier = argument->type == VARIABLE ? argument->leaf.symbol->qualifier : NO_QUALIFIER;
+    return qualifier == FORMAL_QUALIFIER || qualifier == EXTERN_QUALIFIER;
+}
+
 // All arguments are evaluated, first to last, before the first formal is bound: in f(a, f(b, c)) the inner call binds
 // the same formals.
 static void CallDefined(Node* node)
@@ -148,7 +155,8 @@ static void CallDefined(Node* node)
     for (int i = 0; i < call.nArgs; ++i) {
         formals[i]->addr = call.addresses[i];
         if (formals[i]->symbolType == ARRAY_SYMBOL) {
-            formals[i]->arr.length = NodeRoom(call.args[i], call.addresses[i]);
+            FormalRefersTo(formals[i], NodeRoom(call.args[i], call.addresses[i]));
+            if (IsReference(call.args[i])) formals[i]->arr.limit = formals[i]->arr.dims[0];
         }
     }
     currentNode = node;
@@ -261,7 +269,7 @@ static double ReturnValueAsDouble(int dataType)
 
 double funcPtrCall(const char* pointerName, Symbol* function, int nArgs, Node** args)
 {
-    if (!function || function->symbolType != FUNCTION_SYMBOL) {
+    if (!IsFunction(function)) {
         ReportUnbound(pointerName);
         return 0.0;
     }

@@ -13,7 +13,7 @@
 
 // What the index was meant for, as the user writes it: "a", "m[2]". Its indices are read off the place where it lies:
 // evaluating them once more could have effects of its own.
-void ReportOutOfBounds(const Node* subarray, const void* base)
+void ReportOutOfBounds(const Node* subarray, int index, const void* base)
 {
     const Node* root = subarray->sub.base;
     int levels = 0;
@@ -27,12 +27,12 @@ void ReportOutOfBounds(const Node* subarray, const void* base)
     for (int level = 0; level < levels; ++level, end += std::strlen(end)) {
         int64_t stride = 1;
         for (int i = level + 1; i < array->arr.nDims; ++i) stride *= array->arr.dims[i];
-        const int64_t index = stride ? place / stride : 0;
-        place -= index * stride;
-        std::snprintf(end, size_t(text + sizeof text - end), "[%lld]", static_cast<long long>(index));
+        const int64_t row = stride ? place / stride : 0;
+        place -= row * stride;
+        std::snprintf(end, size_t(text + sizeof text - end), "[%lld]", static_cast<long long>(row));
     }
-    qvt_sci_msg("\nqvt_sci_execute:ERROR: '%s%s': index out of bounds: %d\n", array->name, text,
-                *subarray->sub.dimPtr);
+    const int size = index < 0 ? array->arr.dims[levels] : *subarray->sub.dimPtr;
+    qvt_sci_msg("\nqvt_sci_execute:ERROR: '%s%s': index out of bounds: %d\n", array->name, text, size);
     RaiseSignal(11);
 }
 
@@ -179,6 +179,21 @@ bool Loan::Has(const void* memory, size_t bytes)
         if (isInside(loan->_address)) return true;
     }
     return false;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// What a formal refers to
+
+void FormalRefersTo(Symbol* formal, int64_t elements)
+{
+    ArrayPart& arr = formal->arr;
+    arr.length = elements;
+    arr.limit = arr.dims[0];
+    if (elements < 0) return;
+    int64_t row = 1;
+    for (int i = 1; i < arr.nDims; ++i) row *= arr.dims[i];
+    const int rows = row > 0 ? int(std::min<int64_t>(elements / row, INT_MAX)) : 0;
+    arr.limit = arr.limit < 0 ? rows : std::min(arr.limit, rows);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -137,10 +137,11 @@ static bool ComparesInts(const Symbol* function)
 bool SortByFunction(int* order, int n, Symbol* compare)
 {
     if (!compare) return false;
-    if (!ComparesInts(compare)) {
+    if (!IsFunction(compare) || !ComparesInts(compare)) {
+        const char* const name = IsFunction(compare) ? compare->name : "compare";
         qvt_sci_msg("\nqvt_sci_execute:ERROR: '%s' cannot compare, the form that is expected is: "
                     "int %s(int i, int j)\n",
-                    compare->name, compare->name);
+                    name, name);
         qvt_sci_flush_msg();
         return false;
     }

@@ -135,7 +135,7 @@ To Convert(From from)
 
 void ReportDivisionByZero(int dataType);
 void ReportDivisionByZeroAt(int dataType, int divisorIndex);
-void ReportOutOfBounds(const Node* subarray, const void* base);   // base: the value of its base
+void ReportOutOfBounds(const Node* subarray, int index, const void* base);   // base: the value of its base
 void ReportUnboundVariable(const char* name);
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -148,12 +148,12 @@ inline void* Displaced(void* base, int64_t elements, size_t elementSize)
     return reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(base) + uintptr_t(elements) * elementSize);
 }
 
-/// A dimension of -1 is unknown and lets every index pass that is not negative. Without memory no index is valid.
+/// A dimension of -1, which only a formal has of which nobody knows what was passed, lets every index pass that is not negative. Without memory no index is valid.
 inline void CheckBounds(Node* node, int index, const void* base)
 {
     currentNode = node;
     if (index < 0 || unsigned(index) >= unsigned(*node->sub.dimPtr) || !base) [[unlikely]] {
-        ReportOutOfBounds(node, base);
+        ReportOutOfBounds(node, index, base);
     }
 }
 

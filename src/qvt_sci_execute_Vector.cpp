@@ -26,13 +26,26 @@ struct Vector {
     int length;
 };
 
+static void ReportTooShort(const Node* operand, int elements)
+{
+    while (operand->type == SUBARRAY) operand = operand->sub.base;
+    qvt_sci_msg("\nqvt_sci_execute:ERROR: '%s' has %d elements only!\n", operand->value.symbol->name, elements);
+    RaiseSignal(11);
+}
+
 // An operand after all have been evaluated.
 template <class T>
 static Vector<T> VectorOf(const Node* operand, void* evaluated)
 {
-    const int length = evaluated ? std::max(NodeVecSize(operand), 0) : 0;
+    int length = evaluated ? std::max(NodeVecSize(operand), 0) : 0;
+    if (NodeIsVector(operand) && operand->type != OPERATOR) {
+        const int64_t room = NodeRoom(operand, evaluated);
+        if (room >= 0 && room < length) {   // of a parameter, to which less was passed than it declares
+            length = int(room);
+            ReportTooShort(operand, length);
+        }
+    }
     CountSteps(length);
-    if (NodeIsVector(operand)) CheckRoom(operand, evaluated, length);
     return {static_cast<T*>(evaluated), length};
 }
 
