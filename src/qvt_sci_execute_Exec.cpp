@@ -58,7 +58,7 @@ static void CloseExec()
 {
     const ExecFrame frame = execFrames[--nExecFrames];
     qvt_sci_NamespaceSwitchTo(frame.caller);
-    DestroyNamespace(frame.own);
+    qvt_sci_NamespaceDestroy(frame.own);
 }
 
 void AbandonExec()
@@ -90,7 +90,6 @@ struct Exec {
         if (errors) {
             qvt_sci_reset_parser_after_syntax_error();
         } else {
-            CheckBound(own);
             Symbol* main = SymtabFind(own->symtab, "main");
             if (main && main->symbolType == FUNCTION_SYMBOL && main->func.nArgs == 0) funcCall(main);
         }

@@ -11,9 +11,8 @@
 #ifdef KORVO_FUZZ
 
 struct FuzzSwitches {
-    long stepsLeft;                // calls, turns of loops, elements of vectors, parses of exec
-    void (*leaveRun)();            // does not return; null: nothing is left or kept
-    Pile<Namespace*> namespaces;   // of exec, to be destroyed then
+    long stepsLeft;       // calls, turns of loops, elements of vectors, parses of exec
+    void (*leaveRun)();   // does not return; null: nothing is left
 };
 extern FuzzSwitches qvt_sci_fuzz;   // qvt_sci_execute.cpp
 
@@ -34,17 +33,8 @@ inline void CheckRoom(const Node* array, const void* address, int64_t elements)
     LeaveRunIf(NodeRoom(array, address) < elements);
 }
 
-/// Leaves the run if the namespace declares anything extern that nobody has bound.
-inline void CheckBound(const Namespace* ns) { LeaveRunIf(SymtabNumUnboundExtern(ns->symtab) > 0); }
-
-inline void DestroyNamespace(Namespace* ns) { QVT_SCI_CHECK(qvt_sci_fuzz.namespaces.Push(ns)); }
-
 #else
 
 inline void CountSteps(long) {}
 inline void CheckRoom(const Node*, const void*, int64_t) {}
-inline void CheckBound(const Namespace*) {}
-
-inline void DestroyNamespace(Namespace* ns) { qvt_sci_NamespaceDestroy(ns); }
-
 #endif
