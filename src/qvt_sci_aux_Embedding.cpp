@@ -116,9 +116,9 @@ void qvt_sci_InitAll() { RunCode(qvt_sci_NamespaceGetCurrent()->initCode); }
 void qvt_sci_ExitAll() { RunCode(qvt_sci_NamespaceGetCurrent()->exitCode); }
 
 // A native that a function has called may be about to call that function. Its formals and slots are in use.
-static bool IsActive(const Symbol* function)
+static inline bool IsActive(const Symbol* function)
 {
-    if (!qvt_sci_IsRunning(function)) return false;
+    if (stackDep == 0 || !qvt_sci_IsRunning(function)) return false;
     qvt_sci_msg("no recursive call supported (%s)!\n", function->name);
     qvt_sci_flush_msg();
     return true;

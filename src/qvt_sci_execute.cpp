@@ -150,7 +150,7 @@ static void CallDefined(Node* node)
 {
     const CallPart& call = node->call;
     Symbol* const function = call.symbol;
-    EvaluateArguments(call, false);
+    EvaluateArguments<false>(call);
     Symbol* const* formals = function->func.args;
     for (int i = 0; i < call.nArgs; ++i) {
         formals[i]->addr = call.addresses[i];

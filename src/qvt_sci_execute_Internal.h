@@ -458,7 +458,18 @@ void SelectDivisorKept(Node* node);
 void EnterJump();
 
 /// Evaluates the arguments of a call, from the first to the last or the other way round, into call.addresses.
-void EvaluateArguments(const CallPart& call, bool fromLast);   // qvt_sci_execute_Native.cpp
+template <bool fromLast>
+inline void EvaluateArguments(const CallPart& call)
+{
+    for (int k = 0; k < call.nArgs; ++k) {
+        const int i = fromLast ? call.nArgs - 1 - k : k;
+        void* const address = call.args[i]->ex(call.args[i]);
+        call.addresses[i] = call.mayMove ? Keep(call.args[i], address).place : address;
+    }
+    for (int i = 0; call.mayMove && i < call.nArgs; ++i) {
+        call.addresses[i] = AddressOf({call.args[i], call.addresses[i]});
+    }
+}
 
 /// Calls of native functions that are under way, the innermost first.
 struct NativeFrame {

@@ -50,28 +50,13 @@ template <class Result>
 static constexpr auto callers = CallersFor<Result>(std::make_index_sequence<MAX_NATIVE_ARGUMENTS + 1>());
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Arguments
-
-void EvaluateArguments(const CallPart& call, bool fromLast)
-{
-    const int n = call.nArgs;
-    for (int k = 0; k < n; ++k) {
-        const int i = fromLast ? n - 1 - k : k;
-        void* const address = call.args[i]->ex(call.args[i]);
-        call.addresses[i] = call.mayMove ? Keep(call.args[i], address).place : address;
-    }
-    if (!call.mayMove) return;
-    for (int i = 0; i < n; ++i) call.addresses[i] = AddressOf({call.args[i], call.addresses[i]});
-}
-
-// ---------------------------------------------------------------------------------------------------------------------
 // Evaluators of extern calls: exFun_void, exFun_char and so on. Arguments are evaluated from the last to the first.
 
 template <class Result>
 static void CallNative(Node* node)
 {
     const CallPart& call = node->call;
-    EvaluateArguments(call, true);
+    EvaluateArguments<true>(call);
     if (call.nArgs > MAX_NATIVE_ARGUMENTS) {
         qvt_sci_msg("external function calls with > %d args not supported\n", MAX_NATIVE_ARGUMENTS);
         return;

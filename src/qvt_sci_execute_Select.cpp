@@ -161,7 +161,7 @@ static bool MayWriteWithin(const Node* node, int levels)
 
 bool MayWrite(const Node* node)
 {
-    static constexpr int LEVELS = 4;   // each node asks this when it is built: the effort must stay bounded
+    static constexpr int LEVELS = 7;   // each node asks this when it is built: the effort must stay bounded
     return MayWriteWithin(node, LEVELS);
 }
 
