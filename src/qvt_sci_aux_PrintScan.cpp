@@ -460,6 +460,7 @@ static Problem FindDestination(Statement& s, Node* node)
     if (!s.string) return BAD_STRING;
     s.room = RoomOf(NodeRoom(node, address));
     if (!s.family.scans) {
+        s.room = std::min(s.room, RoomOf(NodeVecSize(node)));   // of an element no more than that
         if (s.room == 0) return BAD_STRING;
         s.string[0] = 0;
     }
