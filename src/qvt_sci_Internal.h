@@ -347,7 +347,7 @@ int NodeVecSize(const Node* node);   // elements, negative if unknown; a dynamic
 /// type therefore all have get.p = PointerOf, which reads through ex, and get.i = LowHalfOf once cast to int.
 Node* CastNew(int dataType, Node* node);
 Node* CastTo(int dataType, Node* node);   // the node itself if nothing is to be done
-/// The same where a single number is wanted: what an operator computes from arrays is refused whatever its type.
+/// The same where a single number is wanted: an array is refused though it be of that type.
 Node* NumberTo(int dataType, Node* node);
 Node* ArgumentTo(const Symbol* formal, Node* node);
 void* PointerOf(Node* node);
@@ -534,6 +534,8 @@ void ScannerTextTaken();   // the string literal scanned last has an owner: unti
 /// (curLineNumber -1) it counts, prints "ERROR: " and the message, and returns.
 void yyerror(const char* message);
 void yyerrorf(const char* format, ...) __attribute__((format(printf, 1, 2)));   // by way of mess, cut to its size
+
+inline constexpr size_t MAX_SOURCE = 8 << 20;   // bytes of a source, expanded; real ones have a few thousand
 
 // qvt_sci_Preprocess.cpp
 /// Expands #include and #define in *text (malloc'd, reallocated). 0 on success; on failure the reason has been printed.

@@ -141,12 +141,11 @@ static Node* ConversionNew(int opr, int dataType, Node* operand, const char* noM
     return node;
 }
 
-// What an operator computes from arrays has as many elements as they have: its first alone is never what was meant.
-static void ReportVector(const Node* node, int dataType)
+static const char* NameOfArray(const Node* node)
 {
-    qvt_sci_msg("cannot cast %s vector of '%s' to type %s\n", dataTypeName[node->dataType], OprName(node->o.opr),
-                dataTypeName[dataType]);
-    yyerror("cannot cast vector to a single number or another type");
+    if (node->type == OPERATOR) return OprName(node->o.opr);
+    while (node->type == SUBARRAY) node = node->sub.base;
+    return node->value.symbol->name;
 }
 
 Node* CastNew(int dataType, Node* node)
@@ -163,14 +162,10 @@ Node* CastNew(int dataType, Node* node)
         yyerror("can cast pointer to int only");
     } else if (node->dataType == VOID_TYPE) {
         yyerror("cannot cast from void");
-    } else if (node->type == ARRAY || (node->type == SUBARRAY && node->value.stride != 1)) {
-        const Node* root = node;
-        while (root->type == SUBARRAY) root = root->sub.base;
-        qvt_sci_msg("cannot cast %s array '%s' to type %s\n", dataTypeName[node->dataType], root->value.symbol->name,
+    } else if (NodeIsVector(node)) {
+        qvt_sci_msg("cannot cast %s array '%s' to type %s\n", dataTypeName[node->dataType], NameOfArray(node),
                     dataTypeName[dataType]);
         yyerror("cannot cast array to another type");
-    } else if (NodeIsVector(node)) {
-        ReportVector(node, dataType);
     } else {
         return ConversionNew(CAST, dataType, node, "CastNew: out of memory");
     }
@@ -179,9 +174,16 @@ Node* CastNew(int dataType, Node* node)
 
 Node* CastTo(int dataType, Node* node) { return CastNew(dataType, node); }
 
+static void ReportArray(const Node* node)
+{
+    qvt_sci_msg("%s array '%s' stands where a single number is wanted\n", dataTypeName[node->dataType],
+                NameOfArray(node));
+    yyerror("array instead of a single number");
+}
+
 Node* NumberTo(int dataType, Node* node)
 {
-    if (node->type == OPERATOR && NodeIsVector(node)) ReportVector(node, dataType);
+    if (node->dataType == dataType && NodeIsVector(node)) ReportArray(node);
     return CastTo(dataType, node);
 }
 
@@ -192,7 +194,7 @@ Node* ArgumentTo(const Symbol* formal, Node* node)
 
 Node* NonZeroNew(Node* node)
 {
-    if (node->type == OPERATOR && NodeIsVector(node)) ReportVector(node, INT_TYPE);
+    if (node->type == OPERATOR && NodeIsVector(node)) ReportArray(node);
     if (node->dataType == INT_TYPE) return node;
     if (node->dataType == VOID_TYPE) {
         yyerror("cannot compare void to zero");
