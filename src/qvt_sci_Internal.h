@@ -581,6 +581,7 @@ extern Value returnValue;   // of the latest function
 extern int jumpDep;         // loops and calls under way, minus 1: -1 when idle
 extern Symbol* callStack[MAX_JUMP_DEP];
 extern int stackDep;        // functions on it
+bool IsOnStack(const Symbol* function);
 extern Node* currentNode;   // last marked as executing, by the nodes that can fail
 
 // qvt_sci_execute_Select.cpp

@@ -161,7 +161,7 @@ static void CheckRedeclaration(Symbol* function, int dataType, int nArgs, Symbol
     if (function->symbolType != FUNCTION_SYMBOL) yyerrorf("symbol '%s' already declared", function->name);
     if (function->dataType != dataType) yyerror("function already declared with different type");
     if (function->func.nArgs != nArgs) yyerror("function already declared with different number of arguments");
-    if (function->func.body && (!qvtsci_allow_symbol_redefinition || qvt_sci_IsRunning(function))) {
+    if (function->func.body && (!qvtsci_allow_symbol_redefinition || IsOnStack(function))) {
         yyerrorf("function '%s' already defined", function->name);
     }
     for (int i = 0; i < nArgs; ++i) {

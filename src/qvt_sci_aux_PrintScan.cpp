@@ -467,21 +467,27 @@ static Problem FindDestination(Statement& s, Node* node)
     return NONE;
 }
 
-static Problem RunStatement(Statement& s, Node* const* operands, int count)
+// operands: the format and what follows it.
+static Problem RunWithDestination(Statement& s, Node* const* operands, int count)
 {
-    if (s.family.target != CONSOLE) {
-        const Problem problem = FindDestination(s, operands[0]);
-        if (problem) return problem;
-        ++operands;
-        --count;
-    }
-    const Loan string(s.string);
     const char* const format = static_cast<const char*>(operands[0]->ex(operands[0]));
     if (!format) return BAD_FORMAT;
     FormatCopy* const copy = KeepFormat(format, TextLength(format, RoomOf(NodeRoom(operands[0], format))));
     const Problem problem = RunFormat(s, copy, operands + 1, count - 1);
     DropFormatsFrom(copy);
     return problem;
+}
+
+static Problem RunStatement(Statement& s, Node* const* operands, int count)
+{
+    if (s.family.target == CONSOLE) return RunWithDestination(s, operands, count);
+    const Problem problem = FindDestination(s, operands[0]);
+    if (problem) return problem;
+    Loan string;
+    Lend(string, s.string);
+    const Problem later = RunWithDestination(s, operands + 1, count - 1);
+    TakeBack(string);
+    return later;
 }
 
 static void FlushOutput()

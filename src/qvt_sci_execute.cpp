@@ -92,10 +92,13 @@ const char* qvt_sci_StackFuncName(int index)
     return index >= 0 && index < stackDep ? callStack[index]->name : nullptr;
 }
 
-int qvt_sci_IsRunning(const Symbol* function)
+bool IsOnStack(const Symbol* function)
 {
     return std::find(callStack, callStack + stackDep, function) != callStack + stackDep;
 }
+
+// Hosts get at a function that is active by way of a native that it called.
+int qvt_sci_IsRunning(const Symbol* function) { return nativeFrame && IsOnStack(function); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Running a function
@@ -321,7 +324,7 @@ void qvt_sci_AbandonRun()
     stackDep = 0;
     jumpDep = -1;
     nativeFrame = nullptr;
-    Loan::ForgetAll();
+    innermostLoan = nullptr;
     currentNode = nullptr;
     DropCasts(0);
     AbandonExec();

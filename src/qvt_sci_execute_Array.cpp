@@ -159,9 +159,9 @@ void* AddressOf(const Kept& kept)
     return stride > 1 ? nullptr : &nothing;
 }
 
-Loan* Loan::innermost = nullptr;
+Loan* innermostLoan = nullptr;
 
-bool Loan::Has(const void* memory, size_t bytes)
+bool IsLent(const void* memory, size_t bytes)
 {
     const auto isInside = [=](const void* p) { return uintptr_t(p) - uintptr_t(memory) < bytes; };
     for (int i = 0; i < stackDep; ++i) {
@@ -175,8 +175,8 @@ bool Loan::Has(const void* memory, size_t bytes)
             if (isInside(frame->call->addresses[k])) return true;
         }
     }
-    for (const Loan* loan = innermost; loan; loan = loan->_outer) {
-        if (isInside(loan->_address)) return true;
+    for (const Loan* loan = innermostLoan; loan; loan = loan->outer) {
+        if (isInside(loan->address)) return true;
     }
     return false;
 }
@@ -263,7 +263,7 @@ struct Resize {
         const int length = GetValue<int>(node->o.op[1]);
         Symbol* array = node->o.op[0]->value.symbol;
         currentNode = node;
-        if (array->memory && Loan::Has(array->memory, size_t(NumBytes(array, array->arr.size)))) {
+        if (array->memory && IsLent(array->memory, size_t(NumBytes(array, array->arr.size)))) {
             qvt_sci_msg("\nqvt_sci_execute:ERROR: resizing array '%s' while a parameter refers to it!\n", array->name);
             RaiseSignal(11);
         } else {

@@ -145,6 +145,11 @@ bool SortByFunction(int* order, int n, Symbol* compare)
         return false;
     }
     Symbol* const outer = comparison;
+    if (outer && IsOnStack(compare)) {
+        qvt_sci_msg("no recursive call supported (%s)!\n", compare->name);
+        qvt_sci_flush_msg();
+        return false;
+    }
     comparison = compare;
     if (n > 1) std::qsort(order, size_t(n), sizeof(int), qvt_sci_iqsort_compare);
     comparison = outer;
@@ -161,10 +166,13 @@ struct Iqsort {
         const int64_t room = order ? NodeRoom(ops[1], order) : 0;
         const int n = int(room < 0 ? std::max(count, 0) : std::clamp<int64_t>(count, 0, room));
         for (int i = 0; i < n; ++i) order[i] = i;
-        const Loan sorted(order);
         Symbol* const function = FindNamed(ops[2], ops[3]);
         currentNode = node;
-        return SortByFunction(order, n, function) ? 0 : 1;
+        Loan sorted;
+        Lend(sorted, order);
+        const bool isSorted = SortByFunction(order, n, function);
+        TakeBack(sorted);
+        return isSorted ? 0 : 1;
     }
 };
 

@@ -172,23 +172,22 @@ Kept Keep(const Node* operand, void* address);
 /// nothing.
 void* AddressOf(const Kept& kept);
 
-/// Something holds on to an address until the end of the block. What a jump of the host leaves,
+/// Something holds on to an address from Lend to TakeBack, which bracket a block. What a jump of the host leaves,
 /// qvt_sci_AbandonRun forgets.
-class Loan {
-public:
-    explicit Loan(const void* address) : _address(address), _outer(innermost) { innermost = this; }
-    ~Loan() { innermost = _outer; }
-    Loan(const Loan&) = delete;
-    Loan& operator=(const Loan&) = delete;
-
-    static bool Has(const void* memory, size_t bytes);
-    static void ForgetAll() { innermost = nullptr; }
-
-private:
-    static Loan* innermost;
-    const void* _address;
-    Loan* _outer;
+struct Loan {
+    const void* address;
+    Loan* outer;
 };
+extern Loan* innermostLoan;
+
+inline void Lend(Loan& loan, const void* address)
+{
+    loan = {address, innermostLoan};
+    innermostLoan = &loan;
+}
+inline void TakeBack(const Loan& loan) { innermostLoan = loan.outer; }
+/// Whether a formal of a function that is active, an argument of a native or a loan lies in this memory.
+bool IsLent(const void* memory, size_t bytes);
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Fetching operand k of an operator
