@@ -223,7 +223,8 @@ static const char* const arrays[] = {"a", "b", "m", "m[@E]", "l", "d", "r"};
 static const char* const vectors[] = {"a", "@V", "(@W + @W)", "(@W * @E)", "(@W - @W)", "(@W / @W)", "(@W ^ @W)", "@E"};
 static const char* const resizable[] = {"a", "b", "m", "l", "u"};
 static const char* const texts[] = {"s", "t", "nameOfF", "u[@E]"};
-static const char* const pointers[] = {"f", "p", "h", "calls", "NULL", "func_addr(nameOfF)", "func_addr(@T)", "sin", "o"};
+static const char* const pointers[] = {"f",   "p", "h", "calls", "NULL", "func_addr(nameOfF)", "func_addr(@T)",
+                                       "sin", "o"};
 
 struct Choices {
     const uint8_t* data;

@@ -54,8 +54,9 @@ private:
     bool AsksItself() const
     {
         if (_asked.IndexOf(_group) < 0) return false;
-        _execStatus = AK_String("'Filter'") + InLanguage(" of ", " von ") + _group->IdAbs() +
-                      InLanguage(": the filter asks for its own result", ": der Filter fragt nach seinem eigenen Ergebnis");
+        _execStatus =
+            AK_String("'Filter'") + InLanguage(" of ", " von ") + _group->IdAbs() +
+            InLanguage(": the filter asks for its own result", ": der Filter fragt nach seinem eigenen Ergebnis");
         AK_MSG("ERROR: " << _execStatus);
         return true;
     }

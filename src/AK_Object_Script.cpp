@@ -236,9 +236,8 @@ void AK_Object::qvt_sci_Update(Namespace* space)
 
 void AK_Object::List_QVT_SCI_predefined(const AK_String& fileName)
 {
-    const AK_String text =
-        AK_String("INFO:QVT_SCI-Interpreter predefined variables and functions\n") + ObjectFunctionsText() + "\n" +
-        qvt_sci_intrinsics() + "\n" + qvt_sci_explanations();
+    const AK_String text = AK_String("INFO:QVT_SCI-Interpreter predefined variables and functions\n") +
+                           ObjectFunctionsText() + "\n" + qvt_sci_intrinsics() + "\n" + qvt_sci_explanations();
     AK_MSG(text);
     if (fileName.IsEmpty()) return;
     if (!AK_WriteFile(fileName, [&](std::FILE* file) { std::fputs(text.c_str(), file); }))

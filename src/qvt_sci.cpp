@@ -122,8 +122,8 @@ static void Undo()
 // ---------------------------------------------------------------------------------------------------------------------
 // Parsing
 
-// The whole rest of the file with a null byte behind it, malloc'd. Null if it is longer than any source is: the file may
-// be a device without an end.
+// The whole rest of the file with a null byte behind it, malloc'd. Null if it is longer than any source is: the file
+// may be a device without an end.
 static char* ReadAll(FILE* file, size_t* length)
 {
     Pile<char> text = {};

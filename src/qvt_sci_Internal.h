@@ -408,7 +408,7 @@ struct ArrayPart {
     int64_t size;                         // elements: the product of dims; fits an int
     Node* dimNode;                        // int expression of a dynamic first dimension, or null
     int64_t length;                       // formal: elements of the array last passed in, -1 unknown
-    int32_t limit;        // formal: dims[0], or the rows that were passed if they are known to be fewer
+    int32_t limit;                        // formal: dims[0], or the rows that were passed if they are known to be fewer
     int64_t hostLength;   // formal: elements of what the host passes (qvt_sci_BindArgLength), -1 unknown
 };
 
@@ -465,7 +465,7 @@ extern int qvtsci_allow_symbol_redefinition;
 
 // qvt_sci_aux_Symbols.cpp
 Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType);
-void SymbolDelete(Symbol* symbol);   // with its memory, a function with its namespace
+void SymbolDelete(Symbol* symbol);      // with its memory, a function with its namespace
 bool IsFunction(const void* pointer);   // the symbol of a function that there is
 void SymbolPrint(const Symbol* symbol);
 void SymbolPrintDecl(const Symbol* symbol);
@@ -527,7 +527,7 @@ extern char* qvt_sci_includePathes;   // each directory with "/" and a newline b
 int yylex();
 void ScannerStart(const char* text, size_t length);   // borrowed until ScannerEnd
 void ScannerEnd();
-int SourceLine();        // of the token that the parser took last; a carriage return begins none here
+int SourceLine();          // of the token that the parser took last; a carriage return begins none here
 void ScannerTextTaken();   // the string literal scanned last has an owner: until then the scanner frees it
 
 /// Reports an error; while parsing it does not return but jumps to syntax_error_jmp_buf. While code runs
@@ -580,7 +580,7 @@ void RestoreMessages(const MessageSink& sink);
 extern Value returnValue;   // of the latest function
 extern int jumpDep;         // loops and calls under way, minus 1: -1 when idle
 extern Symbol* callStack[MAX_JUMP_DEP];
-extern int stackDep;        // functions on it
+extern int stackDep;   // functions on it
 bool IsOnStack(const Symbol* function);
 extern Node* currentNode;   // last marked as executing, by the nodes that can fail
 
@@ -606,13 +606,14 @@ void RaiseSignal(int signal);
 void FormalRefersTo(Symbol* formal, int64_t elements);
 
 // qvt_sci_execute_Exec.cpp
-/// Sorts indices by a function of the language: int compare(int i, int j). False, with nothing done, if this is none.
+/// Sorts indices by a function of the language: int compare(int i, int j). False, with nothing done, if this is none;
+/// what is not null is reported then.
 bool SortByFunction(int* order, int n, Symbol* compare);
 
 // qvt_sci_execute_Native.cpp
 void (*SymbolGetExFun(int dataType))(Node*);   // yyerror "unknown function data type" if there is none
-/// Elements from address, the value of array or sub-array node `array`, to the end of the array; -1 unknown, 1 for a
-/// scalar variable. What natives and the print and scan family may write.
+/// Elements from address, the value of array or sub-array node `array`, to the end of the array, in an array of texts to
+/// the end of the row; -1 unknown, 1 for a scalar variable. What natives and the print and scan family may write.
 int64_t NodeRoom(const Node* array, const void* address);
 
 // qvt_sci_aux_PrintScan.cpp: the evaluators of print and of the printf and scanf families, on the whole OPERATOR node;

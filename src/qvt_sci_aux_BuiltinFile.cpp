@@ -1,6 +1,6 @@
 // Predefined functions on files. A FILE* of a script is a variable: each function gets the address of the variable.
-// A file that could not be opened, and one that was closed, is null; operations on it fail as those at the end of a file
-// do.
+// A file that could not be opened, and one that was closed, is null; operations on it fail as those at the end of a
+// file do.
 
 #include "qvt_sci_aux_Builtin.h"
 
@@ -36,7 +36,10 @@ static int qvt_sci_file_gets(char* s, const int* size, FILE* const* stream)
     return room > 0 && qvt_sci_fgets(s, int(room), *stream) ? 1 : 0;
 }
 
-static int qvt_sci_file_putc(const int* c, FILE* const* stream) { return IsOpen(*stream) ? qvt_sci_fputc(*c, *stream) : EOF; }
+static int qvt_sci_file_putc(const int* c, FILE* const* stream)
+{
+    return IsOpen(*stream) ? qvt_sci_fputc(*c, *stream) : EOF;
+}
 
 static int qvt_sci_file_puts(const char* s, FILE* const* stream)
 {

@@ -18,7 +18,7 @@ static std::span<const Builtin> KeywordDescriptions()
         {"int fprintf(FILE *stream, char format[], ...);", "the same into a file",                                                         nullptr},
         {"int sprintf(char s[], char format[], ...);",     "the text must be shorter than the array s",                                    nullptr},
         {"int scanf(char format[], ...);",                 "as in C; variables are given as they are, without &",                          nullptr},
-        {"int fscanf(FILE *stream, char format[], ...);",  "the scan functions return the number of values read",
+        {"int fscanf(FILE *stream, char format[], ...);",  "the same from a file; all three return the number of values read",
          nullptr                                                                                                                                  },
         {"int sscanf(char s[], char format[], ...);",      "the same from a text",                                                         nullptr},
         {"*/",                                             nullptr,                                                                        nullptr},

@@ -148,7 +148,8 @@ inline void* Displaced(void* base, int64_t elements, size_t elementSize)
     return reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(base) + uintptr_t(elements) * elementSize);
 }
 
-/// A dimension of -1, which only a formal has of which nobody knows what was passed, lets every index pass that is not negative. Without memory no index is valid.
+/// A dimension of -1, which only a formal has of which nobody knows what was passed, lets every index pass that is not
+/// negative. Without memory no index is valid.
 inline void CheckBounds(Node* node, int index, const void* base)
 {
     currentNode = node;

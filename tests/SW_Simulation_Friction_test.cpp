@@ -187,7 +187,8 @@ TEST_F(SW_Friction, ALawThatReachesBeyondItsPlaceOrNormalIsStopped)
 {
     qvt_sci_raise = [](int) -> int { std::longjmp(left, 1); };
     double one = 1, vectors[9] = {};
-    for (const auto& [code, raises] : {std::pair(" { return x[2] + n[2]; }", false), {" { return x[3]; }", true},
+    for (const auto& [code, raises] : {std::pair(" { return x[2] + n[2]; }", false),
+                                       {" { return x[3]; }", true},
                                        {" { n[3] = 1; return 0; }", true}}) {
         sim->Set("FrictionType", Law("far", tauHead + code));
         EXPECT_EQ(Raises(sim->Formulas().tau, &one, vectors), raises) << code;
