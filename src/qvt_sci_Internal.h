@@ -465,8 +465,9 @@ extern int qvtsci_allow_symbol_redefinition;
 
 // qvt_sci_aux_Symbols.cpp
 Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType);
-void SymbolDelete(Symbol* symbol);      // with its memory, a function with its namespace
-bool IsFunction(const void* pointer);   // the symbol of a function that there is
+void SymbolDelete(Symbol* symbol);    // with its memory, a function with its namespace
+bool IsSymbol(const void* pointer);   // a symbol that there is: a FUNC*, of func_addr also one of another kind
+bool IsFunction(const void* pointer);
 void SymbolPrint(const Symbol* symbol);
 void SymbolPrintDecl(const Symbol* symbol);
 int SymbolIsInvalid(const Symbol* symbol);
@@ -612,8 +613,8 @@ bool SortByFunction(int* order, int n, Symbol* compare);
 
 // qvt_sci_execute_Native.cpp
 void (*SymbolGetExFun(int dataType))(Node*);   // yyerror "unknown function data type" if there is none
-/// Elements from address, the value of array or sub-array node `array`, to the end of the array, in an array of texts to
-/// the end of the row; -1 unknown, 1 for a scalar variable. What natives and the print and scan family may write.
+/// Elements from address, the value of array or sub-array node `array`, to the end of the array, in an array of texts
+/// to the end of the row; -1 unknown, 1 for a scalar variable. What natives and the print and scan family may write.
 int64_t NodeRoom(const Node* array, const void* address);
 
 // qvt_sci_aux_PrintScan.cpp: the evaluators of print and of the printf and scanf families, on the whole OPERATOR node;

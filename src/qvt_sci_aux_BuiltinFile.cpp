@@ -12,7 +12,7 @@ static FILE* qvt_sci_file_open(const char* path, const char* mode)
 }
 
 // A FUNC* passes for a FILE*.
-static bool IsOpen(FILE* stream) { return stream && !IsFunction(stream); }
+static bool IsOpen(FILE* stream) { return stream && !IsSymbol(stream); }
 
 static int qvt_sci_file_close(FILE** stream)
 {

@@ -454,7 +454,7 @@ static Problem FindDestination(Statement& s, Node* node)
     void* const address = node->ex(node);
     if (s.family.target == FILE_STREAM) {
         s.stream = static_cast<FILE*>(ValueOf(PTR_TYPE, address).p);
-        return s.stream && !IsFunction(s.stream) ? NONE : BAD_FILE;
+        return s.stream && !IsSymbol(s.stream) ? NONE : BAD_FILE;
     }
     s.string = static_cast<char*>(address);
     if (!s.string) return BAD_STRING;

@@ -17,26 +17,31 @@ static constexpr int SYMBOLS_PER_BUCKET = 11;   // the average length of a chain
 // ---------------------------------------------------------------------------------------------------------------------
 // Symbols
 
-// All functions that there are: a FUNC* may come from a function that is gone, or be a FILE*, which has the same type.
-static std::unordered_set<const void*>& Functions()
+// All symbols that there are: a FUNC* may come from a function that is gone, or be a FILE*, which has the same type.
+static std::unordered_set<const void*>& Symbols()
 {
-    static auto* const functions = new std::unordered_set<const void*>;   // outlives all symbols
-    return *functions;
+    static auto* const symbols = new std::unordered_set<const void*>;   // outlives all namespaces
+    return *symbols;
 }
 
-bool IsFunction(const void* pointer) { return Functions().count(pointer) > 0; }
+bool IsSymbol(const void* pointer) { return Symbols().count(pointer) > 0; }
+
+bool IsFunction(const void* pointer)
+{
+    return IsSymbol(pointer) && static_cast<const Symbol*>(pointer)->symbolType == FUNCTION_SYMBOL;
+}
 
 Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType)
 {
     Symbol* symbol = static_cast<Symbol*>(std::calloc(1, sizeof(Symbol)));
     QVT_SCI_CHECK(symbol);
+    Symbols().insert(symbol);
     symbol->name = strdup(name);
     QVT_SCI_CHECK(symbol->name);
     symbol->qualifier = qualifier;
     symbol->symbolType = symbolType;
     symbol->dataType = dataType;
     if (symbolType == FUNCTION_SYMBOL) {
-        Functions().insert(symbol);
         symbol->func.ns = gActiveNamespace;
         gActiveNamespace->initCode = nullptr;
         gActiveNamespace->exitCode = nullptr;
@@ -50,8 +55,8 @@ Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType)
 void SymbolDelete(Symbol* symbol)
 {
     SymbolForget(symbol);
+    Symbols().erase(symbol);
     if (symbol->symbolType == FUNCTION_SYMBOL) {
-        Functions().erase(symbol);
         NodeDelete(symbol->func.body);
         NamespaceDelete(symbol->func.ns);
         std::free(symbol->func.args);

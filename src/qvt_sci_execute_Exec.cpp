@@ -137,7 +137,7 @@ bool SortByFunction(int* order, int n, Symbol* compare)
 {
     if (!compare) return false;
     if (!IsFunction(compare) || !ComparesInts(compare)) {
-        const char* const name = IsFunction(compare) ? compare->name : "compare";
+        const char* const name = IsSymbol(compare) ? compare->name : "compare";
         qvt_sci_msg("\nqvt_sci_execute:ERROR: '%s' cannot compare, the form that is expected is: "
                     "int %s(int i, int j)\n",
                     name, name);
