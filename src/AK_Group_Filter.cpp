@@ -16,9 +16,9 @@ static constexpr int pathBufferSize = 131072;
 /// A filter that is compiled as long as this lives.
 class AK_Group::CompiledFilter {
 public:
-    explicit CompiledFilter(const AK_String& text) : _isEmpty(text.IsEmpty())
+    CompiledFilter(const AK_Group* group, const AK_String& text) : _group(group), _isEmpty(text.IsEmpty())
     {
-        if (_isEmpty) return;
+        if (_isEmpty || AsksItself()) return;
         const AK_ActiveNamespace root(AK_RootNamespace());
         _space = qvt_sci_NamespaceOpen();
         const AK_String code = AK_String("int pass(char id[]){") + text + "}";
@@ -35,18 +35,34 @@ public:
     bool Compiles() const { return _pass != nullptr; }
 
     /// No filter lets everything pass, one that does not compile nothing.
-    bool Passes(const AK_Group* group, const AK_Object* object)
+    bool Passes(const AK_Object* object)
     {
         if (!_pass) return _isEmpty;
         const AK_String path = object->IdAbs();
         _path.SetSize(std::max(pathBufferSize, path.Length() + 1));
         std::memcpy(_path.Data(), path.c_str(), size_t(path.Length()) + 1);
         qvt_sci_BindArgLength(_pass, 0, _path.Size());
-        const CodeOf running(group);
-        return int(uint32_t(qvt_sci_Call(_pass, _path.Data()))) != 0;   // an int comes in the low 4 bytes
+        const CodeOf running(_group);
+        _asked.Append(_group);
+        const uint64_t answer = qvt_sci_Call(_pass, _path.Data());
+        _asked.Remove(_asked.Size() - 1);
+        return int(uint32_t(answer)) != 0;   // an int comes in the low 4 bytes
     }
 
 private:
+    // A filter that needs its own result would look for it for ever.
+    bool AsksItself() const
+    {
+        if (_asked.IndexOf(_group) < 0) return false;
+        _execStatus =
+            AK_String("'Filter'") + InLanguage(" of ", " von ") + _group->IdAbs() +
+            InLanguage(": the filter asks for its own result", ": der Filter fragt nach seinem eigenen Ergebnis");
+        AK_MSG("ERROR: " << _execStatus);
+        return true;
+    }
+
+    inline static AK_List<const AK_Group*> _asked{1};   // groups whose filters are running
+    const AK_Group* _group;
     Namespace* _space = nullptr;
     Symbol* _pass = nullptr;
     AK_List<char> _path{1};   // what the formula gets, which may write into it
@@ -55,27 +71,27 @@ private:
 
 void AK_Group::Filter(const AK_String& text)
 {
-    if (CompiledFilter(text).Compiles()) _filter = text;
+    if (CompiledFilter(nullptr, text).Compiles()) _filter = text;
 }
 
 void AK_Group::AppendAllObjectsOfType()
 {
-    CompiledFilter filter(_filter);
+    CompiledFilter filter(this, _filter);
     for (AK_Object* object : ObjectsOfSelectedType()) {
         if (!IsAlive(object) || object == this || _components.IndexOf(object) >= 0) continue;
-        if (filter.Passes(this, object) && IsAlive(object)) Append(object);
+        if (filter.Passes(object) && IsAlive(object)) Append(object);
     }
     UpdateAttributes();
 }
 
 AK_String AK_Group::GetObjectsOfTypeList() const
 {
-    CompiledFilter filter(_filter);
+    CompiledFilter filter(this, _filter);
     AK_List<AK_String> paths(1);
     for (const AK_Object* object : ObjectsOfSelectedType()) {
         if (!IsAlive(object)) continue;
         const AK_String path = object->IdAbs();
-        if (filter.Passes(this, object)) paths.Append(path);
+        if (filter.Passes(object)) paths.Append(path);
     }
     return AK_String(paths, ak_sep);
 }

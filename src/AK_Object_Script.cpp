@@ -96,10 +96,19 @@ AK_Object::CodeOf::CodeOf(const AK_Object* object) : _call(object) { _curObj.App
 
 AK_Object::CodeOf::~CodeOf() { _curObj.Remove(_curObj.Size() - 1); }
 
+// A function that would be called if it took nothing.
+static void TellOfOtherForm(const char* name)
+{
+    const Symbol* function = qvt_sci_FuncPtr(name);
+    if (!function || qvt_sci_Takes(function, "")) return;
+    AK_MSG("ERROR: function '" << name << "' is not of the form that is expected: void " << name << "()");
+}
+
 // Runs the code that belongs to no function, then a function that takes nothing, if there is one of that name.
 void AK_Object::RunLoadedCode(const char* function)
 {
     const CodeOf running(this);
+    TellOfOtherForm(function);
     qvt_sci_InitAll();
     if (Symbol* symbol = FormulaFunction(qvt_sci_NamespaceGetCurrent(), function, "")) qvt_sci_Call(symbol);
 }
@@ -125,7 +134,10 @@ Namespace* AK_Object::Load_QVT_SCI_code(const AK_String& source)
     Namespace* space = qvt_sci_NamespaceCreate();
     if (space) {
         const AK_ActiveNamespace active(space);
-        if (ParseCode(file, name) == 0) RunLoadedCode("Init");
+        if (ParseCode(file, name) == 0) {
+            TellOfOtherForm("Update");
+            RunLoadedCode("Init");
+        }
     } else
         AK_MSG("cannot create QVT_SCI namespace!");
     if (file) std::fclose(file);
@@ -174,10 +186,24 @@ AK_String AK_Object::CallWithText(Symbol* function, const AK_String& text)
     return result;
 }
 
+// A function that asks for its own attribute, of whatever object, would do so for ever; nor has the language room for
+// two calls of one function at a time.
+static bool IsInItsOwnFunction(Symbol* function, const AK_Object* object, const AK_String& attr)
+{
+    if (!qvt_sci_IsRunning(function)) return false;
+    AK_Object::_execStatus =
+        AK_String("'") + attr + InLanguage("' of ", "' von ") + object->IdAbs() +
+        InLanguage(": the function of this name is running and cannot be called again before it ends",
+                   ": die Funktion dieses Namens ist aktiv und nicht noch einmal aufrufbar, bevor sie endet");
+    AK_MSG("ERROR: " << AK_Object::_execStatus);
+    return true;
+}
+
 int AK_Object::qvt_sci_Get(Namespace* space, const AK_String& attr, AK_String& result) const
 {
     Symbol* function = FormulaFunction(space, attr, oneText);
     if (!function) return 0;
+    if (IsInItsOwnFunction(function, this, attr)) return 1;
     _execStatus = "";
     const CodeOf running(this);
     result = CallWithText(function, "");
@@ -188,6 +214,7 @@ int AK_Object::qvt_sci_Set(Namespace* space, const AK_String& attr, const AK_Str
 {
     Symbol* function = FormulaFunction(space, attr, oneText);
     if (!function) return 0;
+    if (IsInItsOwnFunction(function, this, attr)) return 1;
     _execStatus = "";
     const CodeOf running(this);
     CallWithText(function, value);
@@ -198,7 +225,7 @@ int AK_Object::qvt_sci_Set(Namespace* space, const AK_String& attr, const AK_Str
 void AK_Object::qvt_sci_Update(Namespace* space)
 {
     Symbol* function = FormulaFunction(space, "Update", "");
-    if (!function) return;
+    if (!function || IsInItsOwnFunction(function, this, "Update")) return;
     const CodeOf running(this);
     qvt_sci_Call(function);
 }
@@ -209,8 +236,8 @@ void AK_Object::qvt_sci_Update(Namespace* space)
 
 void AK_Object::List_QVT_SCI_predefined(const AK_String& fileName)
 {
-    const AK_String text =
-        AK_String("INFO:QVT_SCI-Interpreter predefined variables and functions\n") + ObjectFunctionsText();
+    const AK_String text = AK_String("INFO:QVT_SCI-Interpreter predefined variables and functions\n") +
+                           ObjectFunctionsText() + "\n" + qvt_sci_intrinsics() + "\n" + qvt_sci_explanations();
     AK_MSG(text);
     if (fileName.IsEmpty()) return;
     if (!AK_WriteFile(fileName, [&](std::FILE* file) { std::fputs(text.c_str(), file); }))

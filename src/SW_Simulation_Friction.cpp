@@ -189,6 +189,8 @@ bool SW_Simulation::LoadFormulaFile(const AK_String& path)
     found.set_par = AK_FunctionOfForm("set_par", "void", {"char[]"});
     found.get_par = AK_FunctionOfForm("get_par", "void", {"char[]"});
     found.entrainment_energy_loss = AK_FunctionOfForm("entrainment_energy_loss", "double", {lossFormals});
+    for (Symbol* function : {found.tau, found.entrainment_energy_loss})
+        for (int i = 5; function && i < 7; ++i) qvt_sci_BindArgLength(function, i, 3);   // position, normal
     _formulas = found;
     AK_MSG("syntax OK, using " << path);
     qvt_sci_InitAll();

@@ -122,16 +122,20 @@ static void Undo()
 // ---------------------------------------------------------------------------------------------------------------------
 // Parsing
 
-// The whole rest of the file with a null byte behind it, malloc'd.
+// The whole rest of the file with a null byte behind it, malloc'd. Null if it is longer than any source is: the file
+// may be a device without an end.
 static char* ReadAll(FILE* file, size_t* length)
 {
     Pile<char> text = {};
-    for (;;) {
-        const int c = std::fgetc(file);
-        QVT_SCI_CHECK(text.Push(c == EOF ? 0 : char(c)));
-        if (c == EOF) break;
+    int c;
+    while ((c = std::fgetc(file)) != EOF && text.count < MAX_SOURCE) QVT_SCI_CHECK(text.Push(char(c)));
+    if (c != EOF) {
+        text.Free();
+        qvt_sci_msg("source is longer than %d bytes\n", int(MAX_SOURCE));
+        return nullptr;
     }
-    *length = text.count - 1;
+    *length = text.count;
+    QVT_SCI_CHECK(text.Push(0));
     return text.items;
 }
 
@@ -178,9 +182,10 @@ int qvt_sci_ParseAny(FILE* file, const char* text)
         length = std::strlen(code);
     } else if (file) {
         code = ReadAll(file, &length);
+        failed = !code;
     }
     if (failed) {
-        qvt_sci_msg("preprocessing failed\n");
+        if (text) qvt_sci_msg("preprocessing failed\n");
         qvt_sci_flush_msg();
     } else {
         ParseText(code ? code : "", length);

@@ -155,7 +155,7 @@ void qvt_sci_BindBySym(Symbol* symbol, const void* address);   // no checks
 void qvt_sci_BindArg(Symbol* function, int index, const void* address);
 
 /// Number of elements of the array that the host passes for a formal, from now on until it is set anew; -1, at first,
-/// for unknown. Natives that write text (strcpy, sprintf) keep within it.
+/// for unknown. Indices are checked against it, and natives that write text (strcpy, sprintf) keep within it.
 void qvt_sci_BindArgLength(Symbol* function, int index, int64_t elements);
 
 /// Address of a variable; searched upward. Null and a message if there is none.
@@ -201,7 +201,8 @@ void qvt_sci_Execute(Symbol* function);
 int qvt_sci_GetReturnValue(Symbol* function, void* out);
 
 /// Within a native function: the elements from the address passed as argument `index` to the end of the array it
-/// points into; -1 if unknown (no array, or one whose length nobody told). (qvt_sci_execute_Native.cpp)
+/// points into, of a text in an array of texts to the end of its row; -1 if unknown (no array, or one whose length
+/// nobody told). (qvt_sci_execute_Native.cpp)
 int64_t qvt_sci_ArgLength(int index);
 
 /// Where the run is, for a report or a signal handler: the functions that are active, outermost first, and the code of
@@ -209,6 +210,10 @@ int64_t qvt_sci_ArgLength(int index);
 int qvt_sci_StackDepth();
 const char* qvt_sci_StackFuncName(int index);
 void qvt_sci_GetCurrentCode(char* buffer, int size);
+
+/// For natives: 1 while the function is active. It cannot be called then: qvt_sci_Call and qvt_sci_Execute report that
+/// and do nothing, the result is 0.
+int qvt_sci_IsRunning(const Symbol* function);
 
 /// Declares a run as over that the host left by a jump of its own (longjmp out of qvt_sci_raise or a native): no
 /// function counts as active any more. (qvt_sci_execute.cpp)

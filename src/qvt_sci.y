@@ -43,6 +43,7 @@ static void MoveCodesToNamespace();
 static Symbol* EndFunctionHeader(int dataType, const char* name);
 static void EndFunction(Symbol* function, Node* statements);
 static void BeginFormals(int returnType);
+static void CheckHasValue(int dataType);
 static void DeclareVariable(const char* name, Node* value);
 static void DeclareArray(const char* name);
 static void DeclareFormal(const char* name, bool isArray);
@@ -144,8 +145,8 @@ function_header:
     ;
 
 formal_list:
-    type formal
-    | formal_list ',' type formal
+    type formal                                     { CheckHasValue($1); }
+    | formal_list ',' type formal                   { CheckHasValue($3); }
     ;
 
 formal:
@@ -161,8 +162,8 @@ local_declarations:
 /* --------------------------------------------------------------------------------------------------- declarations */
 
 declaration:
-    type declarator_list ';'
-    | storage_class type declarator_list ';'        { curQual = NO_QUALIFIER; }
+    type declarator_list ';'                        { CheckHasValue($1); }
+    | storage_class type declarator_list ';'        { CheckHasValue($2); curQual = NO_QUALIFIER; }
     ;
 
 storage_class:
@@ -407,6 +408,11 @@ static void AddInitialiser(Node* assignment)
 {
     if (curQual == STATIC_QUALIFIER) assignment = OprNew(STATIC, 1, assignment);
     initNode = SequenceAppend(initNode, assignment);
+}
+
+static void CheckHasValue(int dataType)
+{
+    if (dataType == VOID_TYPE) yyerror("only functions can be of type void");
 }
 
 static void DeclareVariable(const char* name, Node* value)

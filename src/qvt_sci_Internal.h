@@ -164,7 +164,7 @@ struct OperatorPart {
 };
 
 struct SubarrayPart {
-    int32_t* dimPtr;   // size of this level, in the symbol
+    int32_t* dimPtr;   // size of this level, in the symbol; of a formal's first level its limit
     Node* base;        // ARRAY or SUBARRAY
     Node* index;       // of type int
     void** baseAt;     // &symbol->addr of the array if base is one, else null
@@ -174,6 +174,7 @@ struct SubarrayPart {
 struct CallPart {
     Symbol* symbol;   // function, or pointer variable
     int32_t nArgs;
+    int32_t mayMove;    // 1: evaluating an argument may resize the array that another one lies in
     Node** args;        // malloc'd
     void** addresses;   // malloc'd, nArgs: where the arguments of the call under way lie
 };
@@ -183,6 +184,7 @@ struct Node {
     int16_t type;         // NodeKind
     int16_t dataType;     // of the result
     int32_t parseIndex;   // place in the parse's list of nodes without an owner, -1 once owned (qvt_sci_Node.cpp)
+    int32_t line;         // of the source, where the node's text ends
 
     /// Address of the value: a variable's own memory, so that it can be written through (passing by reference is no
     /// more than that); for an operator `value`; for a vector its first element; null for statements.
@@ -345,6 +347,9 @@ int NodeVecSize(const Node* node);   // elements, negative if unknown; a dynamic
 /// type therefore all have get.p = PointerOf, which reads through ex, and get.i = LowHalfOf once cast to int.
 Node* CastNew(int dataType, Node* node);
 Node* CastTo(int dataType, Node* node);   // the node itself if nothing is to be done
+/// The same where a single number is wanted: an array is refused though it be of that type.
+Node* NumberTo(int dataType, Node* node);
+Node* ArgumentTo(const Symbol* formal, Node* node);
 void* PointerOf(Node* node);
 int LowHalfOf(Node* node);
 Node* NonZeroNew(Node* node);
@@ -403,6 +408,7 @@ struct ArrayPart {
     int64_t size;                         // elements: the product of dims; fits an int
     Node* dimNode;                        // int expression of a dynamic first dimension, or null
     int64_t length;                       // formal: elements of the array last passed in, -1 unknown
+    int32_t limit;                        // formal: dims[0], or the rows that were passed if they are known to be fewer
     int64_t hostLength;   // formal: elements of what the host passes (qvt_sci_BindArgLength), -1 unknown
 };
 
@@ -459,7 +465,9 @@ extern int qvtsci_allow_symbol_redefinition;
 
 // qvt_sci_aux_Symbols.cpp
 Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType);
-void SymbolDelete(Symbol* symbol);   // with its memory, a function with its namespace
+void SymbolDelete(Symbol* symbol);    // with its memory, a function with its namespace
+bool IsSymbol(const void* pointer);   // a symbol that there is: a FUNC*, of func_addr also one of another kind
+bool IsFunction(const void* pointer);
 void SymbolPrint(const Symbol* symbol);
 void SymbolPrintDecl(const Symbol* symbol);
 int SymbolIsInvalid(const Symbol* symbol);
@@ -520,6 +528,7 @@ extern char* qvt_sci_includePathes;   // each directory with "/" and a newline b
 int yylex();
 void ScannerStart(const char* text, size_t length);   // borrowed until ScannerEnd
 void ScannerEnd();
+int SourceLine();          // of the token that the parser took last; a carriage return begins none here
 void ScannerTextTaken();   // the string literal scanned last has an owner: until then the scanner frees it
 
 /// Reports an error; while parsing it does not return but jumps to syntax_error_jmp_buf. While code runs
@@ -527,12 +536,15 @@ void ScannerTextTaken();   // the string literal scanned last has an owner: unti
 void yyerror(const char* message);
 void yyerrorf(const char* format, ...) __attribute__((format(printf, 1, 2)));   // by way of mess, cut to its size
 
+inline constexpr size_t MAX_SOURCE = 8 << 20;   // bytes of a source, expanded; real ones have a few thousand
+
 // qvt_sci_Preprocess.cpp
 /// Expands #include and #define in *text (malloc'd, reallocated). 0 on success; on failure the reason has been printed.
 int qvt_sci_Preprocess(char** text);
 
 // qvt_sci.y
 int yyparse();
+extern int yychar;          // the token that the parser holds back, YYEMPTY: none
 extern int curReturnType;   // of the function being parsed
 void arg_lists_clear();
 
@@ -569,7 +581,8 @@ void RestoreMessages(const MessageSink& sink);
 extern Value returnValue;   // of the latest function
 extern int jumpDep;         // loops and calls under way, minus 1: -1 when idle
 extern Symbol* callStack[MAX_JUMP_DEP];
-extern int stackDep;        // functions on it
+extern int stackDep;   // functions on it
+bool IsOnStack(const Symbol* function);
 extern Node* currentNode;   // last marked as executing, by the nodes that can fail
 
 // qvt_sci_execute_Select.cpp
@@ -589,14 +602,19 @@ double funcPtrCall(const char* pointerName, Symbol* function, int nArgs, Node** 
 /// Flushes the messages, then qvt_sci_raise(signal).
 void RaiseSignal(int signal);
 
+// qvt_sci_execute_Array.cpp
+/// A formal array refers to so many elements, -1 unknown.
+void FormalRefersTo(Symbol* formal, int64_t elements);
+
 // qvt_sci_execute_Exec.cpp
-/// Sorts indices by a function of the language: int compare(int i, int j). False, with nothing done, if this is none.
+/// Sorts indices by a function of the language: int compare(int i, int j). False, with nothing done, if this is none;
+/// what is not null is reported then.
 bool SortByFunction(int* order, int n, Symbol* compare);
 
 // qvt_sci_execute_Native.cpp
 void (*SymbolGetExFun(int dataType))(Node*);   // yyerror "unknown function data type" if there is none
-/// Elements from address, the value of array or sub-array node `array`, to the end of the array; -1 unknown, 1 for a
-/// scalar variable. What natives and the print and scan family may write.
+/// Elements from address, the value of array or sub-array node `array`, to the end of the array, in an array of texts
+/// to the end of the row; -1 unknown, 1 for a scalar variable. What natives and the print and scan family may write.
 int64_t NodeRoom(const Node* array, const void* address);
 
 // qvt_sci_aux_PrintScan.cpp: the evaluators of print and of the printf and scanf families, on the whole OPERATOR node;

@@ -111,6 +111,7 @@ Node* NodeNew(NodeKind kind, int dataType, const char* noMemory)
     if (!node) yyerror(noMemory);
     node->type = int16_t(kind);
     node->dataType = int16_t(dataType);
+    node->line = SourceLine();
     UnownedAdd(node);
     return node;
 }
@@ -184,9 +185,10 @@ Node* SubarrNew(Node* base, Node* index)
     ArrayPart& array = root->value.symbol->arr;
     if (level >= array.nDims) yyerror("more array dimensions specified than available!");
 
-    index = CastTo(INT_TYPE, index);
+    index = NumberTo(INT_TYPE, index);
     Node* node = NodeNew(SUBARRAY, base->dataType);
-    node->sub.dimPtr = &array.dims[level];
+    const bool hasLimit = level == 0 && root->value.symbol->qualifier == FORMAL_QUALIFIER;
+    node->sub.dimPtr = hasLimit ? &array.limit : &array.dims[level];
     node->sub.base = base;
     node->sub.index = index;
     node->value.stride = 1;
@@ -276,7 +278,7 @@ Node* OprNewListAss(Node* target, int n, Node* const* list)
     }
     node->o.ops[0] = target;
     node->o.nOps = 1;
-    for (int i = 0; i < n; ++i) node->o.ops[node->o.nOps++] = CastTo(target->dataType, list[i]);
+    for (int i = 0; i < n; ++i) node->o.ops[node->o.nOps++] = NumberTo(target->dataType, list[i]);
     node->o.isVector = int8_t(NodeIsVector(target));
     node->o.vecSize = NodeVecSize(target);
     NodeSelFuncPtr(node);
@@ -329,7 +331,7 @@ Node* FuncCallNew(const char* name, int nArgs, Node* const* args)
     if (!node->call.args || !node->call.addresses) yyerror("FuncCallNew: out of memory");
     for (int i = 0; i < nArgs; ++i) {
         // The arguments of a call through a pointer are tested when it is made.
-        node->call.args[i] = isFunction ? CastTo(symbol->func.args[i]->dataType, args[i]) : args[i];
+        node->call.args[i] = isFunction ? ArgumentTo(symbol->func.args[i], args[i]) : args[i];
     }
     node->call.nArgs = nArgs;
     NodeSelFuncPtr(node);

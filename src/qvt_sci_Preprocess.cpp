@@ -16,8 +16,6 @@
 
 char* qvt_sci_includePathes = nullptr;
 
-static constexpr size_t MAX_TEXT = 8 << 20;   // bytes of expanded source; real ones have a few thousand
-
 // ---------------------------------------------------------------------------------------------------------------------
 // Include paths
 
@@ -178,7 +176,7 @@ static FILE* OpenInclude(const char* name)
 static bool AppendFile(Pile<char>& text, FILE* file)
 {
     for (int c = qvt_sci_fgetc(file); c != EOF && c != 0; c = qvt_sci_fgetc(file)) {
-        if (text.count >= MAX_TEXT) return false;
+        if (text.count >= MAX_SOURCE) return false;
         const char byte = char(c);
         Append(text, &byte, 1);
     }
@@ -335,7 +333,7 @@ static bool Substitute(char** text, const char* from, const Definition& definiti
         Append(expanded, definition.value.data(), definition.value.size());
         for (size_t i = definition.value.size(); i < key.size(); ++i) Append(expanded, " ", 1);
         copied = at + key.size();
-        fits = expanded.count < MAX_TEXT;
+        fits = expanded.count < MAX_SOURCE;
     }
     borders.Free();
     if (!fits) {

@@ -11,6 +11,7 @@
 
 #include "qvt_sci.tab.h"
 
+#include <algorithm>
 #include <cstdarg>
 
 int curLineNumber = -1;
@@ -25,6 +26,8 @@ static const char* sourceEnd = source;
 static const char* token = source;   // the token being scanned
 static const char* point = source;   // behind it
 static size_t lineTextLength = 0;    // of curLineText
+static int tokenLine = 1;            // of the token being scanned
+static int lineBefore = 1;           // of the one before
 static char* literal = nullptr;      // value of the last string literal while it has no other owner
 
 static constexpr size_t LINE_TEXT_USED = 254;   // of curLineText: a token that would go beyond is left out
@@ -46,6 +49,7 @@ void ScannerStart(const char* text, size_t length)
     source = token = point = text;
     sourceEnd = text + length;
     curLineNumber = 1;
+    tokenLine = lineBefore = 1;
     ClearLineText();
     DropLiteral();
 }
@@ -57,6 +61,9 @@ void ScannerEnd()
 }
 
 void ScannerTextTaken() { literal = nullptr; }
+
+// Where a rule needs the token behind it to be seen through, the parser has that token in hand already.
+int SourceLine() { return yychar == YYEMPTY ? tokenLine : lineBefore; }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Characters. The byte behind the end reads as 0, which no token contains; a 0 within a file's text is no token either.
@@ -349,7 +356,11 @@ static int UnknownCharacter()
 
 int yylex()
 {
-    if (!SkipToToken()) return 0;
+    const char* const before = token;
+    const bool found = SkipToToken();
+    lineBefore = tokenLine;
+    tokenLine += int(std::count(before, token, '\n'));
+    if (!found) return 0;
     if (IsLetter(*token)) {
         const char* end = token;
         while (IsLetter(*end) || IsDigit(*end)) ++end;

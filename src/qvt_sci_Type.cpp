@@ -141,6 +141,13 @@ static Node* ConversionNew(int opr, int dataType, Node* operand, const char* noM
     return node;
 }
 
+static const char* NameOfArray(const Node* node)
+{
+    if (node->type == OPERATOR) return OprName(node->o.opr);
+    while (node->type == SUBARRAY) node = node->sub.base;
+    return node->value.symbol->name;
+}
+
 Node* CastNew(int dataType, Node* node)
 {
     if (node->dataType == dataType) {
@@ -155,10 +162,8 @@ Node* CastNew(int dataType, Node* node)
         yyerror("can cast pointer to int only");
     } else if (node->dataType == VOID_TYPE) {
         yyerror("cannot cast from void");
-    } else if (node->type == ARRAY || (node->type == SUBARRAY && node->value.stride != 1)) {
-        const Node* root = node;
-        while (root->type == SUBARRAY) root = root->sub.base;
-        qvt_sci_msg("cannot cast %s array '%s' to type %s\n", dataTypeName[node->dataType], root->value.symbol->name,
+    } else if (NodeIsVector(node)) {
+        qvt_sci_msg("cannot cast %s array '%s' to type %s\n", dataTypeName[node->dataType], NameOfArray(node),
                     dataTypeName[dataType]);
         yyerror("cannot cast array to another type");
     } else {
@@ -169,8 +174,27 @@ Node* CastNew(int dataType, Node* node)
 
 Node* CastTo(int dataType, Node* node) { return CastNew(dataType, node); }
 
+static void ReportArray(const Node* node)
+{
+    qvt_sci_msg("%s array '%s' stands where a single number is wanted\n", dataTypeName[node->dataType],
+                NameOfArray(node));
+    yyerror("array instead of a single number");
+}
+
+Node* NumberTo(int dataType, Node* node)
+{
+    if (node->dataType == dataType && NodeIsVector(node)) ReportArray(node);
+    return CastTo(dataType, node);
+}
+
+Node* ArgumentTo(const Symbol* formal, Node* node)
+{
+    return formal->symbolType == ARRAY_SYMBOL ? CastTo(formal->dataType, node) : NumberTo(formal->dataType, node);
+}
+
 Node* NonZeroNew(Node* node)
 {
+    if (node->type == OPERATOR && NodeIsVector(node)) ReportArray(node);
     if (node->dataType == INT_TYPE) return node;
     if (node->dataType == VOID_TYPE) {
         yyerror("cannot compare void to zero");
@@ -214,7 +238,7 @@ static void CheckResize(OperatorPart& o)
     if (qualifier == EXTERN_QUALIFIER || qualifier == FORMAL_QUALIFIER) {
         yyerror("arg 1 of resize must not be extern or formal array");
     }
-    o.ops[1] = CastTo(INT_TYPE, o.ops[1]);
+    o.ops[1] = NumberTo(INT_TYPE, o.ops[1]);
 }
 
 static void CheckIqsort(const OperatorPart& o)

@@ -138,7 +138,7 @@ void qvt_sci_BindArgLength(Symbol* function, int index, int64_t elements)
 {
     Symbol* formal = function->func.args[index];
     if (formal->symbolType != ARRAY_SYMBOL) return;
-    formal->arr.length = elements;
+    FormalRefersTo(formal, elements);
     formal->arr.hostLength = elements;
 }
 

@@ -221,7 +221,7 @@ std::span<const Builtin> SolverBuiltins()
         {"// Gauss elimination with row pivoting; matrix row by row. Returns the number of singularities,",       nullptr,
          nullptr                                                                                                                                    },
         {"// in which case the solution still may be useful; -1: an array is too short.",                         nullptr, nullptr                  },
-        {"int solveLES(int size, double matrix[], double rhs[], double x[]);",                                    nullptr, Native(qvt_sci_solveLES) },
+        {"int solveLES(int size, double matrix[], double rhs[], double x[]);",                                    "matrix*x = rhs", Native(qvt_sci_solveLES) },
         {"",                                                                                                      nullptr, nullptr                  },
         {"// Preconditioned conjugate gradients for a sparse symmetric matrix: diagonal ap[nc], and -af[e] at",   nullptr,
          nullptr                                                                                                                                    },
@@ -231,7 +231,7 @@ std::span<const Builtin> SolverBuiltins()
          nullptr,                                                                                                          nullptr                  },
         {"// Returns the final residual relative to the initial one.",                                            nullptr, nullptr                  },
         {"double solve_pcg(int nc, int ne, int le[][2], double tol, int min_iter, int max_iter, double ap[], "
-         "double af[], double b[], double x[]);",                                                        nullptr, Native(qvt_sci_solve_pcg)},
+         "double af[], double b[], double x[]);",                                                        "matrix*x = b", Native(qvt_sci_solve_pcg)},
         // clang-format on
     };
     return rows;

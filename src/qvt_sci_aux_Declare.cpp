@@ -127,10 +127,11 @@ Symbol* DeclareArr(int qualifier, int dataType, const char* name, int nDims, con
     Symbol* symbol = SymbolNew(name, qualifier, ARRAY_SYMBOL, dataType);
     std::copy(dims, dims + nDims, symbol->arr.dims);
     symbol->arr.nDims = nDims;
+    symbol->arr.limit = dims[0];
     symbol->arr.size = size;
     SymtabAdd(gActiveNamespace->symtab, symbol);
     if (dynNode) {
-        symbol->arr.dimNode = CastTo(INT_TYPE, dynNode);
+        symbol->arr.dimNode = NumberTo(INT_TYPE, dynNode);
         NodesKeep(symbol->arr.dimNode);
     } else if (allocate) {
         symbol->memory = std::calloc(size_t(nBytes), 1);
@@ -154,18 +155,13 @@ static void DeleteBody(Symbol* function)
     function->func.exFun = SymbolGetExFun(function->dataType);
 }
 
-static bool IsRunning(const Symbol* function)
-{
-    return std::find(callStack, callStack + stackDep, function) != callStack + stackDep;
-}
-
 // May the active namespace be the formals of this function, declared before? If not, that is an error.
 static void CheckRedeclaration(Symbol* function, int dataType, int nArgs, Symbol* const* args)
 {
     if (function->symbolType != FUNCTION_SYMBOL) yyerrorf("symbol '%s' already declared", function->name);
     if (function->dataType != dataType) yyerror("function already declared with different type");
     if (function->func.nArgs != nArgs) yyerror("function already declared with different number of arguments");
-    if (function->func.body && (!qvtsci_allow_symbol_redefinition || IsRunning(function))) {
+    if (function->func.body && (!qvtsci_allow_symbol_redefinition || IsOnStack(function))) {
         yyerrorf("function '%s' already defined", function->name);
     }
     for (int i = 0; i < nArgs; ++i) {

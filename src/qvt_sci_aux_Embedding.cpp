@@ -115,13 +115,23 @@ void qvt_sci_InitAll() { RunCode(qvt_sci_NamespaceGetCurrent()->initCode); }
 
 void qvt_sci_ExitAll() { RunCode(qvt_sci_NamespaceGetCurrent()->exitCode); }
 
+// A native that a function has called may be about to call that function. Its formals and slots are in use.
+static inline bool IsActive(const Symbol* function)
+{
+    if (stackDep == 0 || !qvt_sci_IsRunning(function)) return false;
+    qvt_sci_msg("no recursive call supported (%s)!\n", function->name);
+    qvt_sci_flush_msg();
+    return true;
+}
+
 uint64_t qvt_sci_CallWith(Symbol* function, const void* const* arguments, int count)
 {
+    if (IsActive(function)) return 0;
     Symbol* const* formals = function->func.args;
     const int n = std::min(count, function->func.nArgs);
     for (int i = 0; i < n; ++i) {
         formals[i]->addr = const_cast<void*>(arguments[i]);
-        if (formals[i]->symbolType == ARRAY_SYMBOL) formals[i]->arr.length = formals[i]->arr.hostLength;
+        if (formals[i]->symbolType == ARRAY_SYMBOL) FormalRefersTo(formals[i], formals[i]->arr.hostLength);
     }
     funcCall(function);
     uint64_t result;
@@ -129,7 +139,10 @@ uint64_t qvt_sci_CallWith(Symbol* function, const void* const* arguments, int co
     return result;
 }
 
-void qvt_sci_Execute(Symbol* function) { funcCall(function); }
+void qvt_sci_Execute(Symbol* function)
+{
+    if (!IsActive(function)) funcCall(function);
+}
 
 int qvt_sci_GetReturnValue(Symbol* function, void* out)
 {

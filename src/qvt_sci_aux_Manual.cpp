@@ -188,7 +188,8 @@ If the arrays have different lengths the shorter one starts over again: {1, 2, 3
 array on the left of an assignment never changes its length. The cross product of two arrays of length 2 has two
 elements: c[1] is the 2D cross product and c[0] its negative. Write blanks around the dot of a dot product, since a.5
 reads as a and .5. There is no arithmetic with arrays whose length is unknown, nor a conversion of a whole array to
-another type: b = b + 1.0 fails for an array of int, b += 1.0 works.
+another type: b = b + 1.0 fails for an array of int, b += 1.0 works. What is computed from arrays is an array too: it
+is no argument for sin(x), and no condition.
 
 Arrays that change their size:
 
@@ -271,7 +272,8 @@ message shows the lines around it, with an "X" before the line where it was noti
 mistake.
 
 Errors at run time: a division by zero, an index outside of its array, the call of a function that nobody provides, a
-file that is not open and a string that is too short for its text are reported with a message.
+file that is not open, a name that nobody provides and a string that is too short for its text are reported with a
+message that names the function and the line. An array cannot be resized while a parameter refers to it.
 
 Speed:
 

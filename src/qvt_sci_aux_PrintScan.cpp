@@ -393,7 +393,8 @@ static Problem ScanPiece(Statement& s, const char* piece, Node* argument)
 static Problem ScanString(Statement& s, const char* format, Node* const* arguments, int count)
 {
     void* places[SSCANF_VARIABLES] = {};
-    for (int i = 0; i < count; ++i) places[i] = arguments[i]->ex(arguments[i]);
+    for (int i = 0; i < count; ++i) places[i] = Keep(arguments[i], arguments[i]->ex(arguments[i])).place;
+    for (int i = 0; i < count; ++i) places[i] = AddressOf({arguments[i], places[i]});
     std::string checked;
     if (!MakeScanFormat(checked, format, {arguments, places, count})) return BAD_FORMAT;
     s.scanned = std::sscanf(CText(s.string, s.room).c_str(), checked.c_str(), places[0], places[1], places[2],
@@ -453,33 +454,40 @@ static Problem FindDestination(Statement& s, Node* node)
     void* const address = node->ex(node);
     if (s.family.target == FILE_STREAM) {
         s.stream = static_cast<FILE*>(ValueOf(PTR_TYPE, address).p);
-        return s.stream ? NONE : BAD_FILE;
+        return s.stream && !IsSymbol(s.stream) ? NONE : BAD_FILE;
     }
     s.string = static_cast<char*>(address);
     if (!s.string) return BAD_STRING;
     s.room = RoomOf(NodeRoom(node, address));
     if (!s.family.scans) {
-        s.room = std::min(s.room, RoomOf(NodeVecSize(node)));   // a row of an array of texts is a text of its own
+        s.room = std::min(s.room, RoomOf(NodeVecSize(node)));   // of an element no more than that
         if (s.room == 0) return BAD_STRING;
         s.string[0] = 0;
     }
     return NONE;
 }
 
-static Problem RunStatement(Statement& s, Node* const* operands, int count)
+// operands: the format and what follows it.
+static Problem RunWithDestination(Statement& s, Node* const* operands, int count)
 {
-    if (s.family.target != CONSOLE) {
-        const Problem problem = FindDestination(s, operands[0]);
-        if (problem) return problem;
-        ++operands;
-        --count;
-    }
     const char* const format = static_cast<const char*>(operands[0]->ex(operands[0]));
     if (!format) return BAD_FORMAT;
     FormatCopy* const copy = KeepFormat(format, TextLength(format, RoomOf(NodeRoom(operands[0], format))));
     const Problem problem = RunFormat(s, copy, operands + 1, count - 1);
     DropFormatsFrom(copy);
     return problem;
+}
+
+static Problem RunStatement(Statement& s, Node* const* operands, int count)
+{
+    if (s.family.target == CONSOLE) return RunWithDestination(s, operands, count);
+    const Problem problem = FindDestination(s, operands[0]);
+    if (problem) return problem;
+    Loan string;
+    Lend(string, s.string);
+    const Problem later = RunWithDestination(s, operands + 1, count - 1);
+    TakeBack(string);
+    return later;
 }
 
 static void FlushOutput()

@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <unordered_set>
 
 static constexpr int SYMBOLS_PASSED_BEFORE_HASHING = 100;
 static constexpr int SYMBOLS_PER_BUCKET = 11;   // the average length of a chain at which the hash table grows
@@ -16,10 +17,25 @@ static constexpr int SYMBOLS_PER_BUCKET = 11;   // the average length of a chain
 // ---------------------------------------------------------------------------------------------------------------------
 // Symbols
 
+// All symbols that there are: a FUNC* may come from a function that is gone, or be a FILE*, which has the same type.
+static std::unordered_set<const void*>& Symbols()
+{
+    static auto* const symbols = new std::unordered_set<const void*>;   // outlives all namespaces
+    return *symbols;
+}
+
+bool IsSymbol(const void* pointer) { return Symbols().count(pointer) > 0; }
+
+bool IsFunction(const void* pointer)
+{
+    return IsSymbol(pointer) && static_cast<const Symbol*>(pointer)->symbolType == FUNCTION_SYMBOL;
+}
+
 Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType)
 {
     Symbol* symbol = static_cast<Symbol*>(std::calloc(1, sizeof(Symbol)));
     QVT_SCI_CHECK(symbol);
+    Symbols().insert(symbol);
     symbol->name = strdup(name);
     QVT_SCI_CHECK(symbol->name);
     symbol->qualifier = qualifier;
@@ -39,6 +55,7 @@ Symbol* SymbolNew(const char* name, int qualifier, int symbolType, int dataType)
 void SymbolDelete(Symbol* symbol)
 {
     SymbolForget(symbol);
+    Symbols().erase(symbol);
     if (symbol->symbolType == FUNCTION_SYMBOL) {
         NodeDelete(symbol->func.body);
         NamespaceDelete(symbol->func.ns);

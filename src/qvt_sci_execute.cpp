@@ -9,6 +9,7 @@
 
 #include "qvt_sci_execute_Internal.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 Value returnValue = {};
@@ -24,8 +25,20 @@ FuzzSwitches qvt_sci_fuzz = {};
 // ---------------------------------------------------------------------------------------------------------------------
 // Reports
 
+// The function and the line of the node that was last marked as executing.
+static void ReportPlace()
+{
+    if (!currentNode || currentNode->line <= 0) return;
+    if (stackDep > 0) {
+        qvt_sci_msg("in function '%s', line %d\n", callStack[stackDep - 1]->name, currentNode->line);
+    } else {
+        qvt_sci_msg("in line %d\n", currentNode->line);
+    }
+}
+
 void RaiseSignal(int signal)
 {
+    ReportPlace();
     qvt_sci_flush_msg();
     qvt_sci_raise(signal);
 }
@@ -57,6 +70,12 @@ void ReportDivisionByZeroAt(int dataType, int divisorIndex)
     RaiseSignal(8);
 }
 
+void ReportUnboundVariable(const char* name)
+{
+    qvt_sci_msg("\nqvt_sci_execute:ERROR: using unbound extern variable '%s'!\n", name);
+    RaiseSignal(11);
+}
+
 static void ReportUnbound(const char* name)
 {
     qvt_sci_msg("\nqvt_sci_execute:ERROR: calling unbound extern function '%s'!\n", name);
@@ -72,6 +91,14 @@ const char* qvt_sci_StackFuncName(int index)
 {
     return index >= 0 && index < stackDep ? callStack[index]->name : nullptr;
 }
+
+bool IsOnStack(const Symbol* function)
+{
+    return std::find(callStack, callStack + stackDep, function) != callStack + stackDep;
+}
+
+// Hosts get at a function that is active by way of a native that it called.
+int qvt_sci_IsRunning(const Symbol* function) { return nativeFrame && IsOnStack(function); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Running a function
@@ -113,23 +140,32 @@ void funcCall(Symbol* function)
 // ---------------------------------------------------------------------------------------------------------------------
 // Calls: exFUNCTION_CALL_
 
+// A scalar that is the caller's or the host's: what lies behind it is not known.
+static bool IsReference(const Node* argument)
+{
+    const int qualifier = argument->type == VARIABLE ? argument->leaf.symbol->qualifier : NO_QUALIFIER;
+    return qualifier == FORMAL_QUALIFIER || qualifier == EXTERN_QUALIFIER;
+}
+
 // All arguments are evaluated, first to last, before the first formal is bound: in f(a, f(b, c)) the inner call binds
 // the same formals.
 static void CallDefined(Node* node)
 {
     const CallPart& call = node->call;
     Symbol* const function = call.symbol;
-    for (int i = 0; i < call.nArgs; ++i) call.addresses[i] = call.args[i]->ex(call.args[i]);
+    EvaluateArguments<false>(call);
     Symbol* const* formals = function->func.args;
     for (int i = 0; i < call.nArgs; ++i) {
         formals[i]->addr = call.addresses[i];
         if (formals[i]->symbolType == ARRAY_SYMBOL) {
-            formals[i]->arr.length = NodeRoom(call.args[i], call.addresses[i]);
+            FormalRefersTo(formals[i], NodeRoom(call.args[i], call.addresses[i]));
+            if (IsReference(call.args[i])) formals[i]->arr.limit = formals[i]->arr.dims[0];
         }
     }
     currentNode = node;
     if (function->func.active++ != 0) {
         qvt_sci_msg("no recursive call supported (%s)!\n", function->name);
+        ReportPlace();
         EndRun();
     }
     funcCall(function);
@@ -142,8 +178,8 @@ static void CallDefined(Node* node)
 static void CallExtern(Node* node)
 {
     Symbol* const function = node->call.symbol;
-    if (!function->addr) return ReportUnbound(function->name);
     currentNode = node;
+    if (!function->addr) return ReportUnbound(function->name);
     function->func.exFun(node);
 }
 
@@ -187,6 +223,7 @@ static void DropCasts(size_t kept)
 
 [[noreturn]] static void AbortRun()
 {
+    ReportPlace();
     qvt_sci_flush_msg();
     std::abort();
 }
@@ -195,7 +232,7 @@ static void DropCasts(size_t kept)
 static Node* ArgumentFor(const Symbol* function, int index, Node* argument, const char* pointerName)
 {
     const Symbol* formal = function->func.args[index];
-    Node* const cast = CastNew(formal->dataType, argument);
+    Node* const cast = ArgumentTo(formal, argument);
     if (nSyntaxErrors > 0) {
         qvt_sci_msg(
             "\nqvt_sci_execute:FATAL: wrong type '%s' instead of '%s' of argument %d of function '%s' called via "
@@ -235,7 +272,7 @@ static double ReturnValueAsDouble(int dataType)
 
 double funcPtrCall(const char* pointerName, Symbol* function, int nArgs, Node** args)
 {
-    if (!function || function->symbolType != FUNCTION_SYMBOL) {
+    if (!IsFunction(function)) {
         ReportUnbound(pointerName);
         return 0.0;
     }
@@ -252,7 +289,7 @@ double funcPtrCall(const char* pointerName, Symbol* function, int nArgs, Node** 
     call.type = FUNCTION_CALL;
     call.dataType = int16_t(function->dataType);
     call.parseIndex = -1;
-    call.call = {function, nArgs, arguments, addresses};
+    call.call = {function, nArgs, 1, arguments, addresses};
     Node* const caller = currentNode;
     Call(&call);
     currentNode = caller;
@@ -274,6 +311,7 @@ struct PointerCall {
 
 void SelectCall(Node* node)
 {
+    node->call.mayMove = std::any_of(node->call.args, node->call.args + node->call.nArgs, MayWrite);
     if (node->call.symbol->symbolType != FUNCTION_SYMBOL) return AttachStatement<PointerCall>(node);
     node->ex = CallForAddress;
     node->run = RunCall;
@@ -285,7 +323,8 @@ void qvt_sci_AbandonRun()
     for (int i = 0; i < stackDep; ++i) callStack[i]->func.active = 0;
     stackDep = 0;
     jumpDep = -1;
-    nativeCall = nullptr;
+    nativeFrame = nullptr;
+    innermostLoan = nullptr;
     currentNode = nullptr;
     DropCasts(0);
     AbandonExec();

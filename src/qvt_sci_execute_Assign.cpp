@@ -30,7 +30,7 @@ struct AnyTarget {
     template <class T>
     static T* Address(Node* node)
     {
-        return ByAddress::Evaluate<T>(node, 0);
+        return static_cast<T*>(node->o.ops[0]->ex(node->o.ops[0]));
     }
 };
 

@@ -139,6 +139,7 @@ static Flow RunWhile(Node* node)
 {
     Node* const* ops = node->o.op;
     Flow flow = FLOW_NEXT;
+    currentNode = node;
     EnterJump();
     while (Condition::Get(ops[0])) {
         if (!RunLoopBody(ops[1], &flow)) break;
@@ -175,6 +176,7 @@ static Flow RunFor(Node* node)
 {
     Node* const* ops = node->o.ops;   // first, condition, step, body
     Flow flow = FLOW_NEXT;
+    currentNode = node;
     EnterJump();
     for (ops[0]->run(ops[0]); Condition::Get(ops[1]); Step::Run(ops[2])) {
         if (!RunLoopBody(ops[3], &flow)) break;

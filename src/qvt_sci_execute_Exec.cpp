@@ -58,7 +58,7 @@ static void CloseExec()
 {
     const ExecFrame frame = execFrames[--nExecFrames];
     qvt_sci_NamespaceSwitchTo(frame.caller);
-    DestroyNamespace(frame.own);
+    qvt_sci_NamespaceDestroy(frame.own);
 }
 
 void AbandonExec()
@@ -90,7 +90,6 @@ struct Exec {
         if (errors) {
             qvt_sci_reset_parser_after_syntax_error();
         } else {
-            CheckBound(own);
             Symbol* main = SymtabFind(own->symtab, "main");
             if (main && main->symbolType == FUNCTION_SYMBOL && main->func.nArgs == 0) funcCall(main);
         }
@@ -131,15 +130,26 @@ static int qvt_sci_iqsort_compare(const void* i, const void* j)
 
 static bool ComparesInts(const Symbol* function)
 {
-    return function && function->symbolType == FUNCTION_SYMBOL && function->dataType == INT_TYPE &&
-           function->func.body && function->func.nArgs == 2 && function->func.args[0]->dataType == INT_TYPE &&
-           function->func.args[1]->dataType == INT_TYPE;
+    return qvt_sci_Takes(function, "int,int") && function->dataType == INT_TYPE && function->func.body;
 }
 
 bool SortByFunction(int* order, int n, Symbol* compare)
 {
-    if (!ComparesInts(compare)) return false;
+    if (!compare) return false;
+    if (!IsFunction(compare) || !ComparesInts(compare)) {
+        const char* const name = IsSymbol(compare) ? compare->name : "compare";
+        qvt_sci_msg("\nqvt_sci_execute:ERROR: '%s' cannot compare, the form that is expected is: "
+                    "int %s(int i, int j)\n",
+                    name, name);
+        qvt_sci_flush_msg();
+        return false;
+    }
     Symbol* const outer = comparison;
+    if (outer && IsOnStack(compare)) {
+        qvt_sci_msg("no recursive call supported (%s)!\n", compare->name);
+        qvt_sci_flush_msg();
+        return false;
+    }
     comparison = compare;
     if (n > 1) std::qsort(order, size_t(n), sizeof(int), qvt_sci_iqsort_compare);
     comparison = outer;
@@ -158,7 +168,11 @@ struct Iqsort {
         for (int i = 0; i < n; ++i) order[i] = i;
         Symbol* const function = FindNamed(ops[2], ops[3]);
         currentNode = node;
-        return SortByFunction(order, n, function) ? 0 : 1;
+        Loan sorted;
+        Lend(sorted, order);
+        const bool isSorted = SortByFunction(order, n, function);
+        TakeBack(sorted);
+        return isSorted ? 0 : 1;
     }
 };
 

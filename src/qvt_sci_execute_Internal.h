@@ -135,7 +135,8 @@ To Convert(From from)
 
 void ReportDivisionByZero(int dataType);
 void ReportDivisionByZeroAt(int dataType, int divisorIndex);
-void ReportOutOfBounds(Node* subarray);
+void ReportOutOfBounds(const Node* subarray, int index, const void* base);   // base: the value of its base
+void ReportUnboundVariable(const char* name);
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Places of elements
@@ -147,14 +148,47 @@ inline void* Displaced(void* base, int64_t elements, size_t elementSize)
     return reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(base) + uintptr_t(elements) * elementSize);
 }
 
-/// A dimension of -1 is unknown and lets every index pass that is not negative. Without memory no index is valid.
+/// A dimension of -1, which only a formal has of which nobody knows what was passed, lets every index pass that is not
+/// negative. Without memory no index is valid.
 inline void CheckBounds(Node* node, int index, const void* base)
 {
     currentNode = node;
     if (index < 0 || unsigned(index) >= unsigned(*node->sub.dimPtr) || !base) [[unlikely]] {
-        ReportOutOfBounds(node);
+        ReportOutOfBounds(node, index, base);
     }
 }
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Addresses that are held while something else is evaluated, which may resize the array (qvt_sci_execute_Array.cpp).
+// They are kept as distances from the array's start. What a parameter or a native holds on to cannot be kept so: such
+// an array is on loan, and is not resized.
+
+struct Kept {
+    const Node* operand;
+    void* place;   // a distance in bytes if the operand is an array that has its own memory, or lies in one
+};
+
+Kept Keep(const Node* operand, void* address);
+/// The address again; an element or row that is gone is an error, behind which a 0 to no purpose lies there, for a row
+/// nothing.
+void* AddressOf(const Kept& kept);
+
+/// Something holds on to an address from Lend to TakeBack, which bracket a block. What a jump of the host leaves,
+/// qvt_sci_AbandonRun forgets.
+struct Loan {
+    const void* address;
+    Loan* outer;
+};
+extern Loan* innermostLoan;
+
+inline void Lend(Loan& loan, const void* address)
+{
+    loan = {address, innermostLoan};
+    innermostLoan = &loan;
+}
+inline void TakeBack(const Loan& loan) { innermostLoan = loan.outer; }
+/// Whether a formal of a function that is active, an argument of a native or a loan lies in this memory.
+bool IsLent(const void* memory, size_t bytes);
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Fetching operand k of an operator
@@ -187,14 +221,14 @@ struct ByValue {
 
 struct ByAddress {
     template <class T>
-    static T* Evaluate(Node* node, int k)
+    static Kept Evaluate(Node* node, int k)
     {
-        return static_cast<T*>(node->o.ops[k]->ex(node->o.ops[k]));
+        return Keep(node->o.ops[k], node->o.ops[k]->ex(node->o.ops[k]));
     }
     template <class T>
-    static T Read(T* address)
+    static T Read(const Kept& kept)
     {
-        return *address;
+        return *static_cast<T*>(AddressOf(kept));
     }
 };
 
@@ -261,7 +295,8 @@ template <class T, class Use>
 void ChooseFastFetch(Node* node, int k, const Node* meanwhile, Use use)
 {
     if constexpr (std::is_same_v<T, int> || std::is_same_v<T, double>) {
-        if (IsElement(node, k, TypeOf<T>::code)) return use(Element());
+        const bool mayMove = meanwhile && MayWrite(meanwhile);
+        if (!mayMove && IsElement(node, k, TypeOf<T>::code)) return use(Element());
         if (IsNested(node, k, TypeOf<T>::code, '+')) return use(Nested<Plus>());
         if (IsNested(node, k, TypeOf<T>::code, '-')) return use(Nested<Minus>());
         if (IsNested(node, k, TypeOf<T>::code, '*')) return use(Nested<Times>());
@@ -422,6 +457,26 @@ void SelectDivisorKept(Node* node);
 /// Counts a loop or a call as under way; its end is --jumpDep. Too many end the run. (qvt_sci_execute.cpp)
 void EnterJump();
 
-extern Node* nativeCall;      // call of the native function that is running (qvt_sci_execute_Native.cpp)
+/// Evaluates the arguments of a call, from the first to the last or the other way round, into call.addresses.
+template <bool fromLast>
+inline void EvaluateArguments(const CallPart& call)
+{
+    for (int k = 0; k < call.nArgs; ++k) {
+        const int i = fromLast ? call.nArgs - 1 - k : k;
+        void* const address = call.args[i]->ex(call.args[i]);
+        call.addresses[i] = call.mayMove ? Keep(call.args[i], address).place : address;
+    }
+    for (int i = 0; call.mayMove && i < call.nArgs; ++i) {
+        call.addresses[i] = AddressOf({call.args[i], call.addresses[i]});
+    }
+}
+
+/// Calls of native functions that are under way, the innermost first.
+struct NativeFrame {
+    const CallPart* call;
+    NativeFrame* outer;
+};
+extern NativeFrame* nativeFrame;   // qvt_sci_execute_Native.cpp
+
 void AbandonExec();           // leaves the namespaces of exec (qvt_sci_execute_Exec.cpp)
 [[noreturn]] void EndRun();   // flushes the messages and ends the process with status 1

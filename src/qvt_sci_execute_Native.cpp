@@ -6,10 +6,11 @@
 
 #include "qvt_sci_execute_Internal.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
-Node* nativeCall = nullptr;
+NativeFrame* nativeFrame = nullptr;
 
 // ---------------------------------------------------------------------------------------------------------------------
 // One caller for each number of arguments
@@ -55,19 +56,19 @@ template <class Result>
 static void CallNative(Node* node)
 {
     const CallPart& call = node->call;
-    for (int i = call.nArgs - 1; i >= 0; --i) call.addresses[i] = call.args[i]->ex(call.args[i]);
+    EvaluateArguments<true>(call);
     if (call.nArgs > MAX_NATIVE_ARGUMENTS) {
         qvt_sci_msg("external function calls with > %d args not supported\n", MAX_NATIVE_ARGUMENTS);
         return;
     }
-    Node* const outer = nativeCall;
-    nativeCall = node;
+    NativeFrame frame = {&call, nativeFrame};
+    nativeFrame = &frame;
     if constexpr (std::is_void_v<Result>) {
         callers<Result>[size_t(call.nArgs)](call.symbol->addr, call.addresses);
     } else {
         TypeOf<Result>::In(returnValue) = callers<Result>[size_t(call.nArgs)](call.symbol->addr, call.addresses);
     }
-    nativeCall = outer;
+    nativeFrame = frame.outer;
 }
 
 void (*SymbolGetExFun(int dataType))(Node*)
@@ -105,11 +106,15 @@ int64_t NodeRoom(const Node* node, const void* address)
     if (elements < 0) return -1;
     const int64_t passed =
         (static_cast<const char*>(address) - static_cast<const char*>(array->addr)) / sizeOf[array->dataType];
-    return passed >= 0 && passed < elements ? elements - passed : 0;
+    if (passed < 0 || passed >= elements) return 0;
+    // In an array of texts each row is a text of its own.
+    const bool isText = node->type == SUBARRAY && array->dataType == CHAR_TYPE && array->arr.nDims > 1;
+    const int64_t row = isText ? array->arr.dims[array->arr.nDims - 1] : 0;
+    return row > 0 ? std::min(elements - passed, row - passed % row) : elements - passed;
 }
 
 int64_t qvt_sci_ArgLength(int index)
 {
-    if (!nativeCall || index < 0 || index >= nativeCall->call.nArgs) return -1;
-    return NodeRoom(nativeCall->call.args[index], nativeCall->call.addresses[index]);
+    if (!nativeFrame || index < 0 || index >= nativeFrame->call->nArgs) return -1;
+    return NodeRoom(nativeFrame->call->args[index], nativeFrame->call->addresses[index]);
 }

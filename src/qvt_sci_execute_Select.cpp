@@ -18,7 +18,7 @@ static void* NoAddress(Node*) { return nullptr; }
 static Flow DoNothing(Node*) { return FLOW_NEXT; }
 
 // exDUMMY_
-Node dummyNode = {DUMMY, VOID_TYPE, -1, NoAddress, {}, DoNothing, nullptr, {}, {}};
+Node dummyNode = {DUMMY, VOID_TYPE, -1, 0, NoAddress, {}, DoNothing, nullptr, {}, {}};
 
 static void* RunForAddress(Node* node)
 {
@@ -54,11 +54,41 @@ static void SelectConstant(Node* node)   // exConc and its like, exFUNCP_
     SelectLeaf(node, &node->leaf.self);
 }
 
+// An extern variable or array that the host had not bound when the code was compiled, and may never bind.
+static void* BoundAddress(Node* node)
+{
+    const Symbol* symbol = node->value.symbol;
+    if (!symbol->addr) [[unlikely]] {
+        currentNode = node;
+        ReportUnboundVariable(symbol->name);
+    }
+    return symbol->addr;
+}
+
+// Whoever survives the report gets a 0 to read, and what he writes is lost.
+static void* BoundVariable(Node* node)
+{
+    static Value nothing;
+    void* const address = BoundAddress(node);
+    nothing = {};
+    return address ? address : &nothing;
+}
+
+template <class T>
+struct ReadBound {
+    static T Get(Node* node) { return *static_cast<T*>(BoundVariable(node)); }
+};
+
+static bool MayBeUnbound(const Symbol* symbol) { return symbol->qualifier == EXTERN_QUALIFIER && !symbol->addr; }
+
 static void SelectVariable(Node* node)   // exVar
 {
     Symbol* symbol = node->value.symbol;
     if (symbol->symbolType == FUNCTION_SYMBOL) return SelectConstant(node);
-    SelectLeaf(node, &symbol->addr);
+    if (!MayBeUnbound(symbol)) return SelectLeaf(node, &symbol->addr);
+    node->ex = BoundVariable;
+    node->run = DoNothing;
+    AttachReader<ReadBound>(node);
 }
 
 static void* ArrayAddress(Node* node) { return node->value.symbol->addr; }
@@ -68,14 +98,14 @@ template <class T>
 struct FirstElement {
     static T Get(Node* node)
     {
-        const T* first = static_cast<const T*>(node->value.symbol->addr);
+        const T* first = static_cast<const T*>(node->ex(node));
         return first ? *first : T(0);
     }
 };
 
 static void SelectArray(Node* node)   // exArr
 {
-    node->ex = ArrayAddress;
+    node->ex = MayBeUnbound(node->value.symbol) ? BoundAddress : ArrayAddress;
     node->run = DoNothing;
     AttachReader<FirstElement>(node);
 }
@@ -131,7 +161,7 @@ static bool MayWriteWithin(const Node* node, int levels)
 
 bool MayWrite(const Node* node)
 {
-    static constexpr int LEVELS = 4;   // each node asks this when it is built: the effort must stay bounded
+    static constexpr int LEVELS = 7;   // each node asks this when it is built: the effort must stay bounded
     return MayWriteWithin(node, LEVELS);
 }
 

@@ -1,9 +1,8 @@
 // Developers' switches of the execution engine.
 //
-// KORVO_FUZZ (CMake option of that name): turn it on to fuzz running code. A user's program may run forever, index an
-// array whose dimension nobody told, or hold on to memory that resize has moved; that is its own affair and no fault of
-// the engine. With the switch such a program is left by a function that the fuzz target supplies, and what could dangle
-// is kept until the input is done, so that whatever the sanitizers still find is a fault.
+// KORVO_FUZZ (CMake option of that name): turn it on to fuzz running code. A user's program may run forever or index an
+// array whose dimension nobody told; that is its own affair and no fault of the engine. With the switch such a program
+// is left by a function that the fuzz target supplies, so that whatever the sanitizers still find is a fault.
 
 #pragma once
 
@@ -12,10 +11,8 @@
 #ifdef KORVO_FUZZ
 
 struct FuzzSwitches {
-    long stepsLeft;                // calls, turns of loops, elements of vectors, parses of exec
-    void (*leaveRun)();            // does not return; null: nothing is left or kept
-    Pile<void*> memory;            // moved by resize, to be freed when the input is done
-    Pile<Namespace*> namespaces;   // of exec, to be destroyed then
+    long stepsLeft;       // calls, turns of loops, elements of vectors, parses of exec
+    void (*leaveRun)();   // does not return; null: nothing is left
 };
 extern FuzzSwitches qvt_sci_fuzz;   // qvt_sci_execute.cpp
 
@@ -36,35 +33,8 @@ inline void CheckRoom(const Node* array, const void* address, int64_t elements)
     LeaveRunIf(NodeRoom(array, address) < elements);
 }
 
-/// Leaves the run if the namespace declares anything extern that nobody has bound.
-inline void CheckBound(const Namespace* ns) { LeaveRunIf(SymtabNumUnboundExtern(ns->symtab) > 0); }
-
-/// Memory for an array that is about to grow or shrink; the old block stays where it is.
-inline void* MovedMemory(void* old, size_t oldBytes, size_t newBytes)
-{
-    void* memory = std::calloc(newBytes, 1);
-    if (memory && old) std::memcpy(memory, old, oldBytes < newBytes ? oldBytes : newBytes);
-    if (memory && old) QVT_SCI_CHECK(qvt_sci_fuzz.memory.Push(old));
-    return memory;
-}
-
-inline void FreeMoved(void* old)
-{
-    if (old) QVT_SCI_CHECK(qvt_sci_fuzz.memory.Push(old));
-}
-
-inline void DestroyNamespace(Namespace* ns) { QVT_SCI_CHECK(qvt_sci_fuzz.namespaces.Push(ns)); }
-
 #else
 
 inline void CountSteps(long) {}
 inline void CheckRoom(const Node*, const void*, int64_t) {}
-inline void CheckBound(const Namespace*) {}
-
-inline void* MovedMemory(void* old, size_t, size_t newBytes) { return std::realloc(old, newBytes); }
-
-inline void FreeMoved(void* old) { std::free(old); }
-
-inline void DestroyNamespace(Namespace* ns) { qvt_sci_NamespaceDestroy(ns); }
-
 #endif

@@ -26,15 +26,26 @@ struct Vector {
     int length;
 };
 
-// An operand after all have been evaluated. An array's memory may have moved meanwhile, by resize in a function that
-// the other operand called.
+static void ReportTooShort(const Node* operand, int elements)
+{
+    while (operand->type == SUBARRAY) operand = operand->sub.base;
+    qvt_sci_msg("\nqvt_sci_execute:ERROR: '%s' has %d elements only!\n", operand->value.symbol->name, elements);
+    RaiseSignal(11);
+}
+
+// An operand after all have been evaluated.
 template <class T>
 static Vector<T> VectorOf(const Node* operand, void* evaluated)
 {
-    if (operand->type == ARRAY) evaluated = operand->value.symbol->addr;
-    const int length = evaluated ? std::max(NodeVecSize(operand), 0) : 0;
+    int length = evaluated ? std::max(NodeVecSize(operand), 0) : 0;
+    if (NodeIsVector(operand) && operand->type != OPERATOR) {
+        const int64_t room = NodeRoom(operand, evaluated);
+        if (room >= 0 && room < length) {   // of a parameter, to which less was passed than it declares
+            length = int(room);
+            ReportTooShort(operand, length);
+        }
+    }
     CountSteps(length);
-    if (NodeIsVector(operand)) CheckRoom(operand, evaluated, length);
     return {static_cast<T*>(evaluated), length};
 }
 
@@ -44,10 +55,10 @@ struct Operands {
     explicit Operands(Node* node)
     {
         Node* const* ops = node->o.op;
-        void* const left = ops[0]->ex(ops[0]);
+        const Kept left = Keep(ops[0], ops[0]->ex(ops[0]));
         void* const right = ops[1]->ex(ops[1]);
         currentNode = node;
-        a = VectorOf<T>(ops[0], left);
+        a = VectorOf<T>(ops[0], AddressOf(left));
         b = VectorOf<T>(ops[1], right);
     }
     int LongerLength() const { return a.length && b.length ? std::max(a.length, b.length) : 0; }
@@ -119,12 +130,12 @@ static void* AssignList(Node* node)
     Node* const target = node->o.ops[0];
     Node* const* const list = node->o.ops + 1;
     const int listLength = node->o.nOps - 1;
-    void* const evaluated = target->ex(target);
+    const Kept kept = Keep(target, target->ex(target));
     currentNode = node;
-    Vector<T> a = VectorOf<T>(target, evaluated);
+    Vector<T> a = VectorOf<T>(target, AddressOf(kept));
     for (int i = 0; i < a.length; ++i) {
         const T value = GetValue<T>(list[i % std::min(a.length, listLength)]);
-        a = VectorOf<T>(target, evaluated);
+        a = VectorOf<T>(target, AddressOf(kept));
         if (i < a.length) a.values[i] = value;
     }
     PresentTarget(node, a);

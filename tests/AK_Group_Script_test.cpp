@@ -54,6 +54,17 @@ TEST_F(AK_GroupScriptTest, AFilterChoosesAmongTheObjectsOfTheType)
     EXPECT_EQ(AK_Object::_curObj.Size(), 0);
 }
 
+TEST_F(AK_GroupScriptTest, AFilterThatAsksForItsOwnResultIsRefusedInWords)
+{
+    group->Set("Filter", "char s[99]; get(\"\", \"GetObjectsOfTypeList\", s); return strlen(s) == 0;");
+    EXPECT_EQ(Listed(group->Get("GetObjectsOfTypeList")).size(), 3u);
+    EXPECT_EQ(Text(AK_Object::_execStatus), "'Filter' of Viewer/group: the filter asks for its own result");
+    AK_Group* other = AddTo<AK_Group>(root, "other");
+    other->Set("SelectedObjectType", "Thing");
+    other->Set("Filter", "char s[99]; get(\"../group\", \"GetObjectsOfTypeList\", s); return strlen(s) > 0;");
+    EXPECT_EQ(Listed(other->Get("GetObjectsOfTypeList")).size(), 3u);
+}
+
 TEST_F(AK_GroupScriptTest, AFilterThatDoesNotCompileLeavesTheOldOne)
 {
     testing::internal::CaptureStdout();   // the language says what is wrong, to one of the two

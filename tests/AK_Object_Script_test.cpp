@@ -63,6 +63,16 @@ TEST_F(AK_Object_Script, InitRunsWhenTheCodeIsLoadedAndUpdateWithTheObject)
     EXPECT_EQ(Messages(), (Lines{"a", "b"}));
 }
 
+TEST_F(AK_Object_Script, FunctionsOfAnotherFormThanIsCalledAreTold)
+{
+    WithCode("void Init(char v[]) { } double Update(double x) { return x; }");
+    ClassFile("main.cint", "int main(int n) { return n; }");
+    root->ExecMacro(directory / "attributes/main.cint", 0);
+    EXPECT_EQ(Messages(), (Lines{"ERROR: function 'Update' is not of the form that is expected: void Update()",
+                                 "ERROR: function 'Init' is not of the form that is expected: void Init()",
+                                 "ERROR: function 'main' is not of the form that is expected: void main()"}));
+}
+
 TEST_F(AK_Object_Script, SyntaxErrorsAreReportedAndTheClassWorksWithoutItsCode)
 {
     TestThing& thing = WithCode("void Text(char v[]) { strcpy(v, \"x\") }");
@@ -84,6 +94,30 @@ TEST_F(AK_Object_Script, LongTextsPassAndTheirEndIsGuarded)
     EXPECT_EQ(thing.Get("Kind").Length(), 131071);
     const std::string large(300000, 'y');
     EXPECT_EQ(thing.Set("Kind", large.c_str()), 1);
+}
+
+TEST_F(AK_Object_Script, AFunctionThatReachesItselfIsRefusedInWordsAndKeepsItsArgument)
+{
+    TestThing& a =
+        WithCode("void Text(char v[]) { char other[99]; strcat(v, \"mine\"); set(\"root/a\", \"$twice\", v);"
+                 " get(\"root/b\", \"Text\", other); strcat(v, \"!\"); strcat(v, other); }\n"
+                 "void Kind(char v[]) { set(\"root/b\", \"Scratch\", v); strcat(v, \" kept\"); }\n"
+                 "void Scratch(char v[]) { set(\"root/a\", \"Kind\", \"inner\"); strcat(v, \" round\"); }\n"
+                 "void Update() { set(\"root/a\", \"$twice\", \"updated\"); set(\"root/b\", \"Update\", \"\"); }");
+    Added(new TestThing("b", root.get()));
+    const auto expectRefused = [&](const char* name) {
+        const std::string status = Text(AK_Object::_execStatus);
+        EXPECT_NE(status.find(name), std::string::npos) << status;
+        EXPECT_NE(status.find("is running and cannot be called again"), std::string::npos) << status;
+    };
+    EXPECT_STREQ(a.Get("Text").c_str(), "mine!");
+    expectRefused("'Text' of Viewer/b");
+    a.Set("Kind", "outer");
+    expectRefused("'Kind' of Viewer/a");
+    EXPECT_STREQ(a.Get("Kind").c_str(), " kept");
+    a.Set("Update", "");
+    expectRefused("'Update' of Viewer/b");
+    EXPECT_STREQ(a.VariableValue("$twice").c_str(), "updated");
 }
 
 TEST_F(AK_Object_Script, FunctionsOfTheTreeDoAndReportWhatTheyShould)
@@ -124,6 +158,19 @@ TEST_F(AK_Object_Script, FunctionsOfTheTreeDoAndReportWhatTheyShould)
         root->SetVariableValue("$out", "");
         EXPECT_EQ(Main(c.body), c.out) << c.body;
     }
+}
+
+TEST_F(AK_Object_Script, TheListOfNamesHasThoseOfTheTreeThoseOfTheLanguageAndTheManual)
+{
+    WithCode("");
+    root->Set("List_QVT_SCI_predefined", "");
+    const Lines messages = Messages();
+    ASSERT_EQ(messages.size(), 1u);
+    const std::string& text = messages[0];
+    size_t at = 0;
+    for (const char* part : {"INFO:QVT_SCI-Interpreter predefined variables and functions\n", "int set(char objId[]",
+                             "double sqrt(double x);", "square root", "LIMITATIONS"})
+        EXPECT_NE(at = text.find(part, at), std::string::npos) << part;
 }
 
 TEST_F(AK_Object_Script, AMacroLeavesNothingAndTellsItsErrors)

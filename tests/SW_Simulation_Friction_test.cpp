@@ -4,6 +4,9 @@
 
 #include "qvt_sci.h"
 
+#include <csetjmp>
+#include <csignal>
+
 namespace {
 
 class SW_Friction : public SimulationTest {
@@ -168,6 +171,30 @@ TEST_F(SW_Friction, AFileRunsItsInitAndEachSimulationHasItsOwnVariables)
     EXPECT_EQ(Tau(10, 0, 1, 1), 7);
     const std::string options = Text("FrictionTypeOptions");
     EXPECT_EQ(options.find("voellmy%AK_SEP%"), options.rfind("voellmy%AK_SEP%"));
+}
+
+jmp_buf left;
+
+// A frame of its own for the jump: nothing in it needs to be destroyed.
+bool Raises(Symbol* tau, double* scalars, double* vectors)
+{
+    if (setjmp(left) != 0) return true;
+    qvt_sci_Call(tau, scalars, scalars, scalars, scalars, scalars, vectors, vectors, scalars);
+    return false;
+}
+
+TEST_F(SW_Friction, ALawThatReachesBeyondItsPlaceOrNormalIsStopped)
+{
+    qvt_sci_raise = [](int) -> int { std::longjmp(left, 1); };
+    double one = 1, vectors[9] = {};
+    for (const auto& [code, raises] : {std::pair(" { return x[2] + n[2]; }", false),
+                                       {" { return x[3]; }", true},
+                                       {" { n[3] = 1; return 0; }", true}}) {
+        sim->Set("FrictionType", Law("far", tauHead + code));
+        EXPECT_EQ(Raises(sim->Formulas().tau, &one, vectors), raises) << code;
+        qvt_sci_AbandonRun();
+    }
+    qvt_sci_raise = raise;
 }
 
 TEST_F(SW_Friction, TheInlineFormulaStandsBesideTheFiles)

@@ -145,6 +145,15 @@ TEST_F(qvt_sci_ParseAny_, ReadsNothingWithoutASource)
     EXPECT_EQ(Messages(), "X     1:  int a; //\n\nline 1: in 'int a; /'\nline 1, before '/': syntax error\n1 errors\n");
 }
 
+TEST_F(qvt_sci_ParseAny_, DoesNotReadADeviceWithoutEnd)
+{
+    FILE* endless = std::fopen("/dev/zero", "r");
+    ASSERT_NE(endless, nullptr);
+    EXPECT_EQ(qvt_sci_Parse(endless), 1);
+    EXPECT_EQ(Messages(), "source is longer than 8388608 bytes\n1 errors\n");
+    std::fclose(endless);
+}
+
 // ---------------------------------------------------------------------------------------------------------------------
 // Growth
 

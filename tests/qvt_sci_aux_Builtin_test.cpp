@@ -3,6 +3,7 @@
 #include "qvt_sci_Fixture.h"
 
 #include <cmath>
+#include <sstream>
 
 using qvt_sci_Intrinsics = qvt_sci_Fixture;
 using qvt_sci_Hooks = qvt_sci_Fixture;
@@ -36,6 +37,11 @@ TEST_F(qvt_sci_Intrinsics, AreListedBySection)
         const size_t found = text.find(part, from);
         ASSERT_NE(found, std::string::npos) << part;
         from = found;
+    }
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const bool isDeclaration = line.rfind("//", 0) != 0 && line.find(';') != std::string::npos;
+        EXPECT_TRUE(!isDeclaration || line.find("; ") < line.find(" // ")) << line;
     }
     EXPECT_EQ(qvt_sci_intrinsics(), qvt_sci_intrinsics()) << "built once";
 }

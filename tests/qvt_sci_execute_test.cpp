@@ -180,7 +180,7 @@ TEST(qvt_sci_execute_Limits, AHundredLoopsAndCallsMayBeActiveAtOnce)
     const auto loops = [](int n) { return Repeated("while (1) { ", n) + "print 1; return; " + Repeated("}", n); };
     EXPECT_EQ(OutputOf("void main() {" + loops(99) + "}"), " 1\n");
     EXPECT_EQ(OutputOf("void g() {" + loops(98) + "} void main() { g(); }"), " 1\n");
-    const std::string message = "ERROR: MAX_JUMP_DEP exceeded\n";
+    const std::string message = "ERROR: MAX_JUMP_DEP exceeded\nin function 'main', line 1\n";
     EXPECT_EQ(OutputOf("void main() {" + loops(100) + "}", message), "");
     EXPECT_EQ(OutputOf("void g() { } void main() { for (;;) { " + Repeated("while (1) { ", 98) + "g(); return; " +
                            Repeated("}", 99) + "}",
