@@ -31,16 +31,16 @@ AK_String SW_PathsOfType(const AK_Object& from, const char* type)
 {
     AK_List<AK_Object*> found(1);
     from.Root()->GetObjectsOfType(type, found);
-    AK_String list;
+    AK_List<AK_String> paths(found.Size());   // a project can have very many lines
     for (const AK_Object* object : found)
-        if (object != &from) list = list + object->IdAbs(&from) + ak_sep;
-    return list;
+        if (object != &from) paths.Append(object->IdAbs(&from));
+    return AK_String(paths, ak_sep);
 }
 
 AK_String SW_PathsOfMeshesIn(const AK_Object* container, const AK_Object& from)
 {
-    AK_String list;
+    AK_List<AK_String> paths(1);
     for (int i = 0; container && i < container->NumComponents(); ++i)
-        if (container->ComponentAt(i)->IsOfType("DHM")) list = list + container->ComponentAt(i)->IdAbs(&from) + ak_sep;
-    return list;
+        if (container->ComponentAt(i)->IsOfType("DHM")) paths.Append(container->ComponentAt(i)->IdAbs(&from));
+    return AK_String(paths, ak_sep);
 }
