@@ -157,5 +157,7 @@ AK_UserObj* AK_UserObj::CreateFromDirectory(const AK_String& id, AK_Object* pare
     object->ExecCommand(command, 1);
     if (object->Type() + ".atr" == files[0]) return object;
     delete object;   // its class is not to be found, or is another one by now
+    AK_MSG("WARNING: " << dir << InLanguage(" is not loaded: its class is not to be found; its files are kept",
+                                            " wird nicht geladen: die Klasse fehlt; die Dateien bleiben erhalten"));
     return nullptr;
 }

@@ -156,8 +156,24 @@ void AK_Object::RemoveEntry(int index)
     _isReference.Remove(index);
 }
 
+void AK_Object::FixComponents()
+{
+    for (int i = 0; i < _components.Size(); ++i)
+        if (Owns(i)) _components[i]->_isFixed = true;
+}
+
+bool AK_Object::RefusesAsFixed() const
+{
+    if (!_isFixed || !_parent) return false;
+    _execStatus = AK_String("'") + _id + InLanguage("' is a fixed part of '", "' ist ein fester Teil von '") +
+                  _parent->_id + InLanguage("' and stays there under its name", "' und bleibt dort unter seinem Namen");
+    return true;
+}
+
 bool AK_Object::RemoveComponent(const AK_String& id)
 {
+    if (const AK_Object* component = Component(id); component && component->_parent == this && component->RefusesAsFixed())
+        return false;
     for (int i = 0; i < _components.Size(); ++i) {
         if (_components[i]->_parent == this || !(_components[i]->_id == id)) continue;
         RemoveEntry(i);
@@ -168,7 +184,7 @@ bool AK_Object::RemoveComponent(const AK_String& id)
 
 void AK_Object::Detach(const AK_String&)
 {
-    if (!_parent) return;
+    if (!_parent || RefusesAsFixed()) return;
     for (int i = _parent->_components.Size() - 1; i >= 0; --i)
         if (_parent->_components[i] == this) _parent->RemoveEntry(i);
     _parent = nullptr;   // which may be freed from now on without this object
@@ -188,6 +204,7 @@ int AK_Object::DeleteComponent(const AK_String& id)
 {
     for (int i = 0; i < _components.Size(); ++i) {
         if (!Owns(i) || !(_components[i]->_id == id)) continue;
+        if (_components[i]->RefusesAsFixed()) return 0;
         _components[i]->RemoveFromDisc();
         FreeComponent(i);
         return 1;
@@ -280,11 +297,6 @@ void AK_Object::Update()
         if (_components[i]->_active && _components[i]->_parent == this) _components[i]->Update();
     _updateTime = long(clock()) - _clock_t0;
     --_clock_t0;   // the next stamp is later than this one even when clock has not moved
-}
-
-void AK_Object::RemoveFromDisc()
-{
-    if (!_projectDir.IsEmpty() && AK_System::FileExists(_projectDir)) AK_System::RemoveFileRecursively(_projectDir);
 }
 
 bool AK_Object::IsOfType(const AK_String& type) const

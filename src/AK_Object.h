@@ -155,7 +155,8 @@ public:
     virtual int SetDefault(const AK_String& attr, const AK_String& value) const;
     /// Recomputes and redraws: the class's formula function "Update", then the active components.
     virtual void Update();
-    /// Removes the object's directory with all in it.
+    /// Removes what the program wrote into the object's directory and those of its components, and each directory that
+    /// is empty then. One that holds the working directory, the home directory or the project stays in any case.
     virtual void RemoveFromDisc();
     /// True for the type of the class and of its bases.
     virtual bool IsOfType(const AK_String& type) const;
@@ -189,12 +190,14 @@ public:
     void AddComponent(AK_Object* object);        // owned from now on; becomes "$latest_comp"
     void AppendComponent(AK_Object* object);     // a reference, unless it is in the list already
     void AddNewComponent(const AK_String& id);   // what the class's create function makes; nothing without one
-    /// Drops the first reference with that id; true if there was one.
+    /// Drops the first reference with that id; true if there was one. A fixed component is refused with a status.
     bool RemoveComponent(const AK_String& id);
-    /// Takes this object out of its parent's list without deleting anything: from now on it is a root of its own.
+    /// Takes this object out of its parent's list without deleting anything: from now on it is a root of its own. A
+    /// fixed component is refused with a status.
     void Detach(const AK_String& ignored);
     void RemoveAllReferencesTo(const AK_Object* object);
-    /// Deletes an owned component, its directory on disc and all references to it; 1, or 0 if there is none.
+    /// Deletes an owned component, its files on disc and all references to it; 1, or 0 if there is none or it is fixed,
+    /// which leaves a status.
     int DeleteComponent(const AK_String& id);
     /// Takes an owned component out of the tree and frees it, at once or, if its own call is running, at the end of
     /// the outermost call. References to it go, its directory on disc stays.
@@ -219,6 +222,8 @@ public:
     static AK_Object* ObjectFromCurrentById(const AK_String& path);
     const AK_String& ProjectDir() const { return _projectDir; }
     void ProjectDir(const AK_String& dir);
+    /// Fixes the components that there are: the code of the object relies on them, so nobody takes them away.
+    void FixComponents();
 
     // ---- attributes, stamps, variables (AK_Object_Attributes.cpp)
     static std::span<const Row> Rows();
@@ -290,7 +295,7 @@ public:
 
     // ---- persistence (AK_Object_Persistence.cpp)
     // SaveAs and Load work on this object alone, the others on its owned components too. Saving goes on after an error
-    // and keeps the first; loading stops at it.
+    // and keeps the first; loading stops at it. SaveProjectAs takes along what lies in the old directory only.
     void SaveAs(const AK_String& dir);
     void Save(const AK_String& ignored);
     void SaveProject(const AK_String& ignored);
@@ -401,6 +406,19 @@ protected:
     virtual const AK_Attribute* AttributesToSave() const { return Attributes(); }
     void SaveAttributesTo(const AK_String& file, bool recursively) const;
     void WriteAttributes(std::FILE* file, const AK_Object* relativeTo, bool recursively) const;
+    bool RefusesAsFixed() const;   // sets the status if this object is a fixed component
+
+    // ---- files that were not read, removal (AK_Object_Files.cpp)
+    bool IsUnread() const;   // and nothing of the object has been changed since
+    void SetUnread(bool isUnread);
+    /// Marks the objects from here down whose files lie on disc and were neither read nor written by them; all that
+    /// have files if the directory is another one than before.
+    void KeepUnreadFiles(bool isOtherDirectory);
+    void CopyUnreadFiles(const AK_String& from, const AK_String& to) const;
+    void CopyUnloadedComponents(const AK_String& from, const AK_String& to) const;
+    void RemoveFilesOfFormerType() const;
+    bool HoldsOtherDirectories() const;   // its directory: the working, the home or the project's directory
+
     /// Makes and adds the component whose directory this is; null if its type is unknown or it is no such directory.
     AK_Object* ComponentFromDirectory(const AK_String& id, const AK_String& dir);
 
@@ -410,6 +428,8 @@ protected:
     long _updateTime = 0;
     AK_String _id;
     AK_Object* _parent = nullptr;
+    bool _isFixed = false;    // a part that its parent relies on
+    bool _isUnread = false;   // files on disc hold what the object does not have
     AK_List<AK_Object*> _components{1};
     AK_List<char> _isReference{1};   // parallel: 0 owned, 1 reference
     AK_List<AK_String> _execTimeIds{1};
@@ -419,6 +439,7 @@ protected:
     AK_String _macroFileName;
     int _macroRepetitions = 1;
     AK_String _projectDir;            // "" when the object has none
+    AK_String _typeOnDisc;            // type that its files there bear; "" before the first load or save
     mutable int _parameterSet = -1;   // index into _parsets
 };
 

@@ -119,7 +119,11 @@ std::span<const AK_Row> AK_Object::Rows()
         {"GetComponentList",           R::shown<&ComponentList>},
         {"$latest_comp",               R::shown<[](const O& o) { return o.VariableValue("$latest_comp"); }>},
         {"ProjectDir",                 R::pair<[](const O& o) { return o._projectDir; },
-                                               [](O& o, Text dir) { o.ProjectDir(dir); }>},
+                                               [](O& o, Text dir) {
+                                                   const bool isOther = !(dir == o._projectDir);
+                                                   o.ProjectDir(dir);
+                                                   o.KeepUnreadFiles(isOther);
+                                               }>},
         {"SaveAs",                     R::command<&O::SaveAs>},
         {"Save",                       stampsItself(R::command<&O::Save>)},   // only a success makes the object clean
         {"Load",                       stampsItself(R::command<&O::Load>)},
@@ -249,7 +253,9 @@ int AK_Object::Set(const AK_String& attr, const AK_String& value)
     if (qvt_sci_Set(_qvt_sci_namespace, attr, value)) return 1;
     if (SetByRows(Rows(), attr, value)) return 1;
     if (IsVariableName(attr)) {
+        _execStatus = "";
         SetVariableValue(attr, value);
+        SetExecTime(attr);   // a class of the user's may save it
         return 1;
     }
     const Call running(this);

@@ -233,7 +233,11 @@ protected:
         }
     }
 
-    void RunInitializationCommands() { this->RunCommandsOf(_initializationCommands, 1); }
+    void RunInitializationCommands()
+    {
+        this->FixComponents();
+        this->RunCommandsOf(_initializationCommands, 1);
+    }
 
     // The row builders of this class, under their plain names.
     template <auto member>

@@ -7,7 +7,7 @@
 // The object is a path relative to the one the command runs on. Object and attribute may be variables of that object,
 // and so may the whole value. The first characters alone tell what a line is: a blank before "set(" is no command. A
 // value ends at the last quote of the line, so quotes inside it need no escaping; line ends, tabs and quotes are
-// written as "%%n", "%%t", "%%q".
+// written as "%%n", "%%t", "%%q", and the "$" of an ending that would be read as a variable as "%%v".
 
 #include "AK_Object.h"
 
@@ -79,6 +79,7 @@ static void Unescape(AK_String& value)
         {"%%n",  '\n'},
         {"%%t",  '\t'},
         {"%%q",  '"' },
+        {"%%v",  '$' },
         {"\\\n", '\n'},
         {"\\\t", '\t'},
         {"\\\"", '"' }
@@ -126,8 +127,10 @@ static AK_String Escaped(const AK_String& value)
     AK_String text;
     text.Resize(3 * value.Length() + 1);
     char* to = &text[0];
+    const char* dollar = std::strchr(value.c_str(), '$');
+    if (dollar && !AK_Object::IsVariableName(dollar)) dollar = nullptr;
     for (const char* from = value.c_str(); *from; ++from) {
-        const char escape = *from == '\n' ? 'n' : *from == '\t' ? 't' : *from == '"' ? 'q' : 0;
+        const char escape = from == dollar ? 'v' : *from == '\n' ? 'n' : *from == '\t' ? 't' : *from == '"' ? 'q' : 0;
         if (escape) {
             *to++ = '%';
             *to++ = '%';
@@ -171,7 +174,14 @@ void AK_Object::ExecCommand(const AK_String& command, int noExplain)
     // An address means nothing in another process, so a recorded command must not carry one.
     if (cmd.IsEmpty() || value.StartsWith("%ak_ptr%")) return;
 
+    const AK_String earlierStatus = _execStatus;
+    _execStatus = "";
     AK_Object* target = path.IsEmpty() ? this : path == "root" ? Root() : ObjectById(path);
+    if (!_execStatus.IsEmpty()) {   // what the path leads to could not be loaded: nothing must act on its defaults
+        AK_MSG("error when executing '" << command << "':" << _execStatus);
+        return;
+    }
+    _execStatus = earlierStatus;
     if (!target) {
         _execStatus = AK_String("object '") + path + "' not found";
         AK_MSG("could not execute command " << command << ", ignored!");

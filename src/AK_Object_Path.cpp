@@ -94,14 +94,28 @@ static void MakeUnique(AK_String& id, const Siblings& siblings)
     for (int n = siblings.FreeCountOfX(id); n > 0; --n) id.Append("x");
 }
 
+// A path with such a part leads to the root.
+static bool IsNameOfRoot(const AK_String& id, const AK_Object& root) { return id == "root" || id == root.Id(); }
+
 void AK_Object::Id(const AK_String& newId)
 {
     AK_String id = newId;
     id.ReplaceNonAlNum('_');
     if (id.IsEmpty()) id = Type() + "_" + AK_String(_object_counter, "%d");
+    const AK_String oldId = _id;
+    if (!oldId.IsEmpty() && !(id == oldId) && RefusesAsFixed()) return;
+    if (_parent && IsNameOfRoot(id, *Root())) {
+        const AK_String refusal = AK_String("'") + id + InLanguage("' means the root of all objects: no other bears it",
+                                                                   "' meint die Wurzel aller Objekte: kein anderes heisst so");
+        if (!oldId.IsEmpty()) {
+            _execStatus = refusal;
+            return;
+        }
+        AK_MSG("WARNING: " << refusal);
+        id = id + "_0001";
+    }
     if (_parent) MakeUnique(id, Siblings(_parent, this));
 
-    const AK_String oldId = _id;
     _id = id;
     if (oldId.IsEmpty() || _projectDir.IsEmpty()) return;
     AK_String dir = _projectDir;

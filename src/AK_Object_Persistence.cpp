@@ -69,8 +69,15 @@ void AK_Object::SaveAs(const AK_String& dir)
         _execStatus = AK_String("cannot open ") + dat;
         return;
     }
+    const AK_String from = _projectDir;
     _projectDir = dir;
     AK_System::CreateDir(dir);
+    if (IsUnread() && !from.IsEmpty()) {
+        AK_MSG("INFO: " << IdAbs() << InLanguage(" is not saved: its files were not read and are kept",
+                                                 " wird nicht gespeichert: die Dateien sind ungelesen und bleiben"));
+        if (!(from == dir)) CopyUnreadFiles(from, dir);
+        return;
+    }
     const long modified = ModificationTime();
     // The object's own stamps: a group answers with those of its members.
     const bool clean = AK_Object::ExecTime("Save") >= modified || AK_Object::ExecTime("Load") >= modified;
@@ -88,14 +95,21 @@ void AK_Object::SaveAs(const AK_String& dir)
         _execStatus = AK_String("cannot open ") + dat;
     else if (!written)
         _execStatus = AK_String("cannot save data of ") + IdAbs() + " to file " + dat;
-    else
+    else {
+        // The files of a former type would make the directory one that no loader understands.
+        if (from == dir && !(_typeOnDisc == Type())) RemoveFilesOfFormerType();
+        _typeOnDisc = Type();
+        SetUnread(false);
         SetExecTime("Save");
+    }
 }
 
 void AK_Object::SaveProjectAs(const AK_String& dir)
 {
     _execStatus = "";
+    const AK_String from = _projectDir;
     SaveAs(dir);
+    if (!dir.IsEmpty() && !from.IsEmpty()) CopyUnloadedComponents(from, dir);
     AK_String firstError = _execStatus;
     for (int i = 0; i < _components.Size() && !dir.IsEmpty(); ++i) {
         if (!Owns(i)) continue;
@@ -113,6 +127,8 @@ void AK_Object::Load(const AK_String& dir)
 {
     AK_MSG("loading '" << _id << "' from " << dir);
     ProjectDir(dir);
+    _typeOnDisc = Type();
+    SetUnread(true);   // until all of it is read
     const AK_String dat = dir + "/" + Type() + ".dat";
     if (AK_Stream stream(dat, "rb"); stream._status == 0) {   // an object without data has no file
         if (LoadData(stream) != 0) {
@@ -121,6 +137,8 @@ void AK_Object::Load(const AK_String& dir)
         }
     }
     ExecMacro(dir + "/" + Type() + ".atr", 1);
+    _typeOnDisc = Type();   // the macro may have given it
+    SetUnread(!_execStatus.IsEmpty());
     if (_execStatus.IsEmpty()) SetExecTime("Load");
 }
 
@@ -129,7 +147,11 @@ void AK_Object::LoadProject(const AK_String& directory)
     const Call running(this);
     const AK_String dir = directory.IsEmpty() ? _projectDir : directory;
     _execStatus = "";   // an error from before, which a path that loads on its way may find, is none of loading
-    if (!dir.IsEmpty()) ProjectDir(dir);   // now: what is loaded first may name what is loaded later
+    if (!dir.IsEmpty()) {
+        const bool isOther = !(dir == _projectDir);
+        ProjectDir(dir);            // now: what is loaded first may name what is loaded later
+        KeepUnreadFiles(isOther);   // what an error keeps from being reached
+    }
     for (int i = 0; i < _components.Size() && !dir.IsEmpty(); ++i) {
         if (!Owns(i)) continue;
         _components[i]->LoadProject(dir + "/" + _components[i]->_id);

@@ -69,6 +69,7 @@ int main(int argc, char** argv)
     AK_MSG(AK_Object::Arglist(" "));
     AK_MSG(rule << "\n" << AK_Object::_about << "\n" << rule << "\n");
     root->AddComponent(new SW_Workspace("Project", nullptr));
+    root->FixComponents();
     root->Run(1024, 768, arguments.macro, "", arguments.exitAfterMacro);
     delete root;
     return 0;

@@ -130,8 +130,31 @@ TEST_F(AK_UserObjTest, DirectoriesThatAreNotItsAreLeftAlone)
 
     AK_System::RemoveFile(directory / "attributes/Snow.atr");   // the class is not on this machine
     TestWorkspace elsewhere("Viewer", nullptr);
+    Messages();
     elsewhere.LoadProject(directory / "project");
     EXPECT_EQ(Text(AK_Object::_execStatus), "");
     EXPECT_EQ(ComponentIds(elsewhere), Lines());
-    EXPECT_TRUE(AK_System::FileExists(dir + "object/Snow.atr"));
+    const Lines said = Messages();
+    EXPECT_EQ(std::count(said.begin(), said.end(),
+                         "WARNING: " + Text(dir) + "object is not loaded: its class is not to be found; its files are kept"),
+              1);
+    elsewhere.SaveProject("");
+    elsewhere.SaveProjectAs(directory / "taken");
+    for (const AK_String& kept : {dir, directory / "taken/"})
+        EXPECT_NE(FileBytes(kept + "object/Snow.atr").find("\"Snow\""), std::string::npos) << kept;
+}
+
+TEST_F(AK_UserObjTest, AnotherClassLeavesNoFilesOfTheFormerOne)
+{
+    object->Set("AttributesName", "Snow");
+    root.SaveProjectAs(directory / "project");
+    for (const char* next : {"Rock", "", "Snow"}) {
+        object->Set("AttributesName", next);
+        root.SaveProject("");
+        EXPECT_EQ(AK_System::FilesList(directory / "project/object", "atr").Size(), 1) << next;
+        TestWorkspace again("Viewer", nullptr);
+        again.LoadProject(directory / "project");
+        ASSERT_EQ(ComponentIds(again), (Lines{"object"})) << next;
+        EXPECT_EQ(Text(again.Get("object:AttributesName")), next);
+    }
 }
