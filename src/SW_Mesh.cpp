@@ -110,6 +110,11 @@ void SW_Mesh::SetHoneyCombCells(const SW_Grid& grid)
 void SW_Mesh::TakeGrid(const SW_Grid& grid)
 {
     _grid = grid;
+    TakeGridDescription(grid);
+}
+
+void SW_Mesh::TakeGridDescription(const SW_Grid& grid)
+{
     _nx = grid.nx;
     _ny = grid.ny;
     _dx = grid.dx;

@@ -24,6 +24,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <optional>
 
 class SW_ContourLines;
 class SW_Polyline;
@@ -275,7 +276,20 @@ private:
     static AK_String ReadProjection(const AK_String& path);
     void WriteGrid(std::FILE* file) const;
     void SizeGridForExport();
+    /// What an import replaces.
+    struct Surface {
+        AK_List<AK_Vec> x{1}, vertexNormals{1};
+        AK_List<IA4> lcv{1}, lcc{1};
+        AK_List<int> segments{1};
+        AK_Vec totalNormal;
+        int isCartesian = 0, isHoneyComb = 0;
+        SW_Grid cells;
+        std::optional<SW_Grid> next;   // what the attributes describe; none: the mesh keeps its own
+    };
+    void ExchangeSurface(Surface& other);
+    void TakeProjectionOf(const AK_List<AK_String>& tiles);
     void TakeGrid(const SW_Grid& grid);
+    void TakeGridDescription(const SW_Grid& grid);
     bool BeginSearch(const AK_Vec2& p, int& start) const;
     int RandomStartCell(const AK_Vec2& p) const;
     enum class GridKind { Cartesian, HoneyComb };

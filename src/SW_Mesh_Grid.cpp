@@ -89,6 +89,7 @@ bool SW_Mesh::Cover(const SW_Mesh& base, GridKind kind)
     _xor = {hi[0], hi[1]};
     if (!MakeGrid(kind)) return false;
     ProjectOnto(&base);
+    _projection = base._projection;
     return true;
 }
 
