@@ -171,6 +171,8 @@ public:
     void CoverWithHoneyCombGrid() { CoverBaseMesh(GridKind::HoneyComb); }
 
     // ---- another mesh (SW_Mesh_Project.cpp); a name that leads to none, or to this one, does nothing
+    /// False, with a warning, for a mesh without cells, on which nothing is projected.
+    bool HasSurfaceFor(const AK_Object& projected) const;
     /// Every vertex takes the height of the other surface. Where that has none, a Cartesian grid is filled unless
     /// NumNoDataValueInterpolationIterations is 0; any other mesh loses those vertices. Components follow.
     void ProjectOnto(const SW_Mesh* mesh);

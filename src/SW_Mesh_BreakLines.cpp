@@ -196,9 +196,7 @@ void SW_Mesh::InsertBreakLines(const AK_String& path)
 
 void SW_Mesh::InsertBreakLine(const AK_String& id)
 {
-    if (id.IsEmpty()) return;
-    auto* line = dynamic_cast<const SW_Polyline*>(ObjectById(id));
-    if (!line) line = dynamic_cast<const SW_Polyline*>(Root()->ObjectById(id));
+    const SW_Polyline* line = SW_FindLine(*this, id);
     if (!line || line->NumVertices() == 0) return;
     if (line->Line().NumNoCoordinates() > 0) {
         _execStatus = line->IdAbs() + InLanguage(": points have coordinates that are no numbers or too large",

@@ -272,7 +272,15 @@ void SW_Mesh::ComputeContourLines()
 void SW_Mesh::ExportContourLines(const AK_String& path)
 {
     if (!_contourLines || _contourLines->Size() == 0) ComputeContourLines();
-    if (!_contourLines || _contourLines->Size() == 0) return;
+    if (!_contourLines || _contourLines->Size() == 0) {
+        _execStatus = AK_String("'") + path +
+                      (NumCells() == 0 ? InLanguage("' is not written: the mesh is empty",
+                                                    "' wird nicht geschrieben: das Netz ist leer")
+                                       : InLanguage("' is not written: no contour line at 'ContourLinesMinorStep'",
+                                                    "' wird nicht geschrieben: keine Hoehenlinie bei "
+                                                    "'ContourLinesMinorStep'"));
+        return;
+    }
     AK_MSG("writing " << path << "...");
     const bool written = AK_WriteStream(path, [&](std::ostream& stream) {
         if (path.Extension() == "nxyz") {

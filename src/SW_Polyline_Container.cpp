@@ -39,7 +39,7 @@ void SW_LineContainer::Import(const AK_String& path)
 void SW_LineContainer::ProjectOnto(const AK_String& name)
 {
     const SW_Mesh* mesh = SW_MeshReference::Find(*this, name);
-    if (!mesh) return;
+    if (!mesh || !mesh->HasSurfaceFor(*this)) return;
     for (int i = 0; i < NumComponents(); ++i) ComponentAt(i)->Set("ProjectOnto", mesh->IdAbs(ComponentAt(i)));
     _baseMesh.Set(*this, *mesh);
 }

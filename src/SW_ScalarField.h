@@ -56,6 +56,7 @@ private:
     void Smooth(int rounds);
     void CreateGradientField();
     void TakeRasterExtentOfMesh();
+    bool HasRaster();
     void DrawCells() const;
     void DrawContourLines() const;
     AK_Vec GradientAt(int i, const AK_Vec& normal, const AK_List<int>& neighbors, const AK_Vec& unchanged) const;

@@ -150,13 +150,45 @@ protected:
         for (int i = 0; i < _values.Size(); ++i) convert(i);
     }
 
+    /// True if there are values on a mesh; else the status says why nothing can be exported.
+    bool HasValues() const
+    {
+        AK_String& status = AK_Object::_execStatus;
+        if (!_mesh)
+            status = InLanguage("the field has no values yet: run or load the simulation, or update the view, first",
+                                "das Feld hat noch keine Werte: zuerst die Simulation rechnen oder laden oder die "
+                                "Ansicht auffrischen");
+        else if (_mesh->NumCells() == 0)
+            status = InLanguage("the mesh of the field is empty", "das Netz des Feldes ist leer");
+        else if (_values.Size() != WantedSize())
+            status = InLanguage("the values belong to another state of the mesh: update the view first",
+                                "die Werte gehoeren zu einem anderen Stand des Netzes: zuerst die Ansicht auffrischen");
+        else
+            return true;
+        return false;
+    }
+
     /// The line whose values are to be exported; null if they cannot be.
     const SW_Polyline* LineToExport() const
     {
-        if (_selectedPolyline.IsEmpty() || !_mesh || !_onVertices) return nullptr;
-        const auto* line =
-            dynamic_cast<const SW_Polyline*>(const_cast<SW_FieldOf*>(this)->ObjectById(_selectedPolyline));
-        return line && line->Points().Size() > 1 ? line : nullptr;
+        if (!_mesh || !_onVertices) return nullptr;
+        const SW_Polyline* line = SW_FindLine(*this, _selectedPolyline);
+        return line && line->NumVertices() > 1 ? line : nullptr;
+    }
+
+    /// Says why there is no such line.
+    void TellWhyNoLine() const
+    {
+        AK_String& status = AK_Object::_execStatus;
+        if (!_onVertices)
+            status = InLanguage("values along a line are those on vertices, and this field has one for each cell",
+                                "Werte entlang einer Linie sind solche auf Knoten, und dieses Feld hat einen je Zelle");
+        else if (_selectedPolyline.IsEmpty())
+            status = InLanguage("no line is selected", "es ist keine Linie gewaehlt");
+        else
+            status = AK_String(InLanguage("there is no line of two points or more '",
+                                          "es gibt keine Linie aus mindestens zwei Punkten '")) +
+                     _selectedPolyline + "'";
     }
 
     AK_String PolylinesList() const { return SW_PathsOfType(*this, "Polyline"); }
@@ -167,11 +199,13 @@ protected:
     };
 
     /// The values, as they are displayed, at the ends of the selected line and where it crosses edges of the mesh.
-    /// False if it cannot be exported.
+    /// False, with a status, if it cannot be exported.
     bool GetValuesAlongLine(AK_List<PlacedValue>& out)
     {
+        if (!HasValues()) return false;
         const SW_Polyline* line = LineToExport();
-        if (!line || _values.Size() != WantedSize()) return false;
+        if (!line) TellWhyNoLine();
+        if (!line) return false;
         Field& field = static_cast<Field&>(*this);
         AK_List<SW_MeshEdgeIntersection> crossings(1);
         _mesh->GetMeshEdgeIntersectionsAlongPolyline(*line, crossings);

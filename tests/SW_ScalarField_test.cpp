@@ -217,6 +217,57 @@ TEST_F(SW_Fields, ValuesAlongALineFollowTheEdgesItCrosses)
     owned->SetMesh(nullptr);
 }
 
+TEST_F(SW_Fields, AnExportThatWritesNothingSaysWhy)
+{
+    AK_Object root("root", nullptr);
+    root.AddComponent(new SW_Polyline("point", nullptr));
+    root.Component("point")->Set("AppendPoint", "1001 2002 0");
+    auto* depth = field.get();
+    root.AddComponent(field.release());
+    const AK_String file = directory / "none";
+    const auto why = [&](AK_Object& object, const char* command) {
+        object.Set(command, file);
+        EXPECT_FALSE(AK_System::FileExists(file)) << command;
+        return std::string(AK_Object::_execStatus.c_str());
+    };
+    EXPECT_EQ(why(*depth, "ExportValuesAlongPolyline"), "no line is selected");
+    for (const char* line : {"../point", "../nobody"}) {
+        depth->Set("SelectedPolyline", line);
+        EXPECT_EQ(why(*depth, "ExportValuesAlongPolyline"),
+                  std::string("there is no line of two points or more '") + line + "'");
+    }
+    depth->Set("ExportRasterSize", "5000");
+    EXPECT_NE(why(*depth, "ExportFieldRasterAscii").find("'ExportRasterSize' is larger than the mesh"),
+              std::string::npos);
+    SW_ScalarField perCell("cells", nullptr);
+    perCell.SetMesh(mesh.get());
+    EXPECT_EQ(why(perCell, "ExportFieldRasterAscii"), "a raster is made from values on vertices only");
+    EXPECT_NE(why(perCell, "ExportValuesAlongPolyline").find("values along a line are those on vertices"),
+              std::string::npos);
+    const SW_Mesh empty("empty", nullptr);
+    SW_VectorField velocity("velocity", nullptr);
+    for (const auto& [on, reason] : {std::pair{(const SW_Mesh*)nullptr, "the field has no values yet: run or load the "
+                                                                        "simulation, or update the view, first"},
+                                     {&empty, "the mesh of the field is empty"}}) {
+        depth->SetMesh(on);
+        velocity.SetMesh(on);
+        for (const char* command : {"ExportFieldRasterAscii", "ExportValuesAlongPolyline"})
+            EXPECT_EQ(why(*depth, command), reason) << command;
+        for (const char* command : {"ExportValues", "ExportValuesAlongPolyline"})
+            EXPECT_EQ(why(velocity, command), reason) << command;
+        depth->Set("ExportContourLines", directory / "no.dxf");
+        EXPECT_STREQ(AK_Object::_execStatus.c_str(), reason);
+    }
+    SW_Mesh surface("surface", nullptr);
+    EXPECT_NE(why(surface, "ExportContourLines").find("the mesh is empty"), std::string::npos);
+    for (const auto& [name, reason] : {std::pair{"m.asc", "the mesh is empty"}, {"m.xyz", "the mesh is empty"},
+                                       {"m.dat", "unknown extension"}}) {
+        surface.Set("Export", directory / name);
+        EXPECT_NE(std::string(AK_Object::_execStatus.c_str()).find(reason), std::string::npos) << name;
+        EXPECT_FALSE(AK_System::FileExists(directory / name));
+    }
+}
+
 TEST_F(SW_Fields, VectorsHaveLengthsTablesAndAMagnitude)
 {
     SW_VectorField velocity("velocity", nullptr);
