@@ -261,15 +261,15 @@ struct TileExtent {
 
 }   // namespace
 
-// Calls `use(path, in, header)` for each tile that opens and has a good header; the others are passed over, and
-// `refuse(path, in, why)` is told.
+// Calls `use(in, header)` for each tile that opens and has a good header; the others are passed over, and
+// `refuse(in, why)` is told.
 template <class Use, class Refuse>
 static void ForEachTile(const AK_List<AK_String>& paths, const char* message, const Use& use, const Refuse& refuse)
 {
     for (const AK_String& path : paths) {
         SW_TokenReader in(path);
         if (!in.IsOpen()) {
-            refuse(path, in, InLanguage("cannot be opened", "kann nicht geoeffnet werden"));
+            refuse(in, InLanguage("cannot be opened", "kann nicht geoeffnet werden"));
             continue;
         }
         AK_MSG(message << path);
@@ -277,19 +277,18 @@ static void ForEachTile(const AK_List<AK_String>& paths, const char* message, co
         const AK_String fault = ReadGridHeader(in, header);
         header.MoveToCenter();
         if (!fault.IsEmpty())
-            refuse(path, in, fault);
+            refuse(in, fault);
         else if (CanHoldValues(in, header))
-            use(path, in, header);
+            use(in, header);
         else
-            refuse(path, in, InLanguage("is too short for its heights", "ist zu kurz fuer seine Hoehen"));
+            refuse(in, InLanguage("is too short for its heights", "ist zu kurz fuer seine Hoehen"));
     }
 }
 
 // Tells of a tile that does not give all it should.
-static void WarnOfTile(const AK_String& path, const SW_TokenReader& in, const AK_String& why)
+static void WarnOfTile(const SW_TokenReader& in, const AK_String& why)
 {
-    AK_MSG("WARNING:" << InLanguage("tile '", "Kachel '") << path << InLanguage("', line ", "', Zeile ") << in.Line()
-                      << ": " << why);
+    AK_MSG("WARNING:" << InLanguage("tile ", "Kachel ") << in.Place() << ": " << why);
 }
 
 void SW_Mesh::LoadTiles(const AK_String& paths)
@@ -301,7 +300,7 @@ void SW_Mesh::LoadTiles(const AK_String& paths)
     TileExtent extent;
     ForEachTile(
         tiles, "reading header of tile '",
-        [&](const AK_String&, SW_TokenReader&, const GridHeader& header) { extent.Add(header); }, WarnOfTile);
+        [&](SW_TokenReader&, const GridHeader& header) { extent.Add(header); }, WarnOfTile);
     if (extent.numTiles == 0) {
         _execStatus = InLanguage("no tile can be read", "keine Kachel kann gelesen werden");
         return;
@@ -351,7 +350,7 @@ void SW_Mesh::ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& gr
 {
     double min = 1e30;
     double max = -1e30;
-    const auto readHeights = [&](const AK_String& path, SW_TokenReader& in, const GridHeader& header) {
+    const auto readHeights = [&](SW_TokenReader& in, const GridHeader& header) {
         const long read = ReadGridValues(in, header, [&](int column, int row, double z) {
             if (z == header.noData) return;   // missing here, perhaps given by an earlier tile
             const int i = RowOf((column * header.cellSize + header.xll - grid.xll.x) / grid.dx + 0.5, grid.nx + 1);
@@ -362,12 +361,12 @@ void SW_Mesh::ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& gr
             _x[i * (grid.ny + 1) + j].z = z;
         });
         if (read == header.NumValues()) return;
-        WarnOfTile(path, in,
+        WarnOfTile(in,
                    AK_String(InLanguage("its heights end there: ", "seine Hoehen enden dort: ")) +
                        AK_ToText(double(read), nullptr) + InLanguage(" instead of ", " statt ") +
                        AK_ToText(double(header.NumValues()), nullptr));
     };
-    const auto isTold = [](const AK_String&, SW_TokenReader&, const AK_String&) {};
+    const auto isTold = [](const SW_TokenReader&, const AK_String&) {};
     ForEachTile(tiles, "reading data of tile '", readHeights, isTold);
     AK_MSG("min. height " << min << ", max. height " << max);
 }

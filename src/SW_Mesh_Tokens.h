@@ -13,20 +13,16 @@ public:
     explicit SW_TokenReader(const AK_String& path) : _reader(path) {}
     bool IsOpen() const { return _reader.IsOpen(); }
     long Remaining() const { return _reader.Remaining(); }
-    int Line() const { return _line; }   // that of the last word, from 1
+    AK_String Place() const { return _reader.Place(); }   // of the last word
 
     /// The next word, "" at the end. One that is longer than any number comes back cut, and is none then.
     const char* Next()
     {
-        int byte = _after;
-        while (IsSpace(byte)) {
-            if (byte == '\n') ++_line;
-            byte = _reader.ReadByte();
-        }
+        int byte = _reader.ReadByte();
+        while (IsSpace(byte)) byte = _reader.ReadByte();
         _length = 0;
         for (; byte >= 0 && !IsSpace(byte); byte = _reader.ReadByte())
             if (_length < maxToken) _token[_length++] = char(byte);
-        _after = byte;
         _token[_length] = 0;
         return _token;
     }
@@ -58,6 +54,4 @@ private:
     AK_TextReader _reader;
     char _token[maxToken + 1] = "";
     int _length = 0;
-    int _after = ' ';   // the byte behind the word
-    int _line = 1;
 };

@@ -143,10 +143,10 @@ static bool ReadNumber(AK_TextReader& reader, Number& number)
 static bool ReadCoordinate(AK_TextReader& reader, double& x) { return ReadNumber(reader, x) && IsCoordinate(x); }
 
 // Tells of a line that a file ends within, or stops being numbers.
-static void WarnOfIncompleteLine(int expected, int found)
+static void WarnOfIncompleteLine(const AK_TextReader& reader, int expected, int found)
 {
-    AK_MSG("WARNING:a line that should have " << expected << " points ends after " << found
-                                              << ": the rest of the file is not read");
+    AK_MSG("WARNING:" << reader.Place() << ": a line that should have " << expected << " points ends after " << found
+                      << ": the rest of the file is not read");
 }
 
 int AK_Polyline::ReadFromNxyz(AK_TextReader& reader)
@@ -167,7 +167,7 @@ int AK_Polyline::ReadFromNxyz(AK_TextReader& reader)
     for (int i = 0; i < count; ++i) {
         AK_Vec p;
         if (!ReadCoordinate(reader, p.x) || !ReadCoordinate(reader, p.y) || !ReadCoordinate(reader, p.z)) {
-            WarnOfIncompleteLine(count, i);
+            WarnOfIncompleteLine(reader, count, i);
             return 0;
         }
         _x.Append(p);
@@ -206,7 +206,7 @@ int AK_Polyline::ReadFromAno(AK_TextReader& reader, AK_String& name, AK_String& 
     for (int i = 0; i < count; ++i) {
         double x[2];
         if (!ReadTextLine(reader, line, maxLine) || !ScanCoordinates(line.c_str(), false, x, 2)) {
-            WarnOfIncompleteLine(count, i);
+            WarnOfIncompleteLine(reader, count, i);
             return 1;
         }
         _x.Append({x[0], x[1], 0});

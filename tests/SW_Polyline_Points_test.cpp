@@ -149,11 +149,13 @@ TEST_F(SW_Polyline_Points, ReadsNxyz)
 TEST_F(SW_Polyline_Points, KeepsThePointsBeforeAFault)
 {
     AK_Polyline line;
-    AK_TextReader nxyz(File("3\n1 2 3\n4 5 6\n7 8"));
+    const AK_String file = File("3\n1 2 3\n4 5 6\n7 8");
+    AK_TextReader nxyz(file);
     EXPECT_EQ(line.ReadFromNxyz(nxyz), 0);
     EXPECT_EQ(Text(line._x), "1 2 3;4 5 6");
-    EXPECT_EQ(Messages(), Lines{"WARNING:a line that should have 3 points ends after 2: the rest of the file is not "
-                                "read"});
+    EXPECT_EQ(Messages(), Lines{("WARNING:" + file).c_str() +
+                                std::string(", line 4: a line that should have 3 points ends after 2: the rest of the "
+                                            "file is not read")});
 }
 
 TEST_F(SW_Polyline_Points, WritesNxyzThatReadsBack)
