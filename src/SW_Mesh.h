@@ -324,6 +324,7 @@ private:
     AK_Vec _totalNormal;      // m2: sum of all area vectors
     mutable AK_List<AK_List<int>> _lvv{1};   // vertex -> neighbour vertices, built on demand
     std::unique_ptr<SW_ContourLines> _contourLines;
+    double _contourLinesStep = 0;   // m, for which they were made
     std::unique_ptr<SW_Mesh> _coarseMesh;   // drawn in place of this one; made on demand, no component
     AK_String _projection;   // text of the coordinate system that came with the raster, "" for none
 

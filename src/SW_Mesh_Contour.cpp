@@ -248,6 +248,7 @@ void SW_Mesh::ComputeContourLines()
 {
     static constexpr int maxLevels = 100000;   // a step far too small for the terrain must not fill the memory
     _contourLines.reset();
+    _contourLinesStep = _contourLinesMinorStep;
     if (NumCells() == 0) return;
     AK_MSG("computing contour lines of " << _id << "...");
     AK_List<float> z(NumVertices());
@@ -271,7 +272,8 @@ void SW_Mesh::ComputeContourLines()
 
 void SW_Mesh::ExportContourLines(const AK_String& path)
 {
-    if (!_contourLines || _contourLines->Size() == 0) ComputeContourLines();
+    if (!_contourLines || _contourLines->Size() == 0 || _contourLinesStep != _contourLinesMinorStep)
+        ComputeContourLines();
     if (!_contourLines || _contourLines->Size() == 0) {
         _execStatus = AK_String("'") + path +
                       (NumCells() == 0 ? InLanguage("' is not written: the mesh is empty",

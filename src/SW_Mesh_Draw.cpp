@@ -16,7 +16,8 @@ void SW_Mesh::Update()
 {
     if (!IsShown()) return;
     const bool stepsChanged =
-        ExecTime("ContourLinesMinorStep") > _updateTime || ExecTime("ContourLinesMajorStep") > _updateTime;
+        _contourLinesStep != _contourLinesMinorStep || ExecTime("ContourLinesMinorStep") > _updateTime ||
+        ExecTime("ContourLinesMajorStep") > _updateTime;
     if (!_contourLines || stepsChanged) ComputeContourLines();
     if (!HasNormals()) ComputeVertexNormals();
     if (_drawCoarsened && !_coarseMesh) MakeCoarseMesh();

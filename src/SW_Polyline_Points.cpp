@@ -3,6 +3,7 @@
 #include "SW_Polyline_Points.h"
 
 #include "AK_Basic_NewFile.h"
+#include "AK_Object.h"
 #include "SW_Polyline_Text.h"
 
 #include <algorithm>
@@ -54,17 +55,32 @@ static void AppendAnnotation(std::string& annotations, const AK_String& line)
 
 static bool IsAnnotation(const AK_String& line) { return std::strchr(line.c_str(), '=') != nullptr; }
 
-// An entry a line. What has no "=" is no annotation, and a reader could take it for a number.
-static std::string AnnotationLines(const AK_String& annotations)
+// True for a text line that gives a point of so many coordinates; for dimension 0, the number of points of an nxyz file.
+static bool ReadsAsNumbers(const char* line, int dimension)
+{
+    int count;
+    double x[3];
+    if (dimension == 0) return ScanInt(line, count);
+    return ScanCoordinates(line, false, x, dimension) || ScanCoordinates(line, true, x, dimension);
+}
+
+// An entry a line. A reader takes one without "=" for numbers if it begins with such: it is told.
+static std::string AnnotationLines(const AK_String& annotations, int dimension)
 {
     AK_String text = annotations;
-    text.ReplaceAll('\n', ';');
-    AK_List<AK_String> entries(1);
-    text.Split(';', entries);
-    std::string lines;
-    for (const AK_String& entry : entries)
-        if (IsAnnotation(entry)) lines.append(entry.c_str()).append("\n");
-    return lines;
+    text.ReplaceAll(';', '\n');
+    if (!text.IsEmpty() && !text.EndsWith("\n")) text.Append("\n");
+    AK_List<AK_String> lines(1);
+    text.Split('\n', lines);
+    for (const AK_String& line : lines)
+        if (!IsAnnotation(line) && ReadsAsNumbers(line.c_str(), dimension))
+            AK_MSG("WARNING:" << InLanguage("the annotation '", "die Anmerkung '") << line
+                              << (dimension == 0 ? InLanguage("' reads back as the number of points: give it a key, 'key=",
+                                                              "' liest sich als Anzahl der Punkte: mit Schluessel, 'key=")
+                                                 : InLanguage("' reads back as a point: give it a key, 'key=",
+                                                              "' liest sich als Punkt: mit Schluessel, 'key="))
+                              << line << "'");
+    return text.c_str();
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -105,7 +121,7 @@ int AK_Polyline::ReadXyz(const AK_String& path)
 int AK_Polyline::WritePoints(const AK_String& path, int dimension) const
 {
     return !AK_WriteStream(path, [&](std::ostream& stream) {
-        stream << AnnotationLines(annotations);
+        stream << AnnotationLines(annotations, dimension);
         for (const AK_Vec& p : _x) {
             stream << AK_String(p.x, "%lf") << " " << AK_String(p.y, "%lf");
             if (dimension > 2) stream << " " << AK_String(p.z, "%lf");
@@ -178,7 +194,7 @@ int AK_Polyline::ReadFromNxyz(AK_TextReader& reader)
 void AK_Polyline::WriteToNxyz(std::ostream& stream, int precision) const
 {
     const auto before = stream.precision(precision);
-    stream << AnnotationLines(annotations) << _x.Size() << "\n";
+    stream << AnnotationLines(annotations, 0) << _x.Size() << "\n";
     for (const AK_Vec& p : _x) stream << p.x << " " << p.y << " " << p.z << "\n";
     stream.precision(before);
 }

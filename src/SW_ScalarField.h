@@ -62,7 +62,10 @@ private:
     AK_Vec GradientAt(int i, const AK_Vec& normal, const AK_List<int>& neighbors, const AK_Vec& unchanged) const;
 
     std::unique_ptr<SW_ContourLines> _contourLines;
-    double _contourChecksum = 0;   // tells whether the lines still belong to the values
+    // Tell whether the lines still belong to the values, and to the steps and the label of the colour bar.
+    double _contourChecksum = 0;
+    AK_List<double> _contourLevels{1};
+    AK_String _contourLabel;
     int _displayColorMapped = 1;
     int _displayContourLines = 0;
     int _contourLinesColored = 0;

@@ -70,9 +70,10 @@ void SW_ScalarField::UpdateContourLines()
     const int steps = bar->NumSteps();
     double checksum = 0;
     for (float value : _values) checksum += (double(value) - min) / ((max - min) / steps);
-    if (_contourLines && checksum == _contourChecksum) return;
     AK_List<double> levels(1);
     for (int i = 0; i <= steps; ++i) levels.Append(bar->Step(i));
+    const bool sameLevels = std::equal(levels.begin(), levels.end(), _contourLevels.begin(), _contourLevels.end());
+    if (_contourLines && checksum == _contourChecksum && sameLevels && bar->Label() == _contourLabel) return;
     _contourLines = std::make_unique<SW_ContourLines>(_mesh, _values.Data(), levels);
     for (int i = 0; i < _contourLines->Size(); ++i) {
         AK_String& annotations = (*_contourLines)[i]._line.annotations;
@@ -80,6 +81,8 @@ void SW_ScalarField::UpdateContourLines()
         annotations.SetKeyValue("res", bar->AttributeShort(), '=', ';');
     }
     _contourChecksum = checksum;
+    _contourLevels.Swap(levels);
+    _contourLabel = bar->Label();
 }
 
 // ----------------------------------------------------------------------------------------------------------------

@@ -50,10 +50,8 @@ public:
     /// Gives the colour bar the range of the values, if it is to follow them.
     void UpdateColorBar()
     {
-        AK_Colorbar* bar = Colorbar();
-        if (!(bar->Get("Autoscale") == "1") || _values.Size() == 0) return;
-        bar->Set("Min", static_cast<Field*>(this)->Min());
-        bar->Set("Max", static_cast<Field*>(this)->Max());
+        const Field& field = static_cast<const Field&>(*this);
+        if (_values.Size() > 0) Colorbar()->FollowData(field.Min(), field.Max());
     }
 
     /// Takes the last value for value i: as its location does that is removed.

@@ -191,6 +191,16 @@ TEST_F(SW_Fields, LinesGoOutAsDxfOnALayerOfAttributeAndUnit)
     }
     const std::string nxyz = Exported("ExportContourLines", "lines.nxyz");
     EXPECT_NE(nxyz.find("unit=m"), std::string::npos) << nxyz.substr(0, 300);
+
+    field->SetLabel("sim velocity [m/s]");
+    EXPECT_NE(Exported("ExportContourLines", "lines.nxyz").find("unit=m/s\nres=v\n"), std::string::npos);
+    for (const auto& [attr, value] : {std::pair{"Autoscale", "0"}, {"ArbitrarySteps", "1"}, {"StepValues", "3.1 3.2"}})
+        field->Colorbar()->Set(attr, value);
+    EXPECT_NE(Exported("ExportContourLines", "lines.nxyz").find("iso=3.2\n"), std::string::npos);
+    field->Colorbar()->Set("StepValues", "3.1 3.3");   // as many
+    const std::string anew = Exported("ExportContourLines", "lines.nxyz");
+    EXPECT_NE(anew.find("iso=3.3\n"), std::string::npos);
+    EXPECT_EQ(anew.find("iso=3.2\n"), std::string::npos);
 }
 
 TEST_F(SW_Fields, ValuesAlongALineFollowTheEdgesItCrosses)
