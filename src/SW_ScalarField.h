@@ -7,7 +7,7 @@
 
 class SW_VectorField;
 
-class SW_ScalarField : public SW_FieldOf<SW_ScalarField, float, float> {
+class SW_ScalarField : public SW_FieldOf<SW_ScalarField, float> {
 public:
     static constexpr const char* className = "SW_ScalarField";
     static constexpr const char* recordTag = "SW_ScalarField:v0";

@@ -6,6 +6,7 @@
 #include "AK_Basic_NewFile.h"
 #include "AK_Colorbar.h"
 #include "SW_Mesh.h"
+#include "SW_Mesh_Sweep.h"
 #include "SW_Polyline.h"
 #include "qvt_sci.h"
 
@@ -27,12 +28,8 @@ inline void SW_WriteRow(std::FILE* file, const AK_Vec& x, const AK_Vec& v)
 inline double SW_Exact(float value) { return double(value); }
 inline const AK_Vec& SW_Exact(const AK_Vec& value) { return value; }
 
-inline float SW_Mean(float sum, int count) { return sum / float(count); }
-inline AK_Vec SW_Mean(const AK_Vec& sum, int count) { return sum * (1.0 / count); }
-
-/// Base of the fields: one value for each vertex or for each cell of a mesh, which it does not own. `Sum` is the type
-/// in which values are added up when they change their location.
-template <class Field, class Value, class Sum>
+/// Base of the fields: one value for each vertex or for each cell of a mesh, which it does not own.
+template <class Field, class Value>
 class SW_FieldOf : public AK_Class<Field, AK_VisObj3d> {
     using Base = AK_Class<Field, AK_VisObj3d>;
 
@@ -78,22 +75,13 @@ public:
     /// Moves the values to the other kind of location: each place gets the plain mean of the values that touch it.
     void ConvertTopo()
     {
-        const int numTargets = _onVertices ? _mesh->NumCells() : _mesh->NumVertices();
-        AK_List<Sum> sums(1);
-        sums.Fill(numTargets, Sum());
-        AK_List<int> counts(1);
-        counts.Fill(numTargets, 0);
-        for (int cell = 0; cell < _mesh->NumCells(); ++cell) {
-            const IA4& c = _mesh->_lcv[cell];
-            for (int k = 0; k < NumCorners(c); ++k) {
-                const int target = _onVertices ? cell : c[k];
-                const int source = _onVertices ? c[k] : cell;
-                sums[target] += _values[source];
-                ++counts[target];
-            }
-        }
-        _values.SetSize(numTargets);
-        for (int i = 0; i < numTargets; ++i) _values[i] = counts[i] > 0 ? SW_Mean(sums[i], counts[i]) : Value();
+        AK_List<Value> moved(1);
+        if (_onVertices)
+            for (const IA4& cell : _mesh->_lcv) moved.Append(SW_MeanOfCorners(cell, _values.Data()));
+        else
+            SW_MeansAtVertices(_mesh->_lcv, [this](int cell) { return _values[cell]; }, Value(), _mesh->NumVertices(),
+                               moved);
+        _values.Swap(moved);
         _onVertices = !_onVertices;
     }
 
