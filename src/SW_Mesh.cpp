@@ -32,6 +32,7 @@ SW_Mesh::SW_Mesh(const AK_String& id, AK_Object* parent) : AK_Class(id, parent)
 
 SW_Mesh::~SW_Mesh()
 {
+    ForgetDisplayList();
     while (_watches) _watches->Watch(nullptr);
 }
 
@@ -58,8 +59,7 @@ void SW_Mesh::Clear()
     _vertexNormals.Clear();
     _segments.Clear();
     _totalNormal = AK_Vec();
-    _contourLines.reset();
-    _coarseMesh.reset();
+    ForgetDerived();
     _isCartesian = 0;
     _isHoneyComb = 0;
 }

@@ -266,6 +266,9 @@ private:
     friend class SW_MeshWatch;
     mutable SW_MeshWatch* _watches = nullptr;   // those that point here
 
+    void ForgetDerived();   // what is made of the surface and kept: called when it changes
+    void ForgetDisplayList();
+    void DrawNow();
     void SetInclinationColor(const AK_Vec& normal) const;
     void SetContourLineColor() const;
     void DrawFaces(const SW_Mesh& surface) const;
@@ -326,6 +329,8 @@ private:
     std::unique_ptr<SW_ContourLines> _contourLines;
     double _contourLinesStep = 0;   // m, for which they were made
     std::unique_ptr<SW_Mesh> _coarseMesh;   // drawn in place of this one; made on demand, no component
+    unsigned _displayList = 0;            // the drawing calls of the last time, 0 for none
+    float _listBgCol[3] = {0, 0, 0};      // r, g, b: the background for which they were made
     AK_String _projection;   // text of the coordinate system that came with the raster, "" for none
 
     // What the next grid, cover or export is to be like. The cells of a regular mesh keep to _grid: these can be

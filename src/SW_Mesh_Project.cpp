@@ -33,8 +33,7 @@ void SW_Mesh::ProjectOnto(const SW_Mesh* mesh)
     else
         InterpolateNoDataValuesMultigrid(outside);
     if (NumCells() > 0) ComputeVertexNormals();
-    _contourLines.reset();
-    _coarseMesh.reset();
+    ForgetDerived();
     for (int i = 0; i < NumComponents(); ++i)
         ComponentAt(i)->Set("ProjectOnto", mesh->IdAbs(ComponentAt(i)));   // fields have no such command: they stay
     AK_MSG("projecting mesh " << _id << " onto mesh " << mesh->_id << " done");

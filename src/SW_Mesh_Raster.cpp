@@ -424,8 +424,7 @@ void SW_Mesh::ExchangeSurface(Surface& other)
     const SW_Grid next{_nx, _ny, _dx, _dy, _xll, _xor};
     TakeGridDescription(other.next ? *other.next : next);
     other.next = next;
-    _contourLines.reset();
-    _coarseMesh.reset();
+    ForgetDerived();
 }
 
 static AK_String NotImported(const AK_String& path, const char* why)

@@ -40,7 +40,7 @@ void SW_Mesh::Smooth(int n)
 
 void SW_Mesh::FinishNewSurface()
 {
-    _coarseMesh.reset();
+    ForgetDerived();
     ComputeVertexNormals();
     ComputeContourLines();
 }
