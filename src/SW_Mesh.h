@@ -327,10 +327,10 @@ private:
     AK_Vec _totalNormal;      // m2: sum of all area vectors
     mutable AK_List<AK_List<int>> _lvv{1};   // vertex -> neighbour vertices, built on demand
     std::unique_ptr<SW_ContourLines> _contourLines;
-    double _contourLinesStep = 0;   // m, for which they were made
+    double _contourLinesStep = 0;           // m, for which they were made
     std::unique_ptr<SW_Mesh> _coarseMesh;   // drawn in place of this one; made on demand, no component
-    unsigned _displayList = 0;            // the drawing calls of the last time, 0 for none
-    float _listBgCol[3] = {0, 0, 0};      // r, g, b: the background for which they were made
+    unsigned _displayList = 0;              // the drawing calls of the last time, 0 for none
+    float _listBgCol[3] = {0, 0, 0};        // r, g, b: the background for which they were made
     AK_String _projection;   // text of the coordinate system that came with the raster, "" for none
 
     // What the next grid, cover or export is to be like. The cells of a regular mesh keep to _grid: these can be

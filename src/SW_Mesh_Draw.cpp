@@ -16,11 +16,12 @@ static constexpr int maxGridLines = 10000;     // of a coordinate grid with a si
 void SW_Mesh::Update()
 {
     if (!IsShown()) return;
-    if (!_enabledDisplayLists || ModificationTime() > _updateTime || !std::equal(_viewerBgCol, _viewerBgCol + 3, _listBgCol))
+    if (!_enabledDisplayLists || ModificationTime() > _updateTime ||
+        !std::equal(_viewerBgCol, _viewerBgCol + 3, _listBgCol))
         ForgetDisplayList();
-    const bool stepsChanged =
-        _contourLinesStep != _contourLinesMinorStep || ExecTime("ContourLinesMinorStep") > _updateTime ||
-        ExecTime("ContourLinesMajorStep") > _updateTime;
+    const bool stepsChanged = _contourLinesStep != _contourLinesMinorStep ||
+                              ExecTime("ContourLinesMinorStep") > _updateTime ||
+                              ExecTime("ContourLinesMajorStep") > _updateTime;
     if (!_contourLines || stepsChanged) ComputeContourLines();
     if (!HasNormals()) ComputeVertexNormals();
     if (_drawCoarsened && !_coarseMesh) MakeCoarseMesh();

@@ -299,8 +299,8 @@ void SW_Mesh::LoadTiles(const AK_String& paths)
     _execStatus = "";
     TileExtent extent;
     ForEachTile(
-        tiles, "reading header of tile '",
-        [&](SW_TokenReader&, const GridHeader& header) { extent.Add(header); }, WarnOfTile);
+        tiles, "reading header of tile '", [&](SW_TokenReader&, const GridHeader& header) { extent.Add(header); },
+        WarnOfTile);
     if (extent.numTiles == 0) {
         _execStatus = InLanguage("no tile can be read", "keine Kachel kann gelesen werden");
         return;
@@ -361,10 +361,9 @@ void SW_Mesh::ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& gr
             _x[i * (grid.ny + 1) + j].z = z;
         });
         if (read == header.NumValues()) return;
-        WarnOfTile(in,
-                   AK_String(InLanguage("its heights end there: ", "seine Hoehen enden dort: ")) +
-                       AK_ToText(double(read), nullptr) + InLanguage(" instead of ", " statt ") +
-                       AK_ToText(double(header.NumValues()), nullptr));
+        WarnOfTile(in, AK_String(InLanguage("its heights end there: ", "seine Hoehen enden dort: ")) +
+                           AK_ToText(double(read), nullptr) + InLanguage(" instead of ", " statt ") +
+                           AK_ToText(double(header.NumValues()), nullptr));
     };
     const auto isTold = [](const SW_TokenReader&, const AK_String&) {};
     ForEachTile(tiles, "reading data of tile '", readHeights, isTold);

@@ -55,7 +55,8 @@ static void AppendAnnotation(std::string& annotations, const AK_String& line)
 
 static bool IsAnnotation(const AK_String& line) { return std::strchr(line.c_str(), '=') != nullptr; }
 
-// True for a text line that gives a point of so many coordinates; for dimension 0, the number of points of an nxyz file.
+// True for a text line that gives a point of so many coordinates; for dimension 0, the number of points of an nxyz
+// file.
 static bool ReadsAsNumbers(const char* line, int dimension)
 {
     int count;
@@ -75,10 +76,11 @@ static std::string AnnotationLines(const AK_String& annotations, int dimension)
     for (const AK_String& line : lines)
         if (!IsAnnotation(line) && ReadsAsNumbers(line.c_str(), dimension))
             AK_MSG("WARNING:" << InLanguage("the annotation '", "die Anmerkung '") << line
-                              << (dimension == 0 ? InLanguage("' reads back as the number of points: give it a key, 'key=",
-                                                              "' liest sich als Anzahl der Punkte: mit Schluessel, 'key=")
-                                                 : InLanguage("' reads back as a point: give it a key, 'key=",
-                                                              "' liest sich als Punkt: mit Schluessel, 'key="))
+                              << (dimension == 0
+                                      ? InLanguage("' reads back as the number of points: give it a key, 'key=",
+                                                   "' liest sich als Anzahl der Punkte: mit Schluessel, 'key=")
+                                      : InLanguage("' reads back as a point: give it a key, 'key=",
+                                                   "' liest sich als Punkt: mit Schluessel, 'key="))
                               << line << "'");
     return text.c_str();
 }

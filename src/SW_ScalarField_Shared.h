@@ -79,8 +79,8 @@ public:
         if (_onVertices)
             for (const IA4& cell : _mesh->_lcv) moved.Append(SW_MeanOfCorners(cell, _values.Data()));
         else
-            SW_MeansAtVertices(_mesh->_lcv, [this](int cell) { return _values[cell]; }, Value(), _mesh->NumVertices(),
-                               moved);
+            SW_MeansAtVertices(
+                _mesh->_lcv, [this](int cell) { return _values[cell]; }, Value(), _mesh->NumVertices(), moved);
         _values.Swap(moved);
         _onVertices = !_onVertices;
     }

@@ -67,9 +67,10 @@ TEST_F(AK_MacrosTest, LinesThatBeginAsCommandsAreCommands)
     };
     // clang-format on
     for (const auto& c : cases) {
-        const Lines told = c.open ? Lines{"WARNING:DIR/test.macro, line " + std::to_string(c.open) +
-                                          ": the comment that begins here does not end: no command behind it is executed"}
-                                  : Lines{};
+        const Lines told = c.open
+                               ? Lines{"WARNING:DIR/test.macro, line " + std::to_string(c.open) +
+                                       ": the comment that begins here does not end: no command behind it is executed"}
+                               : Lines{};
         EXPECT_EQ(Play(c.text), told) << c.why;
         EXPECT_EQ(root._count, c.commands) << c.why;
         EXPECT_EQ(Status(), "") << c.why;

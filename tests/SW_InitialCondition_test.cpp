@@ -88,14 +88,19 @@ TEST_F(SW_InitialConditionTest, ReleaseFilesAreReadAsFarAsTheyAreSound)
         {"and what is no finite number", good + "inf 200\n1\n0 0\n", {"a_0001: 1.5 200 3"}, warning + "6: " + noHead},
         {"an area without points", "1 1\n0\n" + good, {"a_0002: 1.5 200 3"}, ""},
         {"negative amounts", "-1 -200\n1\n0 0\n", {"a_0001: 0 0 1"}, ""},
-        {"cut within the points", good + good.substr(0, good.size() - 6), {"a_0001: 1.5 200 3"},
+        {"cut within the points",
+         good + good.substr(0, good.size() - 6),
+         {"a_0001: 1.5 200 3"},
          warning + "9: " + incomplete},
         {"a count that promises too much", "1 1\n2000000000\n0 0\n", {}, warning + "3: " + incomplete},
         {"a negative count", "1 1\n-3\n0 0\n", {}, warning + "2: " + incomplete},
         {"a coordinate that is none", "1 1\n1\n0 1e300\n", {}, warning + "3: " + incomplete},
         {"nothing", "", {}, "WARNING:no area found in '"},
         {"bytes", std::string("\0\xff\x80 1\n", 6), {}, "WARNING:no area found in '"},
-        {"a byte-order mark", "\xEF\xBB\xBF" + good, {"a_0001: 1.5 200 3"}, warning + "1: a byte-order mark is passed over"},
+        {"a byte-order mark",
+         "\xEF\xBB\xBF" + good,
+         {"a_0001: 1.5 200 3"},
+         warning + "1: a byte-order mark is passed over"},
     };
     for (const auto& c : cases) {
         areas->DeleteAll();

@@ -217,9 +217,14 @@ TEST_F(SW_Mesh_Raster, AnImportThatFailsLeavesTheSurfaceAndSaysSo)
     const struct {
         const char* file;
         std::string text;
-    } cases[] = {{"a.asc", "hello"},        {"a.asc", Header(3, 2) + "1 2 3 4"},   {"a.asc", Header(2, 2) + "-9 -9 -9 -9"},
-                 {"a.foo", "1 2 3"},        {"a.xyz", ""},                         {"a.xyz", "1 1 1\n2 2 2\n3 3 3\n"},
-                 {"a.nxyz", "2\n1 1 1\n"}, {"a.dxf", "  0\nSECTION\n  0\nEOF\n"}};
+    } cases[] = {{"a.asc", "hello"},
+                 {"a.asc", Header(3, 2) + "1 2 3 4"},
+                 {"a.asc", Header(2, 2) + "-9 -9 -9 -9"},
+                 {"a.foo", "1 2 3"},
+                 {"a.xyz", ""},
+                 {"a.xyz", "1 1 1\n2 2 2\n3 3 3\n"},
+                 {"a.nxyz", "2\n1 1 1\n"},
+                 {"a.dxf", "  0\nSECTION\n  0\nEOF\n"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file + (" " + c.text));
         File("a.prj", "elsewhere");
@@ -259,7 +264,8 @@ TEST_F(SW_Mesh_Raster, BrokenTilesAreToldAndTheOthersLoad)
         EXPECT_EQ(warnings.size(), 2u) << c.warning;
         EXPECT_EQ(std::count_if(warnings.begin(), warnings.end(),
                                 [&](const std::string& m) { return m.find(c.warning) != std::string::npos; }),
-                  1) << c.warning;
+                  1)
+            << c.warning;
     }
 }
 

@@ -105,7 +105,8 @@ TEST_F(SW_Polyline_Points, WritesXyAndXyz)
     line.annotations = "name=alp;a remark;7,8;d0=1";
     line._x = Points("1 2 3;-0.5 2600000.123 1e7");
     EXPECT_EQ(line.WriteXy(directory / "a.xy"), 0);
-    EXPECT_EQ(FileBytes(directory / "a.xy"), "name=alp\na remark\n7,8\nd0=1\n1.000000 2.000000\n-0.500000 2600000.123000\n");
+    EXPECT_EQ(FileBytes(directory / "a.xy"),
+              "name=alp\na remark\n7,8\nd0=1\n1.000000 2.000000\n-0.500000 2600000.123000\n");
     EXPECT_EQ(Messages(), Lines{"WARNING:the annotation '7,8' reads back as a point: give it a key, 'key=7,8'"});
     EXPECT_EQ(line.WriteXyz(directory / "a.xyz"), 0);
     EXPECT_EQ(Messages(), Lines{}) << "two numbers are no point of this file";

@@ -270,8 +270,8 @@ TEST_F(SW_Fields, AnExportThatWritesNothingSaysWhy)
     }
     SW_Mesh surface("surface", nullptr);
     EXPECT_NE(why(surface, "ExportContourLines").find("the mesh is empty"), std::string::npos);
-    for (const auto& [name, reason] : {std::pair{"m.asc", "the mesh is empty"}, {"m.xyz", "the mesh is empty"},
-                                       {"m.dat", "unknown extension"}}) {
+    for (const auto& [name, reason] :
+         {std::pair{"m.asc", "the mesh is empty"}, {"m.xyz", "the mesh is empty"}, {"m.dat", "unknown extension"}}) {
         surface.Set("Export", directory / name);
         EXPECT_NE(std::string(AK_Object::_execStatus.c_str()).find(reason), std::string::npos) << name;
         EXPECT_FALSE(AK_System::FileExists(directory / name));
