@@ -205,8 +205,10 @@ public:
     static constexpr double noData = -1.8725e-50;   // a height that no tile has given yet
 
     /// Reads geometry by the extension of the name; nReduce halvings of a raster. Side files of the same name follow:
-    /// names and labels (.ano), a picture (.jpg, .ppm).
-    void Import(const AK_String& path, int nReduce);
+    /// names and labels (.ano), a picture (.jpg, .ppm), the coordinate system (.prj). False, with a status, if no
+    /// surface came of the file: one that was there stays then, with its coordinate system. The status can also be that
+    /// of a file beside it.
+    bool Import(const AK_String& path, int nReduce);
     /// Writes the surface by the extension of the name. (SW_Mesh_Export.cpp)
     void Export(const AK_String& path);
     void LoadE00(const AK_String& path, int nReduce);   // one ESRI ASCII grid

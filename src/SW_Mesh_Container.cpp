@@ -87,13 +87,14 @@ AK_String SW_Meshes::ImportAreas(const AK_String& path)
 void SW_Meshes::Import(const AK_String& path, int nReduce)
 {
     SW_Mesh* mesh = CreateMesh(path.BaseName());
-    mesh->Import(path, nReduce);
-    if (!_execStatus.IsEmpty()) return;
-    AK_String status = ImportAreas(path);
+    if (!mesh->Import(path, nReduce)) return;
+    AK_String status = _execStatus;   // of the files beside it
+    const AK_String statusOfAreas = ImportAreas(path);
+    if (status.IsEmpty()) status = statusOfAreas;
     _execStatus = "";
-    if (mesh->NumCells() > 0 && mesh->IsCartesian() && IsSimulationCellSize(mesh->Grid().dx))
+    if (mesh->IsCartesian() && IsSimulationCellSize(mesh->Grid().dx))
         mesh->Set("Id", mesh->Id() + "_simulation");
-    else if (mesh->NumCells() > 0 && _autoCreateSimulationMesh)
+    else if (_autoCreateSimulationMesh)
         CreateSimulationMesh(mesh->Id());
     if (status.IsEmpty()) status = _execStatus;
     Autofit();   // a command, which empties the status

@@ -389,6 +389,7 @@ void SW_Mesh::DeriveGridDescription()
 
 void SW_Mesh::ImportSideFiles(const AK_String& path)
 {
+    AK_String firstError;
     const AK_String labels = path.WithExtension("ano");
     AK_Object* project = Parent() ? Parent()->Parent() : nullptr;
     AK_Object* polylines = project ? project->Component("Polylines") : nullptr;
@@ -397,6 +398,7 @@ void SW_Mesh::ImportSideFiles(const AK_String& path)
         AK_Object* set = polylines->Component(polylines->VariableValue("$latest_comp"));
         if (set && set->Type() == "PolylineSet") {
             set->Set("Import", labels);
+            firstError = _execStatus;
             set->Set("ProjectOnto", IdAbs());
         }
     }
@@ -404,9 +406,11 @@ void SW_Mesh::ImportSideFiles(const AK_String& path)
         const AK_String picture = path.WithExtension(extension);
         if (!AK_System::FileExists(picture)) continue;
         Set("TextureFileName", picture);
+        if (firstError.IsEmpty()) firstError = _execStatus;
         break;
     }
     _projection = ReadProjection(path.WithExtension("prj"));
+    _execStatus = firstError;
 }
 
 void SW_Mesh::ExchangeSurface(Surface& other)
@@ -431,7 +435,7 @@ static AK_String NotImported(const AK_String& path, const char* why)
     return AK_String("'") + path + InLanguage("' is not imported: ", "' wird nicht importiert: ") + why;
 }
 
-void SW_Mesh::Import(const AK_String& path, int nReduce)
+bool SW_Mesh::Import(const AK_String& path, int nReduce)
 {
     using Loader = void (*)(SW_Mesh & mesh, const AK_String& path, int nReduce);
     static constexpr Loader raster = [](SW_Mesh& mesh, const AK_String& file, int n) { mesh.LoadE00(file, n); };
@@ -453,7 +457,7 @@ void SW_Mesh::Import(const AK_String& path, int nReduce)
                                       [&](const auto& known) { return extension == known.extension; });
     if (format == std::end(formats)) {
         _execStatus = NotImported(path, InLanguage("unknown extension", "unbekannte Endung"));
-        return;
+        return false;
     }
     Surface former;
     ExchangeSurface(former);
@@ -464,8 +468,9 @@ void SW_Mesh::Import(const AK_String& path, int nReduce)
                                                    "es ergab keine Oberflaeche, siehe die Meldungen davor"));
     if (!_execStatus.IsEmpty()) {
         if (former.x.Size() > 0) ExchangeSurface(former);
-        return;
+        return false;
     }
     if (!_isCartesian) DeriveGridDescription();
     ImportSideFiles(path);
+    return true;
 }
