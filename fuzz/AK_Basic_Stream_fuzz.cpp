@@ -69,7 +69,8 @@ static void ReadText(const AK_String& name, int limit, size_t size)
     AK_String line;
     for (long left = reader.Remaining(); reader.ReadLine(line, limit); left = reader.Remaining()) {
         const long taken = left - reader.Remaining();
-        Require(taken >= 1 && taken <= limit && line.Length() <= taken);
+        const long mark = left == long(size) ? 3 : 0;   // bytes of a byte-order mark that may be passed over
+        Require(taken >= 1 && taken <= limit + mark && line.Length() <= taken);
         line.RemoveLineEnd();
     }
     Require(reader.Remaining() == 0 && reader.ReadByte() == -1);

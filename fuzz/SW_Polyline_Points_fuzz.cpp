@@ -19,11 +19,15 @@ static std::string FileInMemory(int& file, const void* bytes, size_t size)
     return "/proc/self/fd/" + std::to_string(file);
 }
 
-// What is written as nxyz reads back with the same number of points.
+static bool warned = false;
+
+// What is written as nxyz reads back with the same number of points, unless an annotation is told to read as numbers.
 static void CheckReadsBack(const AK_Polyline& line)
 {
     std::ostringstream out;
+    warned = false;
     line.WriteToNxyz(out, AK_Polyline::writtenDigits);
+    if (warned) return;
     int file = 0;
     AK_TextReader reader(FileInMemory(file, out.str().data(), out.str().size()).c_str());
     AK_Polyline again;
@@ -48,7 +52,7 @@ static bool Read(int format, AK_TextReader& reader, const AK_String& path, AK_Po
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
 {
     if (size == 0) return 0;
-    ak_msg_func = [](const char*, const char*) {};
+    ak_msg_func = [](const char*, const char*) { warned = true; };
     int file = 0;
     const AK_String path = FileInMemory(file, bytes + 1, size - 1).c_str();
     AK_TextReader reader(path);

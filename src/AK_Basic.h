@@ -283,7 +283,8 @@ private:
 
 // ------------------------------------------------------------------------------------------------------- text files
 
-/// Reads a text file of any content in lines of bounded length, or byte by byte.
+/// Reads a text file of any content in lines of bounded length, or byte by byte. A byte-order mark that it begins with
+/// is passed over, with a warning.
 class AK_TextReader {
 public:
     explicit AK_TextReader(const AK_String& name);
@@ -299,7 +300,18 @@ public:
     bool ReadLine(AK_String& line, int limit);
 
     /// The next byte, 0 to 255, or -1 at the end of the file.
-    int ReadByte() { return _next < _end || Fill() ? static_cast<unsigned char>(_buffer[_next++]) : -1; }
+    int ReadByte()
+    {
+        if (!(_next < _end || Fill())) return -1;
+        _line += _lineEnded;
+        _lineEnded = _buffer[_next] == '\n';
+        return static_cast<unsigned char>(_buffer[_next++]);
+    }
+
+    /// The number of the line, from 1, in which the last byte that was read stands.
+    long Line() const { return _line; }
+    /// The file and that line, as messages name them: "alp.xyz, line 3".
+    AK_String Place() const;
 
     /// NUL bytes met by ReadLine so far: a text file has none.
     long NulBytes() const { return _nulBytes; }
@@ -311,8 +323,11 @@ private:
     bool Fill();
 
     static constexpr int bufferSize = 65536;
+    AK_String _name;
     std::FILE* _file = nullptr;
     char* _buffer = nullptr;
+    long _line = 1;
+    bool _lineEnded = false;   // by the last byte that was read
     int _next = 0;             // first unread byte of the buffer
     int _end = 0;              // end of the bytes in the buffer
     long _bytesBuffered = 0;   // bytes that have been in the buffer so far

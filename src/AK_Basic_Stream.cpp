@@ -175,7 +175,7 @@ void AK_Stream::Read(AK_List<AK_String>& list)
 // ----------------------------------------------------------------------------------------------------- AK_TextReader
 
 AK_TextReader::AK_TextReader(const AK_String& name)
-    : _file(AK_System::IsDirectory(name) ? nullptr : std::fopen(name.c_str(), "rb"))
+    : _name(name), _file(AK_System::IsDirectory(name) ? nullptr : std::fopen(name.c_str(), "rb"))
 {
     if (!_file) return;
     _fileSize = RegularFileSize(_file);
@@ -194,9 +194,16 @@ bool AK_TextReader::Fill()
     if (!_file) return false;
     _next = 0;
     _end = int(std::fread(_buffer, 1, bufferSize, _file));
+    const bool atStart = _bytesBuffered == 0;
     _bytesBuffered += _end;
-    return _end > 0;
+    if (static constexpr char mark[] = "\xEF\xBB\xBF"; atStart && _end >= 3 && std::memcmp(_buffer, mark, 3) == 0) {
+        _next = 3;
+        AK_MSG("WARNING:" << Place() << ": a byte-order mark is passed over");
+    }
+    return _next < _end;
 }
+
+AK_String AK_TextReader::Place() const { return _name + ", line " + AK_String(int(_line), "%d"); }
 
 bool AK_TextReader::ReadLine(AK_String& line, int limit)
 {
@@ -217,6 +224,8 @@ bool AK_TextReader::ReadLine(AK_String& line, int limit)
         _next += n;
     }
     line[length] = 0;
+    _line += length > 0 && _lineEnded;
+    if (length > 0) _lineEnded = ended;
     _nulBytes += std::count(line._s, line._s + length, '\0');
     return length > 0;
 }

@@ -4,11 +4,10 @@
 
 #include "AK_sogl.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-
-static double NumberIn(const AK_String& text) { return std::strtod(text.c_str(), nullptr); }
 
 AK_Colorbar::AK_Colorbar(const AK_String& id, AK_Object* parent)
     : AK_Class(id, parent),
@@ -33,8 +32,8 @@ std::span<const AK_Colorbar::Row> AK_Colorbar::Rows()
     // clang-format off
     static constexpr Row rows[] = {
         {"Autoscale",            pair<[](const C& c) { return c._autoscale; }, [](C& c, int on) { c.Autoscale(on); }>},
-        {"Min",                  pair<[](const C& c) { return c._min; }, [](C& c, Text t) { c.Min(NumberIn(t)); }>},
-        {"Max",                  pair<[](const C& c) { return c._max; }, [](C& c, Text t) { c.Max(NumberIn(t)); }>},
+        {"Min",                  pair<[](const C& c) { return c._min; }, [](C& c, Text t) { c.SetBound(t, &C::Min); }>},
+        {"Max",                  pair<[](const C& c) { return c._max; }, [](C& c, Text t) { c.SetBound(t, &C::Max); }>},
         {"MinMaxVis",            editable<[](const C& c) { return !c._autoscale; }>},
         {"Segments",             pair<[](const C& c) { return c._segments; }, [](C& c, int n) { c.Segments(n); }>},
         {"ArbitrarySteps",       value<&C::_arbitrarySteps>},
@@ -148,7 +147,28 @@ AK_String AK_Colorbar::AttributeShort() const
 void AK_Colorbar::Autoscale(int on)
 {
     _autoscale = on;
-    if (!on) _stepValues = "";
+    if (on)
+        _rangeIsFixed = false;
+    else
+        _stepValues = "";
+}
+
+// Text that gives no number is refused with a status.
+void AK_Colorbar::SetBound(const AK_String& text, void (AK_Colorbar::*set)(double))
+{
+    double value = 0;
+    if (!AK_ReadFinite(text, &value, 1)) return;
+    (this->*set)(value);
+    _rangeIsFixed = true;
+}
+
+void AK_Colorbar::FollowData(const AK_String& min, const AK_String& max)
+{
+    const auto isNumber = [](const AK_String& text) { return std::isfinite(std::strtod(text.c_str(), nullptr)); };
+    if (!_autoscale || !isNumber(min) || !isNumber(max)) return;
+    Set("Min", min);
+    Set("Max", max);
+    _rangeIsFixed = false;
 }
 
 void AK_Colorbar::Min(double value)

@@ -43,6 +43,8 @@ public:
     /// Without autoscale the range is remembered for the unit.
     void Min(double value);
     void Max(double value);
+    /// With autoscale, takes the range of the data over, unless it is none.
+    void FollowData(const AK_String& min, const AK_String& max);
     void Segments(int n);   // 1 to maxSegments, others are refused with a status text
     /// With ArbitrarySteps they are remembered for the unit.
     void StepValues(const AK_String& values);
@@ -77,7 +79,8 @@ public:
     /// "none" and the names of the tables in the attribute directories, each followed by "%AK_SEP%".
     static AK_String ColorTableOptions();
 
-    /// Takes over the range remembered for the unit, unless it follows the data; then draws bar and labels.
+    /// Takes over the range remembered for the unit, unless it follows the data or was set here; then draws bar and
+    /// labels.
     void Update() override;
 
     static constexpr int maxSegments = 10000;
@@ -91,6 +94,7 @@ protected:
     void Draw() override;
 
 private:
+    void SetBound(const AK_String& text, void (AK_Colorbar::*set)(double));
     void NumSignificantDigits(int n);
     float PositionInSteps(double value) const;
 
@@ -105,7 +109,8 @@ private:
     void UpdateTexture();
 
     int _autoscale = 1;
-    double _min = 0, _max = 1;   // in the field's unit
+    double _min = 0, _max = 1;    // in the field's unit
+    bool _rangeIsFixed = false;   // by Min or Max: what other colour bars remember for the unit does not count
     int _segments = 10;
     int _arbitrarySteps = 0;
     AK_String _stepValues;               // blank-separated

@@ -72,8 +72,8 @@ void AK_Colorbar::Update()
 {
     if (!IsShown()) return;
     const Call running(this);
-    if (!_autoscale) {   // what was chosen last for this unit, on whatever colour bar
-        GetUnitScaling(Unit(), _min, _max);
+    if (!_autoscale) {   // what was chosen last for this unit, on whatever colour bar, but on this one
+        if (!_rangeIsFixed) GetUnitScaling(Unit(), _min, _max);
         if (_arbitrarySteps && _stepValues.IsEmpty()) GetUnitSteps(Unit(), _stepValues);
     }
     UpdateTexture();

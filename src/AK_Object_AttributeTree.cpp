@@ -12,6 +12,7 @@
 
 #include "AK_Object.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -82,13 +83,25 @@ static AK_Attribute* NewNode(const DescriptionLine& line)
     return node;
 }
 
-static AK_Attribute* ParseDescription(const char* s)
+// Warns of a description that ends before its text does: at a blank line, or at one that is not indented.
+static void WarnOfEnd(const AK_String& name, const char* text, const char* end)
 {
+    if (!end[std::strspn(end, " \t\n")]) return;
+    AK_MSG("WARNING:" << name << ", line " << 1 + std::count(text, end, '\n')
+                      << ": the description ends here, at a line without indentation: what follows is not read");
+}
+
+static AK_Attribute* ParseDescription(const char* s, const AK_String& name)
+{
+    const char* const text = s;
     AK_Attribute* root = nullptr;
     AK_List<AK_Attribute*> open(1);   // the node of each level that later lines may hang on
     while (*s) {
         const DescriptionLine line = TakeLine(s);
-        if (root && line.level == 0) break;   // a second root
+        if (root && line.level == 0) {   // a second root
+            WarnOfEnd(name, text, line.begin);
+            break;
+        }
         if (line.level > open.Size() || line.level > maxLevel || (!root && line.level > 0)) continue;
         AK_Attribute* node = NewNode(line);
         if (line.level == 0)
@@ -124,7 +137,7 @@ const AK_Attribute* CreateAttributes(const AK_String& name, const AK_Attribute* 
         AK_MSG("ERROR:FATAL:invalid attribute string:" << text);
         std::abort();
     }
-    AK_Attribute* root = ParseDescription(text.c_str());
+    AK_Attribute* root = ParseDescription(text.c_str(), name.StartsWith("obj.") ? AK_String("obj") : name + ".atr");
     if (root && base) root->_components.Append(base);
     return root;
 }

@@ -133,21 +133,25 @@ namespace {
 // blocks, so it is enough that the comment is handed over when a block ends, and when the macro does within one.
 class CommentBlocks {
 public:
-    CommentBlocks()
+    explicit CommentBlocks(const AK_String& macro) : _macro(macro)
     {
         AK_Object::_macroComment = "";
         AK_Object::_macroFigure = 0;
     }
     ~CommentBlocks()
     {
-        if (_inside) End("");
+        if (!_inside) return;
+        End("");
+        AK_MSG("WARNING:" << _macro << ", line " << _beginLine
+                          << ": the comment that begins here does not end: no command behind it is executed");
     }
     CommentBlocks(const CommentBlocks&) = delete;
     CommentBlocks& operator=(const CommentBlocks&) = delete;
 
     // True if the line is outside all blocks and may be a command.
-    bool Outside(const AK_String& line)
+    bool Outside(const AK_String& line, long number)
     {
+        if (!_inside) _beginLine = number;
         if (line.StartsWith("//fi"))
             AK_Object::_macroFigure = 1;
         else if (line.StartsWith("/*"))
@@ -184,6 +188,8 @@ private:
         AK_Object::_macroComment = AK_String(_text.begin(), _text.end());
     }
 
+    const AK_String _macro;
+    long _beginLine = 0;   // of the block in the file
     bool _inside = false;
     AK_List<char> _text{1};
 };
@@ -200,7 +206,7 @@ static bool PlayOnce(AK_Object& object, const AK_String& name, CommentBlocks& co
     AK_String line;
     while (reader.ReadLine(line, maxMacroLine)) {
         line.RemoveLineEnd();
-        if (!comments.Outside(line) || (!line.StartsWith("set(") && !line.StartsWith("get("))) continue;
+        if (!comments.Outside(line, reader.Line()) || (!line.StartsWith("set(") && !line.StartsWith("get("))) continue;
         if (AK_Object::Signal()) return false;
         object.ExecCommand(line, noExplain);
         if (AK_Object::_execStatus.IsEmpty()) continue;
@@ -220,6 +226,6 @@ void AK_Object::ExecCommandFile(const AK_String& calledName, int noExplain)
     }
     const RunningMacro macro(name);
     if (!macro) return;
-    CommentBlocks comments;
+    CommentBlocks comments(name);
     for (int i = _macroRepetitions; i > 0 && PlayOnce(*this, name, comments, noExplain); --i) {}
 }

@@ -109,7 +109,8 @@ bool SW_InitialCondition::ReadFromRelFile(AK_TextReader& reader)
     double values[2];   // depth, density; a third number, which tools write, says nothing new
     if (!SW_ReadAreaHeader(reader, values, 2, 2)) return false;
     if (ReadFromKORVO99Ascii(reader)) {
-        AK_MSG("WARNING:the last area of a release file is not complete and is left out");
+        SW_WarnOfArea(reader, InLanguage("the area is not complete and is left out",
+                                         "das Gebiet ist unvollstaendig und entfaellt"));
         return false;
     }
     _depth = std::max(values[0], 0.0);

@@ -32,6 +32,7 @@ SW_Mesh::SW_Mesh(const AK_String& id, AK_Object* parent) : AK_Class(id, parent)
 
 SW_Mesh::~SW_Mesh()
 {
+    ForgetDisplayList();
     while (_watches) _watches->Watch(nullptr);
 }
 
@@ -58,8 +59,7 @@ void SW_Mesh::Clear()
     _vertexNormals.Clear();
     _segments.Clear();
     _totalNormal = AK_Vec();
-    _contourLines.reset();
-    _coarseMesh.reset();
+    ForgetDerived();
     _isCartesian = 0;
     _isHoneyComb = 0;
 }
@@ -110,6 +110,11 @@ void SW_Mesh::SetHoneyCombCells(const SW_Grid& grid)
 void SW_Mesh::TakeGrid(const SW_Grid& grid)
 {
     _grid = grid;
+    TakeGridDescription(grid);
+}
+
+void SW_Mesh::TakeGridDescription(const SW_Grid& grid)
+{
     _nx = grid.nx;
     _ny = grid.ny;
     _dx = grid.dx;

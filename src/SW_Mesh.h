@@ -24,6 +24,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <optional>
 
 class SW_ContourLines;
 class SW_Polyline;
@@ -170,6 +171,8 @@ public:
     void CoverWithHoneyCombGrid() { CoverBaseMesh(GridKind::HoneyComb); }
 
     // ---- another mesh (SW_Mesh_Project.cpp); a name that leads to none, or to this one, does nothing
+    /// False, with a warning, for a mesh without cells, on which nothing is projected.
+    bool HasSurfaceFor(const AK_Object& projected) const;
     /// Every vertex takes the height of the other surface. Where that has none, a Cartesian grid is filled unless
     /// NumNoDataValueInterpolationIterations is 0; any other mesh loses those vertices. Components follow.
     void ProjectOnto(const SW_Mesh* mesh);
@@ -202,8 +205,10 @@ public:
     static constexpr double noData = -1.8725e-50;   // a height that no tile has given yet
 
     /// Reads geometry by the extension of the name; nReduce halvings of a raster. Side files of the same name follow:
-    /// names and labels (.ano), a picture (.jpg, .ppm).
-    void Import(const AK_String& path, int nReduce);
+    /// names and labels (.ano), a picture (.jpg, .ppm), the coordinate system (.prj). False, with a status, if no
+    /// surface came of the file: one that was there stays then, with its coordinate system. The status can also be that
+    /// of a file beside it.
+    bool Import(const AK_String& path, int nReduce);
     /// Writes the surface by the extension of the name. (SW_Mesh_Export.cpp)
     void Export(const AK_String& path);
     void LoadE00(const AK_String& path, int nReduce);   // one ESRI ASCII grid
@@ -263,6 +268,9 @@ private:
     friend class SW_MeshWatch;
     mutable SW_MeshWatch* _watches = nullptr;   // those that point here
 
+    void ForgetDerived();   // what is made of the surface and kept: called when it changes
+    void ForgetDisplayList();
+    void DrawNow();
     void SetInclinationColor(const AK_Vec& normal) const;
     void SetContourLineColor() const;
     void DrawFaces(const SW_Mesh& surface) const;
@@ -275,7 +283,20 @@ private:
     static AK_String ReadProjection(const AK_String& path);
     void WriteGrid(std::FILE* file) const;
     void SizeGridForExport();
+    /// What an import replaces.
+    struct Surface {
+        AK_List<AK_Vec> x{1}, vertexNormals{1};
+        AK_List<IA4> lcv{1}, lcc{1};
+        AK_List<int> segments{1};
+        AK_Vec totalNormal;
+        int isCartesian = 0, isHoneyComb = 0;
+        SW_Grid cells;
+        std::optional<SW_Grid> next;   // what the attributes describe; none: the mesh keeps its own
+    };
+    void ExchangeSurface(Surface& other);
+    void TakeProjectionOf(const AK_List<AK_String>& tiles);
     void TakeGrid(const SW_Grid& grid);
+    void TakeGridDescription(const SW_Grid& grid);
     bool BeginSearch(const AK_Vec2& p, int& start) const;
     int RandomStartCell(const AK_Vec2& p) const;
     enum class GridKind { Cartesian, HoneyComb };
@@ -308,7 +329,10 @@ private:
     AK_Vec _totalNormal;      // m2: sum of all area vectors
     mutable AK_List<AK_List<int>> _lvv{1};   // vertex -> neighbour vertices, built on demand
     std::unique_ptr<SW_ContourLines> _contourLines;
+    double _contourLinesStep = 0;           // m, for which they were made
     std::unique_ptr<SW_Mesh> _coarseMesh;   // drawn in place of this one; made on demand, no component
+    unsigned _displayList = 0;              // the drawing calls of the last time, 0 for none
+    float _listBgCol[3] = {0, 0, 0};        // r, g, b: the background for which they were made
     AK_String _projection;   // text of the coordinate system that came with the raster, "" for none
 
     // What the next grid, cover or export is to be like. The cells of a regular mesh keep to _grid: these can be

@@ -185,20 +185,34 @@ void SW_Mesh::LoadDxf(const AK_String& path)
     if (SW_Polylines::LoadDxfFile(path, lines)) LoadPolylines(lines, 1);
 }
 
+// The last point of a ring is refused as it stands where the first one is, and with it its last side.
+static bool IsRing(const AK_Polyline& line)
+{
+    const int n = line._x.Size();
+    return n > 2 && AK_Vec2(line._x[0]) == AK_Vec2(line._x[n - 1]);
+}
+
+static void WarnOfRing(const AK_String& line)
+{
+    AK_MSG("WARNING:" << line
+                      << InLanguage(": the side that closes the ring becomes no break line",
+                                    ": die Seite, die den Ring schliesst, wird keine Bruchkante"));
+}
+
 void SW_Mesh::InsertBreakLines(const AK_String& path)
 {
     const AK_String extension = path.Extension();
     AK_List<AK_Polyline> lines(1);
-    if (extension == "nxyz") SW_Polylines::LoadNxyzFile(path, lines);
-    if (extension == "dxf" || extension == "DXF") SW_Polylines::LoadDxfFile(path, lines);
+    if (extension == "nxyz" || extension == "dxf" || extension == "DXF")
+        SW_Polylines::LoadLines(path, extension.c_str(), lines, [](const AK_Polyline& line, const AK_String& place) {
+            if (IsRing(line)) WarnOfRing(place);
+        });
     if (lines.Size() > 0) LoadPolylines(lines, 1);   // a mesh without new lines keeps its kind
 }
 
 void SW_Mesh::InsertBreakLine(const AK_String& id)
 {
-    if (id.IsEmpty()) return;
-    auto* line = dynamic_cast<const SW_Polyline*>(ObjectById(id));
-    if (!line) line = dynamic_cast<const SW_Polyline*>(Root()->ObjectById(id));
+    const SW_Polyline* line = SW_FindLine(*this, id);
     if (!line || line->NumVertices() == 0) return;
     if (line->Line().NumNoCoordinates() > 0) {
         _execStatus = line->IdAbs() + InLanguage(": points have coordinates that are no numbers or too large",
@@ -207,5 +221,6 @@ void SW_Mesh::InsertBreakLine(const AK_String& id)
     }
     AK_List<AK_Polyline> lines(1);
     lines.Append(line->Line());
+    if (line->IsOfType("Polygon") || IsRing(line->Line())) WarnOfRing(line->IdAbs());
     LoadPolylines(lines, 1);
 }

@@ -6,6 +6,8 @@
 
 #include "SW_Mesh.h"
 
+#include "SW_Mesh_Sweep.h"
+
 namespace {
 
 /// An edge whose second cell has not come yet.
@@ -89,12 +91,11 @@ void SW_Mesh::ComputeVertexNormals()
 {
     _vertexNormals.Fill(NumVertices(), AK_Vec());
     _totalNormal = AK_Vec();
-    for (int cell = 0; cell < NumCells(); ++cell) {
-        const IA4& c = _lcv[cell];
-        const int n = NumCorners(c);
+    const auto share = [this](int cell) {
+        const int n = NumCorners(_lcv[cell]);
         const AK_Vec area = CellNormal(cell);
-        const AK_Vec share{area.x / n, area.y / n, area.z / n};
         _totalNormal += area;
-        for (int k = 0; k < n; ++k) _vertexNormals[c[k]] += share;
-    }
+        return AK_Vec{area.x / n, area.y / n, area.z / n};
+    };
+    SW_SweepToVertices(_lcv, share, [this](int vertex, const AK_Vec& normal) { _vertexNormals[vertex] += normal; });
 }

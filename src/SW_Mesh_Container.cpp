@@ -66,30 +66,39 @@ bool SW_Meshes::IsSimulationCellSize(double cellSize) const
 // Import
 // ----------------------------------------------------------------------------------------------------------------
 
-void SW_Meshes::ImportAreas(const AK_String& path)
+AK_String SW_Meshes::ImportAreas(const AK_String& path)
 {
     static constexpr struct {
         const char* extension;
         const char* sibling;
         const char* command;
     } sideFiles[] = {{"rel", "ReleaseAreas", "LoadRelFile"}, {"res", "ResistanceAreas", "LoadResFile"}};
+    AK_String firstError;
     for (const auto& side : sideFiles) {
         const AK_String file = path.WithExtension(side.extension);
         AK_Object* sibling = Parent() ? Parent()->Component(side.sibling) : nullptr;
-        if (sibling && AK_System::FileExists(file)) sibling->Set(side.command, file);
+        if (!sibling || !AK_System::FileExists(file)) continue;
+        sibling->Set(side.command, file);
+        if (firstError.IsEmpty()) firstError = _execStatus;
     }
+    return firstError;
 }
 
 void SW_Meshes::Import(const AK_String& path, int nReduce)
 {
     SW_Mesh* mesh = CreateMesh(path.BaseName());
-    mesh->Import(path, nReduce);
-    ImportAreas(path);
-    if (mesh->NumCells() > 0 && mesh->IsCartesian() && IsSimulationCellSize(mesh->Grid().dx))
+    if (!mesh->Import(path, nReduce)) return;
+    AK_String status = _execStatus;   // of the files beside it
+    const AK_String statusOfAreas = ImportAreas(path);
+    if (status.IsEmpty()) status = statusOfAreas;
+    _execStatus = "";
+    if (mesh->IsCartesian() && IsSimulationCellSize(mesh->Grid().dx))
         mesh->Set("Id", mesh->Id() + "_simulation");
-    else if (mesh->NumCells() > 0 && _autoCreateSimulationMesh)
+    else if (_autoCreateSimulationMesh)
         CreateSimulationMesh(mesh->Id());
-    Autofit();
+    if (status.IsEmpty()) status = _execStatus;
+    Autofit();   // a command, which empties the status
+    _execStatus = status;
 }
 
 void SW_Meshes::CreateSimulationMesh(const AK_String& baseId)
@@ -181,6 +190,12 @@ void SW_Meshes::TilesLoad()
     const bool forSimulations = IsSimulationCellSize(_tilesDs);
     SW_Mesh* mesh = CreateMesh(forSimulations ? "combined_simulation" : "combined");
     mesh->LoadTiles(_tiles);
+    if (!_execStatus.IsEmpty()) {   // the tiles have changed since they were selected: they stay, for another choice
+        const AK_String status = _execStatus;
+        DeleteComponent(mesh->Id());
+        _execStatus = status;
+        return;
+    }
     Tiles("");
     if (mesh->NumCells() > 0 && !forSimulations && _autoCreateSimulationMesh) CreateSimulationMesh(mesh->Id());
     Autofit();

@@ -32,7 +32,7 @@ public:
 private:
     bool IsSimulationCellSize(double cellSize) const;
     void Autofit();
-    void ImportAreas(const AK_String& path);
+    AK_String ImportAreas(const AK_String& path);   // the first error
 
     int _autoCreateSimulationMesh = 0;
     int _numPtRedRasterImport = 1;

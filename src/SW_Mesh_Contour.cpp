@@ -248,6 +248,7 @@ void SW_Mesh::ComputeContourLines()
 {
     static constexpr int maxLevels = 100000;   // a step far too small for the terrain must not fill the memory
     _contourLines.reset();
+    _contourLinesStep = _contourLinesMinorStep;
     if (NumCells() == 0) return;
     AK_MSG("computing contour lines of " << _id << "...");
     AK_List<float> z(NumVertices());
@@ -271,8 +272,17 @@ void SW_Mesh::ComputeContourLines()
 
 void SW_Mesh::ExportContourLines(const AK_String& path)
 {
-    if (!_contourLines || _contourLines->Size() == 0) ComputeContourLines();
-    if (!_contourLines || _contourLines->Size() == 0) return;
+    if (!_contourLines || _contourLines->Size() == 0 || _contourLinesStep != _contourLinesMinorStep)
+        ComputeContourLines();
+    if (!_contourLines || _contourLines->Size() == 0) {
+        _execStatus = AK_String("'") + path +
+                      (NumCells() == 0 ? InLanguage("' is not written: the mesh is empty",
+                                                    "' wird nicht geschrieben: das Netz ist leer")
+                                       : InLanguage("' is not written: no contour line at 'ContourLinesMinorStep'",
+                                                    "' wird nicht geschrieben: keine Hoehenlinie bei "
+                                                    "'ContourLinesMinorStep'"));
+        return;
+    }
     AK_MSG("writing " << path << "...");
     const bool written = AK_WriteStream(path, [&](std::ostream& stream) {
         if (path.Extension() == "nxyz") {

@@ -17,6 +17,7 @@
 #include "SW_Mesh_Contour.h"
 
 #include <algorithm>
+#include <cmath>
 
 // ----------------------------------------------------------------------------------------------------------------
 // One edge
@@ -48,14 +49,25 @@ int SW_Mesh::FaceBack(int cell, int neighbor) const
     return face;
 }
 
+// Divided by the length, which is exact for a level cell, where a product with the reciprocal is not.
+static AK_Vec UnitNormal(const SW_Mesh& mesh, int cell)
+{
+    const AK_Vec normal = mesh.CellNormal(cell);
+    const double length = Length(normal);
+    return length > 0 ? AK_Vec{normal.x / length, normal.y / length, normal.z / length} : normal;
+}
+
 // Length of an edge times the bend between the cells at its sides; 0 where the mesh ends.
 static double Bend(const SW_Mesh& mesh, int cell, int face, const AK_Vec& normal)
 {
+    static constexpr double rounding = 1e-14;   // what it leaves of 1 - cosine between cells of one inclined plane
     const int other = mesh._lcc[cell][face];
     if (other < 0) return 0.0;
+    const double bend = 1 - Dot(normal, UnitNormal(mesh, other));
+    if (std::fabs(bend) < rounding) return 0.0;
     const IA4& c = mesh._lcv[cell];
     const double length = Length(mesh._x[c[(face + 1) % 3]] - mesh._x[c[face]]);
-    return length * (1 - Dot(normal, Normalized(mesh.CellNormal(other))));
+    return length * bend;
 }
 
 double SW_Mesh::TotalCurvature(int cell, int face) const
@@ -63,8 +75,8 @@ double SW_Mesh::TotalCurvature(int cell, int face) const
     const int other = _lcc[cell][face];
     if (other < 0) return 0.0;
     const int back = FaceBack(other, cell);
-    const AK_Vec normal = Normalized(CellNormal(cell));
-    const AK_Vec otherNormal = Normalized(CellNormal(other));
+    const AK_Vec normal = UnitNormal(*this, cell);
+    const AK_Vec otherNormal = UnitNormal(*this, other);
     double sum = Bend(*this, cell, face, normal);
     for (int i = 0; i < 2; ++i) {   // the edge itself from both sides, then the next edge of each triangle
         sum += Bend(*this, cell, (face + i) % 3, normal);

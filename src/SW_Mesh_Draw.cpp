@@ -6,6 +6,7 @@
 
 #include "AK_VisObj3d_Draw.h"
 
+#include <algorithm>
 #include <cmath>
 
 static constexpr double radians = ak_pi / 180;
@@ -15,8 +16,12 @@ static constexpr int maxGridLines = 10000;     // of a coordinate grid with a si
 void SW_Mesh::Update()
 {
     if (!IsShown()) return;
-    const bool stepsChanged =
-        ExecTime("ContourLinesMinorStep") > _updateTime || ExecTime("ContourLinesMajorStep") > _updateTime;
+    if (!_enabledDisplayLists || ModificationTime() > _updateTime ||
+        !std::equal(_viewerBgCol, _viewerBgCol + 3, _listBgCol))
+        ForgetDisplayList();
+    const bool stepsChanged = _contourLinesStep != _contourLinesMinorStep ||
+                              ExecTime("ContourLinesMinorStep") > _updateTime ||
+                              ExecTime("ContourLinesMajorStep") > _updateTime;
     if (!_contourLines || stepsChanged) ComputeContourLines();
     if (!HasNormals()) ComputeVertexNormals();
     if (_drawCoarsened && !_coarseMesh) MakeCoarseMesh();
@@ -32,9 +37,35 @@ void SW_Mesh::MakeCoarseMesh()
     _coarseMesh->Cover(*this, GridKind::Cartesian);
 }
 
+void SW_Mesh::ForgetDisplayList()
+{
+    if (_displayList) aglDeleteLists(_displayList, 1);
+    _displayList = 0;
+}
+
+void SW_Mesh::ForgetDerived()
+{
+    _contourLines.reset();
+    _coarseMesh.reset();
+    ForgetDisplayList();
+}
+
+// Terrain has very many primitives, and mostly nothing about it has changed since it was drawn last: the calls are kept
+// in a display list. Where the table of drawing calls has none, it gives no number for one.
 void SW_Mesh::Draw()
 {
     if (NumCells() == 0) return;
+    if (_displayList) return aglCallList(_displayList);
+    if (_enabledDisplayLists) _displayList = aglGenLists(1);
+    if (!_displayList) return DrawNow();
+    std::copy_n(_viewerBgCol, 3, _listBgCol);
+    aglNewList(_displayList, GL_COMPILE_AND_EXECUTE);
+    DrawNow();
+    aglEndList();
+}
+
+void SW_Mesh::DrawNow()
+{
     const bool coarse = _drawCoarsened && _coarseMesh && _coarseMesh->NumCells() > 0;
     if (_displayFaces) DrawFaces(coarse ? *_coarseMesh : *this);
     aglDisable(GL_LIGHTING);

@@ -82,9 +82,15 @@ void SW_Mesh::Export(const AK_String& path)
     const bool grid = std::any_of(std::begin(rasters), std::end(rasters),
                                   [&](const char* raster) { return extension == raster; });
     if (grid) SizeGridForExport();
-    if (grid && !HasSizeOfGrid(_nx, _ny))
+    if (!points && !grid)
+        _execStatus = AK_String("'") + path +
+                      InLanguage("' is not written: unknown extension", "' wird nicht geschrieben: unbekannte Endung");
+    else if (points ? NumVertices() == 0 : NumCells() == 0)
+        _execStatus = AK_String("'") + path +
+                      InLanguage("' is not written: the mesh is empty", "' wird nicht geschrieben: das Netz ist leer");
+    else if (grid && !HasSizeOfGrid(_nx, _ny))
         RefuseGrid();
-    else if (points || grid) {
+    else {
         const bool written = AK_WriteFile(path, [&](std::FILE* file) {
             AK_MSG("writing '" << path << "'...");
             points ? WritePoints(file, _x) : WriteGrid(file);

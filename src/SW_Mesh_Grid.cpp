@@ -84,11 +84,12 @@ void SW_Mesh::SetToHoneyCombGrid()
 bool SW_Mesh::Cover(const SW_Mesh& base, GridKind kind)
 {
     float lo[3], hi[3];
-    if (!base.BoundingBox(lo, hi)) return false;
+    if (!base.BoundingBox(lo, hi) || !base.HasSurfaceFor(*this)) return false;
     _xll = {lo[0], lo[1]};
     _xor = {hi[0], hi[1]};
     if (!MakeGrid(kind)) return false;
     ProjectOnto(&base);
+    _projection = base._projection;
     return true;
 }
 

@@ -9,8 +9,19 @@
 
 static constexpr double outside = -1.2345e+30;   // m: stands for the height of a vertex beside the other mesh
 
+bool SW_Mesh::HasSurfaceFor(const AK_Object& projected) const
+{
+    if (NumCells() > 0) return true;
+    AK_MSG("WARNING:" << projected.IdAbs()
+                      << InLanguage(" is not projected: there is no surface in mesh ",
+                                    " wird nicht projiziert: keine Oberflaeche im Netz ")
+                      << IdAbs());
+    return false;
+}
+
 void SW_Mesh::ProjectOnto(const SW_Mesh* mesh)
 {
+    if (!mesh->HasSurfaceFor(*this)) return;
     AK_MSG("projecting mesh " << _id << " onto mesh " << mesh->_id << "...");
     int cell = -1;
     for (AK_Vec& x : _x) {
@@ -22,8 +33,7 @@ void SW_Mesh::ProjectOnto(const SW_Mesh* mesh)
     else
         InterpolateNoDataValuesMultigrid(outside);
     if (NumCells() > 0) ComputeVertexNormals();
-    _contourLines.reset();
-    _coarseMesh.reset();
+    ForgetDerived();
     for (int i = 0; i < NumComponents(); ++i)
         ComponentAt(i)->Set("ProjectOnto", mesh->IdAbs(ComponentAt(i)));   // fields have no such command: they stay
     AK_MSG("projecting mesh " << _id << " onto mesh " << mesh->_id << " done");

@@ -18,6 +18,7 @@
 #include "SW_Mesh_Contour.h"
 #include "SW_Mesh_Tokens.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 
@@ -260,19 +261,34 @@ struct TileExtent {
 
 }   // namespace
 
-// Calls `use(in, header)` for each tile that opens and has a good header; the others are passed over.
-template <class Use>
-static void ForEachTile(const AK_List<AK_String>& paths, const char* message, const Use& use)
+// Calls `use(in, header)` for each tile that opens and has a good header; the others are passed over, and
+// `refuse(in, why)` is told.
+template <class Use, class Refuse>
+static void ForEachTile(const AK_List<AK_String>& paths, const char* message, const Use& use, const Refuse& refuse)
 {
     for (const AK_String& path : paths) {
         SW_TokenReader in(path);
-        if (!in.IsOpen()) continue;
+        if (!in.IsOpen()) {
+            refuse(in, InLanguage("cannot be opened", "kann nicht geoeffnet werden"));
+            continue;
+        }
         AK_MSG(message << path);
         GridHeader header;
-        if (!ReadGridHeader(in, header).IsEmpty()) continue;
+        const AK_String fault = ReadGridHeader(in, header);
         header.MoveToCenter();
-        if (CanHoldValues(in, header)) use(in, header);
+        if (!fault.IsEmpty())
+            refuse(in, fault);
+        else if (CanHoldValues(in, header))
+            use(in, header);
+        else
+            refuse(in, InLanguage("is too short for its heights", "ist zu kurz fuer seine Hoehen"));
     }
+}
+
+// Tells of a tile that does not give all it should.
+static void WarnOfTile(const SW_TokenReader& in, const AK_String& why)
+{
+    AK_MSG("WARNING:" << InLanguage("tile ", "Kachel ") << in.Place() << ": " << why);
 }
 
 void SW_Mesh::LoadTiles(const AK_String& paths)
@@ -280,17 +296,24 @@ void SW_Mesh::LoadTiles(const AK_String& paths)
     static constexpr double maxPointsPerValue = 1000;   // tiles that lie further apart are no raster
     AK_List<AK_String> tiles(1);
     if (paths.Split(ak_sep, tiles) == 0) return;
+    _execStatus = "";
     TileExtent extent;
-    ForEachTile(tiles, "reading header of tile '",
-                [&](SW_TokenReader&, const GridHeader& header) { extent.Add(header); });
-    if (extent.numTiles == 0) return;
+    ForEachTile(
+        tiles, "reading header of tile '", [&](SW_TokenReader&, const GridHeader& header) { extent.Add(header); },
+        WarnOfTile);
+    if (extent.numTiles == 0) {
+        _execStatus = InLanguage("no tile can be read", "keine Kachel kann gelesen werden");
+        return;
+    }
 
     const double columns = (extent.max.x - extent.min.x) / extent.cellSize + 0.5;
     const double rows = (extent.max.y - extent.min.y) / extent.cellSize + 0.5;
     const double points = (columns + 1) * (rows + 1);
     if (!(points < INT_MAX / 2) || points > maxPointsPerValue * double(extent.numValues)) {
-        AK_MSG("ERROR: the tiles lie too far apart for one raster: " << points << " points for " << extent.numValues
-                                                                     << " values");
+        _execStatus = AK_String(InLanguage("the tiles lie too far apart for one raster: ",
+                                           "die Kacheln liegen fuer ein Raster zu weit auseinander: ")) +
+                      AK_ToText(points, nullptr) + InLanguage(" points for ", " Punkte fuer ") +
+                      AK_ToText(double(extent.numValues), nullptr) + InLanguage(" values", " Werte");
         return;
     }
     Clear();
@@ -307,14 +330,28 @@ void SW_Mesh::LoadTiles(const AK_String& paths)
             _x[i * (grid.ny + 1) + j] = {i * grid.dx + grid.xll.x, j * grid.dx + grid.xll.y, noData};
     ReadTileHeights(tiles, grid);
     FinishRaster(grid, noData);
+    TakeProjectionOf(tiles);
+}
+
+void SW_Mesh::TakeProjectionOf(const AK_List<AK_String>& tiles)
+{
+    _projection = "";
+    for (const AK_String& tile : tiles) {
+        const AK_String projection = ReadProjection(tile.WithExtension("prj"));
+        if (_projection.IsEmpty()) _projection = projection;
+        if (!projection.IsEmpty() && !(projection == _projection))
+            AK_MSG("WARNING:" << InLanguage("tile '", "Kachel '") << tile
+                              << InLanguage("' has another coordinate system than the tiles before it",
+                                            "' hat ein anderes Koordinatensystem als die Kacheln davor"));
+    }
 }
 
 void SW_Mesh::ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& grid)
 {
     double min = 1e30;
     double max = -1e30;
-    ForEachTile(tiles, "reading data of tile '", [&](SW_TokenReader& in, const GridHeader& header) {
-        ReadGridValues(in, header, [&](int column, int row, double z) {
+    const auto readHeights = [&](SW_TokenReader& in, const GridHeader& header) {
+        const long read = ReadGridValues(in, header, [&](int column, int row, double z) {
             if (z == header.noData) return;   // missing here, perhaps given by an earlier tile
             const int i = RowOf((column * header.cellSize + header.xll - grid.xll.x) / grid.dx + 0.5, grid.nx + 1);
             const int j = RowOf((row * header.cellSize + header.yll - grid.xll.y) / grid.dx + 0.5, grid.ny + 1);
@@ -323,7 +360,13 @@ void SW_Mesh::ReadTileHeights(const AK_List<AK_String>& tiles, const SW_Grid& gr
             max = std::max(max, z);
             _x[i * (grid.ny + 1) + j].z = z;
         });
-    });
+        if (read == header.NumValues()) return;
+        WarnOfTile(in, AK_String(InLanguage("its heights end there: ", "seine Hoehen enden dort: ")) +
+                           AK_ToText(double(read), nullptr) + InLanguage(" instead of ", " statt ") +
+                           AK_ToText(double(header.NumValues()), nullptr));
+    };
+    const auto isTold = [](const SW_TokenReader&, const AK_String&) {};
+    ForEachTile(tiles, "reading data of tile '", readHeights, isTold);
     AK_MSG("min. height " << min << ", max. height " << max);
 }
 
@@ -346,6 +389,7 @@ void SW_Mesh::DeriveGridDescription()
 
 void SW_Mesh::ImportSideFiles(const AK_String& path)
 {
+    AK_String firstError;
     const AK_String labels = path.WithExtension("ano");
     AK_Object* project = Parent() ? Parent()->Parent() : nullptr;
     AK_Object* polylines = project ? project->Component("Polylines") : nullptr;
@@ -354,6 +398,7 @@ void SW_Mesh::ImportSideFiles(const AK_String& path)
         AK_Object* set = polylines->Component(polylines->VariableValue("$latest_comp"));
         if (set && set->Type() == "PolylineSet") {
             set->Set("Import", labels);
+            firstError = _execStatus;
             set->Set("ProjectOnto", IdAbs());
         }
     }
@@ -361,12 +406,36 @@ void SW_Mesh::ImportSideFiles(const AK_String& path)
         const AK_String picture = path.WithExtension(extension);
         if (!AK_System::FileExists(picture)) continue;
         Set("TextureFileName", picture);
+        if (firstError.IsEmpty()) firstError = _execStatus;
         break;
     }
     _projection = ReadProjection(path.WithExtension("prj"));
+    _execStatus = firstError;
 }
 
-void SW_Mesh::Import(const AK_String& path, int nReduce)
+void SW_Mesh::ExchangeSurface(Surface& other)
+{
+    _x.Swap(other.x);
+    _lcv.Swap(other.lcv);
+    _lcc.Swap(other.lcc);
+    _vertexNormals.Swap(other.vertexNormals);
+    _segments.Swap(other.segments);
+    std::swap(_totalNormal, other.totalNormal);
+    std::swap(_isCartesian, other.isCartesian);
+    std::swap(_isHoneyComb, other.isHoneyComb);
+    std::swap(_grid, other.cells);
+    const SW_Grid next{_nx, _ny, _dx, _dy, _xll, _xor};
+    TakeGridDescription(other.next ? *other.next : next);
+    other.next = next;
+    ForgetDerived();
+}
+
+static AK_String NotImported(const AK_String& path, const char* why)
+{
+    return AK_String("'") + path + InLanguage("' is not imported: ", "' wird nicht importiert: ") + why;
+}
+
+bool SW_Mesh::Import(const AK_String& path, int nReduce)
 {
     using Loader = void (*)(SW_Mesh & mesh, const AK_String& path, int nReduce);
     static constexpr Loader raster = [](SW_Mesh& mesh, const AK_String& file, int n) { mesh.LoadE00(file, n); };
@@ -384,10 +453,24 @@ void SW_Mesh::Import(const AK_String& path, int nReduce)
     };
     // clang-format on
     const AK_String extension = path.Extension();
-    for (const auto& format : formats)
-        if (extension == format.extension) format.load(*this, path, nReduce);
-    const AK_String status = _execStatus;   // the side files come by commands, which empty it
+    const auto* format = std::find_if(std::begin(formats), std::end(formats),
+                                      [&](const auto& known) { return extension == known.extension; });
+    if (format == std::end(formats)) {
+        _execStatus = NotImported(path, InLanguage("unknown extension", "unbekannte Endung"));
+        return false;
+    }
+    Surface former;
+    ExchangeSurface(former);
+    _execStatus = "";   // readers set it, and it is the outcome
+    format->load(*this, path, nReduce);
+    if (_execStatus.IsEmpty() && NumCells() == 0)
+        _execStatus = NotImported(path, InLanguage("no surface came of it, see the messages before",
+                                                   "es ergab keine Oberflaeche, siehe die Meldungen davor"));
+    if (!_execStatus.IsEmpty()) {
+        if (former.x.Size() > 0) ExchangeSurface(former);
+        return false;
+    }
     if (!_isCartesian) DeriveGridDescription();
     ImportSideFiles(path);
-    if (!status.IsEmpty()) _execStatus = status;
+    return true;
 }

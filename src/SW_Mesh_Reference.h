@@ -5,6 +5,7 @@
 #include "AK_Object.h"
 
 class SW_Mesh;
+class SW_Polyline;
 
 /// A mesh that an object refers to by name: what lies behind attributes such as BaseMeshName.
 ///
@@ -26,6 +27,10 @@ public:
 private:
     AK_String _text;
 };
+
+/// The line that a text names, null if there is none: by the same paths as meshes, a bare name being that of a line
+/// under "Project/Polylines" or "Project/Polygons".
+SW_Polyline* SW_FindLine(const AK_Object& owner, const AK_String& text);
 
 /// All objects of a type in the tree but `from` itself, as paths from it, each followed by the list separator.
 AK_String SW_PathsOfType(const AK_Object& from, const char* type);

@@ -8,6 +8,7 @@
 #include "SW_Mesh.h"
 
 #include "SW_Mesh_Contour.h"
+#include "SW_Mesh_Sweep.h"
 #include "SW_ScalarField.h"
 #include "SW_VectorField.h"
 
@@ -20,23 +21,12 @@
 void SW_Mesh::SmoothVectorsAtVertices(AK_List<AK_Vec>& vec, int n) const
 {
     AK_ASSERT(vec.Size() == NumVertices());
-    if (n <= 0) return;
-    AK_List<int> numCells(NumVertices());   // that a vertex belongs to: the same in each round
-    numCells.Fill(NumVertices(), 0);
-    for (const IA4& c : _lcv)
-        for (int k = 0; k < NumCorners(c); ++k) ++numCells[c[k]];
-
-    AK_List<AK_Vec> sums(NumVertices());
+    const AK_Vec none = SW_Mean(AK_Vec(), 0);   // no numbers
+    const auto mean = [&](int cell) { return SW_MeanOfCorners(_lcv[cell], vec.Data()); };
+    AK_List<AK_Vec> smoothed(1);
     for (int round = 0; round < n; ++round) {
-        sums.Fill(NumVertices(), AK_Vec());
-        for (const IA4& c : _lcv) {
-            const int corners = NumCorners(c);
-            AK_Vec sum;
-            for (int k = 0; k < corners; ++k) sum += vec[c[k]];
-            const AK_Vec mean = sum * (1.0 / corners);
-            for (int k = 0; k < corners; ++k) sums[c[k]] += mean;
-        }
-        for (int i = 0; i < vec.Size(); ++i) vec[i] = sums[i] * (1.0 / numCells[i]);
+        SW_MeansAtVertices(_lcv, mean, none, NumVertices(), smoothed);
+        vec.Swap(smoothed);
     }
 }
 
@@ -50,7 +40,7 @@ void SW_Mesh::Smooth(int n)
 
 void SW_Mesh::FinishNewSurface()
 {
-    _coarseMesh.reset();
+    ForgetDerived();
     ComputeVertexNormals();
     ComputeContourLines();
 }

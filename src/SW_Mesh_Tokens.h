@@ -13,6 +13,7 @@ public:
     explicit SW_TokenReader(const AK_String& path) : _reader(path) {}
     bool IsOpen() const { return _reader.IsOpen(); }
     long Remaining() const { return _reader.Remaining(); }
+    AK_String Place() const { return _reader.Place(); }   // of the last word
 
     /// The next word, "" at the end. One that is longer than any number comes back cut, and is none then.
     const char* Next()

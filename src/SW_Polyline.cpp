@@ -186,7 +186,7 @@ void SW_Polyline::Clear()
 
 void SW_Polyline::CopyCoordsOf(const AK_String& id)
 {
-    if (const auto* other = dynamic_cast<const SW_Polyline*>(ObjectById(id)))
+    if (const SW_Polyline* other = SW_FindLine(*this, id))
         SetLine(AK_Polyline(other->_line));
     else
         SW_TellNoLine(id);
@@ -260,6 +260,7 @@ void SW_Polyline::ProjectOnto(const AK_String& name)
 void SW_Polyline::ProjectOnto(const SW_Mesh& mesh)
 {
     constexpr int worthALog = 100;   // points: above that it can take a while
+    if (!mesh.HasSurfaceFor(*this)) return;
     const bool log = NumVertices() > worthALog;
     if (log) AK_MSG("projecting polygon " << Id() << " onto mesh " << mesh.Id() << "...");
     _baseMesh.Set(*this, mesh);
@@ -274,7 +275,7 @@ void SW_Polyline::ProjectAutomatically()
     const AK_Object* meshes = Parent()->Parent()->Component("DHMs");
     const SW_Mesh* first =
         meshes && meshes->NumComponents() > 0 ? dynamic_cast<const SW_Mesh*>(meshes->ComponentAt(0)) : nullptr;
-    if (!first) return;
+    if (!first || first->NumCells() == 0) return;
     ProjectOnto(*first);
     SetExecTime("ProjectOnto");   // the points have changed, so the line is to be saved
 }

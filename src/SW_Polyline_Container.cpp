@@ -39,7 +39,7 @@ void SW_LineContainer::Import(const AK_String& path)
 void SW_LineContainer::ProjectOnto(const AK_String& name)
 {
     const SW_Mesh* mesh = SW_MeshReference::Find(*this, name);
-    if (!mesh) return;
+    if (!mesh || !mesh->HasSurfaceFor(*this)) return;
     for (int i = 0; i < NumComponents(); ++i) ComponentAt(i)->Set("ProjectOnto", mesh->IdAbs(ComponentAt(i)));
     _baseMesh.Set(*this, *mesh);
 }
@@ -98,9 +98,13 @@ void SW_Polylines::ImportSet(const AK_String& path)
     set->Import(path);
 }
 
-static bool LoadLines(const AK_String& path, const char* extension, AK_List<AK_Polyline>& lines)
+bool SW_Polylines::LoadLines(const AK_String& path, const char* extension, AK_List<AK_Polyline>& lines,
+                             const std::function<void(const AK_Polyline&, const AK_String& place)>& look)
 {
-    const auto take = [&](const SW_LineOfFile& file) { lines.Append(file.line); };
+    const auto take = [&](const SW_LineOfFile& file) {
+        if (look) look(file.line, file.place);
+        lines.Append(file.line);
+    };
     if (SW_ReadLines(path, *SW_FormatOfExtension(extension), take)) return true;
     AK_Object::_execStatus = AK_String("cannot open dxf file ") + path;
     return false;

@@ -6,6 +6,8 @@
 #include "SW_Mesh_Reference.h"
 #include "SW_Polyline_Points.h"
 
+#include <functional>
+
 class SW_Polyline;
 
 /// A container of line objects of one class.
@@ -50,6 +52,9 @@ public:
     void ImportSet(const AK_String& path);
 
     /// The lines of a file without objects: break lines of meshes. False, with a status text, if it cannot be opened.
+    /// `look` is shown each line, and the place in the file at which it ends.
+    static bool LoadLines(const AK_String& path, const char* extension, AK_List<AK_Polyline>& lines,
+                          const std::function<void(const AK_Polyline&, const AK_String& place)>& look = nullptr);
     static bool LoadNxyzFile(const AK_String& path, AK_List<AK_Polyline>& lines);
     static bool LoadDxfFile(const AK_String& path, AK_List<AK_Polyline>& lines);
 

@@ -81,6 +81,7 @@ bool SW_ReadLines(const AK_String& path, const SW_LineFormat& format, const std:
         if (!format.read(reader, next)) break;
         if (next.line._x.Size() == 0) continue;
         found = true;
+        next.place = reader.Place();
         take(next);
     }
     if (!found) WarnOfNoLine(path, format);

@@ -3,6 +3,7 @@
 #include "SW_Polyline_Points.h"
 
 #include "AK_Basic_NewFile.h"
+#include "AK_Object.h"
 #include "SW_Polyline_Text.h"
 
 #include <algorithm>
@@ -54,17 +55,34 @@ static void AppendAnnotation(std::string& annotations, const AK_String& line)
 
 static bool IsAnnotation(const AK_String& line) { return std::strchr(line.c_str(), '=') != nullptr; }
 
-// An entry a line. What has no "=" is no annotation, and a reader could take it for a number.
-static std::string AnnotationLines(const AK_String& annotations)
+// True for a text line that gives a point of so many coordinates; for dimension 0, the number of points of an nxyz
+// file.
+static bool ReadsAsNumbers(const char* line, int dimension)
+{
+    int count;
+    double x[3];
+    if (dimension == 0) return ScanInt(line, count);
+    return ScanCoordinates(line, false, x, dimension) || ScanCoordinates(line, true, x, dimension);
+}
+
+// An entry a line. A reader takes one without "=" for numbers if it begins with such: it is told.
+static std::string AnnotationLines(const AK_String& annotations, int dimension)
 {
     AK_String text = annotations;
-    text.ReplaceAll('\n', ';');
-    AK_List<AK_String> entries(1);
-    text.Split(';', entries);
-    std::string lines;
-    for (const AK_String& entry : entries)
-        if (IsAnnotation(entry)) lines.append(entry.c_str()).append("\n");
-    return lines;
+    text.ReplaceAll(';', '\n');
+    if (!text.IsEmpty() && !text.EndsWith("\n")) text.Append("\n");
+    AK_List<AK_String> lines(1);
+    text.Split('\n', lines);
+    for (const AK_String& line : lines)
+        if (!IsAnnotation(line) && ReadsAsNumbers(line.c_str(), dimension))
+            AK_MSG("WARNING:" << InLanguage("the annotation '", "die Anmerkung '") << line
+                              << (dimension == 0
+                                      ? InLanguage("' reads back as the number of points: give it a key, 'key=",
+                                                   "' liest sich als Anzahl der Punkte: mit Schluessel, 'key=")
+                                      : InLanguage("' reads back as a point: give it a key, 'key=",
+                                                   "' liest sich als Punkt: mit Schluessel, 'key="))
+                              << line << "'");
+    return text.c_str();
 }
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -105,7 +123,7 @@ int AK_Polyline::ReadXyz(const AK_String& path)
 int AK_Polyline::WritePoints(const AK_String& path, int dimension) const
 {
     return !AK_WriteStream(path, [&](std::ostream& stream) {
-        stream << AnnotationLines(annotations);
+        stream << AnnotationLines(annotations, dimension);
         for (const AK_Vec& p : _x) {
             stream << AK_String(p.x, "%lf") << " " << AK_String(p.y, "%lf");
             if (dimension > 2) stream << " " << AK_String(p.z, "%lf");
@@ -143,10 +161,10 @@ static bool ReadNumber(AK_TextReader& reader, Number& number)
 static bool ReadCoordinate(AK_TextReader& reader, double& x) { return ReadNumber(reader, x) && IsCoordinate(x); }
 
 // Tells of a line that a file ends within, or stops being numbers.
-static void WarnOfIncompleteLine(int expected, int found)
+static void WarnOfIncompleteLine(const AK_TextReader& reader, int expected, int found)
 {
-    AK_MSG("WARNING:a line that should have " << expected << " points ends after " << found
-                                              << ": the rest of the file is not read");
+    AK_MSG("WARNING:" << reader.Place() << ": a line that should have " << expected << " points ends after " << found
+                      << ": the rest of the file is not read");
 }
 
 int AK_Polyline::ReadFromNxyz(AK_TextReader& reader)
@@ -167,7 +185,7 @@ int AK_Polyline::ReadFromNxyz(AK_TextReader& reader)
     for (int i = 0; i < count; ++i) {
         AK_Vec p;
         if (!ReadCoordinate(reader, p.x) || !ReadCoordinate(reader, p.y) || !ReadCoordinate(reader, p.z)) {
-            WarnOfIncompleteLine(count, i);
+            WarnOfIncompleteLine(reader, count, i);
             return 0;
         }
         _x.Append(p);
@@ -178,7 +196,7 @@ int AK_Polyline::ReadFromNxyz(AK_TextReader& reader)
 void AK_Polyline::WriteToNxyz(std::ostream& stream, int precision) const
 {
     const auto before = stream.precision(precision);
-    stream << AnnotationLines(annotations) << _x.Size() << "\n";
+    stream << AnnotationLines(annotations, 0) << _x.Size() << "\n";
     for (const AK_Vec& p : _x) stream << p.x << " " << p.y << " " << p.z << "\n";
     stream.precision(before);
 }
@@ -206,7 +224,7 @@ int AK_Polyline::ReadFromAno(AK_TextReader& reader, AK_String& name, AK_String& 
     for (int i = 0; i < count; ++i) {
         double x[2];
         if (!ReadTextLine(reader, line, maxLine) || !ScanCoordinates(line.c_str(), false, x, 2)) {
-            WarnOfIncompleteLine(count, i);
+            WarnOfIncompleteLine(reader, count, i);
             return 1;
         }
         _x.Append({x[0], x[1], 0});

@@ -119,7 +119,7 @@ void SW_PolylineSet::Export(const AK_String& path)
 void SW_PolylineSet::ProjectOnto(const AK_String& name)
 {
     const SW_Mesh* mesh = SW_MeshReference::Find(*this, name);
-    if (!mesh) return;
+    if (!mesh || !mesh->HasSurfaceFor(*this)) return;
     AK_MSG("projecting polyline set " << Id() << " onto mesh " << mesh->Id() << "...");
     _baseMesh.Set(*this, *mesh);
     for (AK_Polyline& line : _polylines) SW_ProjectPoints(line._x, *mesh);
@@ -179,7 +179,7 @@ void SW_PolylineSet::ExtractSelected()
 
 void SW_PolylineSet::Add(const AK_String& id)
 {
-    const auto* line = dynamic_cast<const SW_Polyline*>(ObjectById(id));
+    const SW_Polyline* line = SW_FindLine(*this, id);
     if (!line) {
         SW_TellNoLine(id);
         return;

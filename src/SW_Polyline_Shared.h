@@ -19,6 +19,7 @@ struct SW_LineOfFile {
     AK_String name;     // the annotation "name", the layer of a DXF file, the name in an ano file; "" for none
     AK_String colour;   // a word, in ano files only
     int number = 0;     // in the file, from 1
+    AK_String place;    // where it ends: the file and its line
 };
 
 /// A format by the extension of its files.

@@ -42,9 +42,14 @@ bool SW_ResistanceArea::ReadFromResFile(AK_TextReader& reader)
     static constexpr double fewestObstacles = 1e-10;   // per m2
     double values[6];   // height, width, drag coefficient, obstacles per m2, flag, and one that nothing reads
     const int found = SW_ReadAreaHeader(reader, values, 6, 4);
-    if (found == 0 || !(values[3] >= fewestObstacles)) return false;
+    if (found == 0) return false;
+    if (!(values[3] >= fewestObstacles)) {
+        SW_WarnOfArea(reader, InLanguage("an area without obstacles", "ein Gebiet ohne Hindernisse"));
+        return false;
+    }
     if (ReadFromKORVO99Ascii(reader)) {
-        AK_MSG("WARNING:the last area of a resistance file is not complete and is left out");
+        SW_WarnOfArea(reader, InLanguage("the area is not complete and is left out",
+                                         "das Gebiet ist unvollstaendig und entfaellt"));
         return false;
     }
     _height = std::max(values[0], 0.0);

@@ -7,7 +7,7 @@
 
 class SW_VectorField;
 
-class SW_ScalarField : public SW_FieldOf<SW_ScalarField, float, float> {
+class SW_ScalarField : public SW_FieldOf<SW_ScalarField, float> {
 public:
     static constexpr const char* className = "SW_ScalarField";
     static constexpr const char* recordTag = "SW_ScalarField:v0";
@@ -56,12 +56,16 @@ private:
     void Smooth(int rounds);
     void CreateGradientField();
     void TakeRasterExtentOfMesh();
+    bool HasRaster();
     void DrawCells() const;
     void DrawContourLines() const;
     AK_Vec GradientAt(int i, const AK_Vec& normal, const AK_List<int>& neighbors, const AK_Vec& unchanged) const;
 
     std::unique_ptr<SW_ContourLines> _contourLines;
-    double _contourChecksum = 0;   // tells whether the lines still belong to the values
+    // Tell whether the lines still belong to the values, and to the steps and the label of the colour bar.
+    double _contourChecksum = 0;
+    AK_List<double> _contourLevels{1};
+    AK_String _contourLabel;
     int _displayColorMapped = 1;
     int _displayContourLines = 0;
     int _contourLinesColored = 0;

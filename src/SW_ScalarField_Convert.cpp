@@ -40,23 +40,11 @@ int SW_ScalarField::Convert()
 
 void SW_ScalarField::Smooth(int rounds)
 {
-    AK_List<int> counts(1);
+    const auto mean = [this](int cell) { return SW_MeanOfCorners(_mesh->_lcv[cell], _values.Data()); };
+    AK_List<float> smoothed(1);
     for (int round = 0; round < rounds; ++round) {
-        const AK_List<float> before = _values;
-        _values.Fill(_mesh->NumVertices(), 0.0f);
-        counts.Fill(_mesh->NumVertices(), 0);
-        for (const IA4& c : _mesh->_lcv) {
-            const int n = NumCorners(c);
-            float mean = 0;
-            for (int k = 0; k < n; ++k) mean += before[c[k]];
-            mean /= float(n);
-            for (int k = 0; k < n; ++k) {
-                _values[c[k]] += mean;
-                ++counts[c[k]];
-            }
-        }
-        for (int i = 0; i < _values.Size(); ++i)
-            if (counts[i] > 0) _values[i] /= float(counts[i]);
+        SW_MeansAtVertices(_mesh->_lcv, mean, 0.0f, _mesh->NumVertices(), smoothed);
+        _values.Swap(smoothed);
     }
 }
 
@@ -70,9 +58,10 @@ void SW_ScalarField::UpdateContourLines()
     const int steps = bar->NumSteps();
     double checksum = 0;
     for (float value : _values) checksum += (double(value) - min) / ((max - min) / steps);
-    if (_contourLines && checksum == _contourChecksum) return;
     AK_List<double> levels(1);
     for (int i = 0; i <= steps; ++i) levels.Append(bar->Step(i));
+    const bool sameLevels = std::equal(levels.begin(), levels.end(), _contourLevels.begin(), _contourLevels.end());
+    if (_contourLines && checksum == _contourChecksum && sameLevels && bar->Label() == _contourLabel) return;
     _contourLines = std::make_unique<SW_ContourLines>(_mesh, _values.Data(), levels);
     for (int i = 0; i < _contourLines->Size(); ++i) {
         AK_String& annotations = (*_contourLines)[i]._line.annotations;
@@ -80,6 +69,8 @@ void SW_ScalarField::UpdateContourLines()
         annotations.SetKeyValue("res", bar->AttributeShort(), '=', ';');
     }
     _contourChecksum = checksum;
+    _contourLevels.Swap(levels);
+    _contourLabel = bar->Label();
 }
 
 // ----------------------------------------------------------------------------------------------------------------

@@ -27,29 +27,39 @@ void SW_ScalarField::TakeRasterExtentOfMesh()
     _exportRasterNumRows = ColumnsIn(double(hi[1]) - _exportRasterLL.y, size);
 }
 
+// True if the raster can be made, which then has its extent; else the status says why not.
+bool SW_ScalarField::HasRaster()
+{
+    if (!_onVertices)
+        _execStatus = InLanguage("a raster is made from values on vertices only",
+                                 "ein Raster entsteht nur aus Werten auf Knoten");
+    else if (!(_exportRasterSize > 0) || !std::isfinite(_exportRasterSize))
+        _execStatus = InLanguage("'ExportRasterSize' must be positive", "'ExportRasterSize' muss positiv sein");
+    if (!_execStatus.IsEmpty()) return false;
+    if (_exportRasterAutoRange) TakeRasterExtentOfMesh();
+    if (double(_exportRasterNumColumns) * double(_exportRasterNumRows) > maxRasterValues)
+        _execStatus = InLanguage("the raster would be too large: 'ExportRasterSize' is too small",
+                                 "das Raster waere zu gross: 'ExportRasterSize' ist zu klein");
+    else if (_exportRasterNumColumns < 1 || _exportRasterNumRows < 1)
+        _execStatus = InLanguage("the raster would have no point: 'ExportRasterSize' is larger than the mesh, or there "
+                                 "are no columns or rows",
+                                 "das Raster haette keinen Punkt: 'ExportRasterSize' ist groesser als das Netz, oder "
+                                 "es gibt keine Spalten oder Zeilen");
+    return _execStatus.IsEmpty();
+}
+
 void SW_ScalarField::ExportFieldRasterAscii(const AK_String& path)
 {
-    if (!_mesh) return;
-    if (!_onVertices || _values.Size() != WantedSize()) {
-        _execStatus = "a raster is made from values on vertices only";
-        return;
-    }
-    if (!(_exportRasterSize > 0) || !std::isfinite(_exportRasterSize)) {
-        _execStatus = "ExportRasterSize must be positive";
-        return;
-    }
-    if (_exportRasterAutoRange) TakeRasterExtentOfMesh();
-    if (double(_exportRasterNumColumns) * double(_exportRasterNumRows) > maxRasterValues) {
-        _execStatus = "the raster would be too large: ExportRasterSize is too small";
-        return;
-    }
+    if (!HasValues() || !HasRaster()) return;
     Convert();
+    long found = 0;
     const bool written = AK_WriteFile(path, [&](std::FILE* file) {
         AK_MSG("writing field raster data to " << path);
         _mesh->WriteRaster(file, _exportRasterNumColumns, _exportRasterNumRows, _exportRasterLL, _exportRasterSize,
                            [&](int cell, const double* weights) {
                                const auto value = _mesh->InterpolatedScalar(cell, weights, _values.Data());
                                std::fprintf(file, "%g ", double(value));
+                               ++found;
                            });
     });
     Reconvert();
@@ -58,6 +68,10 @@ void SW_ScalarField::ExportFieldRasterAscii(const AK_String& path)
         return;
     }
     AK_MSG("file " << path << " written");
+    if (found == 0)
+        AK_MSG("WARNING:" << InLanguage("no point of the raster lies on the mesh: ",
+                                        "kein Punkt des Rasters liegt auf dem Netz: ")
+                          << path);
     _mesh->WriteProjectionBeside(path);
 }
 
@@ -98,6 +112,10 @@ void SW_ScalarField::ExportContourLines(const AK_String& path)
         AK_MSG("cannot open file " << path);
     else
         AK_MSG("file " << path << " written");
+    if (HasValues() && (!_contourLines || _contourLines->Size() == 0))
+        AK_MSG("WARNING:" << InLanguage("no contour line: no value on vertices reaches a level of the colour bar: ",
+                                        "keine Isolinie: kein Wert auf Knoten erreicht eine Stufe der Farbskala: ")
+                          << path);
 }
 
 AK_String SW_ScalarField::ShortExportFilename() const

@@ -6,6 +6,7 @@
 #include "AK_Basic_NewFile.h"
 #include "AK_Colorbar.h"
 #include "SW_Mesh.h"
+#include "SW_Mesh_Sweep.h"
 #include "SW_Polyline.h"
 #include "qvt_sci.h"
 
@@ -27,12 +28,8 @@ inline void SW_WriteRow(std::FILE* file, const AK_Vec& x, const AK_Vec& v)
 inline double SW_Exact(float value) { return double(value); }
 inline const AK_Vec& SW_Exact(const AK_Vec& value) { return value; }
 
-inline float SW_Mean(float sum, int count) { return sum / float(count); }
-inline AK_Vec SW_Mean(const AK_Vec& sum, int count) { return sum * (1.0 / count); }
-
-/// Base of the fields: one value for each vertex or for each cell of a mesh, which it does not own. `Sum` is the type
-/// in which values are added up when they change their location.
-template <class Field, class Value, class Sum>
+/// Base of the fields: one value for each vertex or for each cell of a mesh, which it does not own.
+template <class Field, class Value>
 class SW_FieldOf : public AK_Class<Field, AK_VisObj3d> {
     using Base = AK_Class<Field, AK_VisObj3d>;
 
@@ -50,10 +47,8 @@ public:
     /// Gives the colour bar the range of the values, if it is to follow them.
     void UpdateColorBar()
     {
-        AK_Colorbar* bar = Colorbar();
-        if (!(bar->Get("Autoscale") == "1") || _values.Size() == 0) return;
-        bar->Set("Min", static_cast<Field*>(this)->Min());
-        bar->Set("Max", static_cast<Field*>(this)->Max());
+        const Field& field = static_cast<const Field&>(*this);
+        if (_values.Size() > 0) Colorbar()->FollowData(field.Min(), field.Max());
     }
 
     /// Takes the last value for value i: as its location does that is removed.
@@ -80,22 +75,13 @@ public:
     /// Moves the values to the other kind of location: each place gets the plain mean of the values that touch it.
     void ConvertTopo()
     {
-        const int numTargets = _onVertices ? _mesh->NumCells() : _mesh->NumVertices();
-        AK_List<Sum> sums(1);
-        sums.Fill(numTargets, Sum());
-        AK_List<int> counts(1);
-        counts.Fill(numTargets, 0);
-        for (int cell = 0; cell < _mesh->NumCells(); ++cell) {
-            const IA4& c = _mesh->_lcv[cell];
-            for (int k = 0; k < NumCorners(c); ++k) {
-                const int target = _onVertices ? cell : c[k];
-                const int source = _onVertices ? c[k] : cell;
-                sums[target] += _values[source];
-                ++counts[target];
-            }
-        }
-        _values.SetSize(numTargets);
-        for (int i = 0; i < numTargets; ++i) _values[i] = counts[i] > 0 ? SW_Mean(sums[i], counts[i]) : Value();
+        AK_List<Value> moved(1);
+        if (_onVertices)
+            for (const IA4& cell : _mesh->_lcv) moved.Append(SW_MeanOfCorners(cell, _values.Data()));
+        else
+            SW_MeansAtVertices(
+                _mesh->_lcv, [this](int cell) { return _values[cell]; }, Value(), _mesh->NumVertices(), moved);
+        _values.Swap(moved);
         _onVertices = !_onVertices;
     }
 
@@ -150,13 +136,45 @@ protected:
         for (int i = 0; i < _values.Size(); ++i) convert(i);
     }
 
+    /// True if there are values on a mesh; else the status says why nothing can be exported.
+    bool HasValues() const
+    {
+        AK_String& status = AK_Object::_execStatus;
+        if (!_mesh)
+            status = InLanguage("the field has no values yet: run or load the simulation, or update the view, first",
+                                "das Feld hat noch keine Werte: zuerst die Simulation rechnen oder laden oder die "
+                                "Ansicht auffrischen");
+        else if (_mesh->NumCells() == 0)
+            status = InLanguage("the mesh of the field is empty", "das Netz des Feldes ist leer");
+        else if (_values.Size() != WantedSize())
+            status = InLanguage("the values belong to another state of the mesh: update the view first",
+                                "die Werte gehoeren zu einem anderen Stand des Netzes: zuerst die Ansicht auffrischen");
+        else
+            return true;
+        return false;
+    }
+
     /// The line whose values are to be exported; null if they cannot be.
     const SW_Polyline* LineToExport() const
     {
-        if (_selectedPolyline.IsEmpty() || !_mesh || !_onVertices) return nullptr;
-        const auto* line =
-            dynamic_cast<const SW_Polyline*>(const_cast<SW_FieldOf*>(this)->ObjectById(_selectedPolyline));
-        return line && line->Points().Size() > 1 ? line : nullptr;
+        if (!_mesh || !_onVertices) return nullptr;
+        const SW_Polyline* line = SW_FindLine(*this, _selectedPolyline);
+        return line && line->NumVertices() > 1 ? line : nullptr;
+    }
+
+    /// Says why there is no such line.
+    void TellWhyNoLine() const
+    {
+        AK_String& status = AK_Object::_execStatus;
+        if (!_onVertices)
+            status = InLanguage("values along a line are those on vertices, and this field has one for each cell",
+                                "Werte entlang einer Linie sind solche auf Knoten, und dieses Feld hat einen je Zelle");
+        else if (_selectedPolyline.IsEmpty())
+            status = InLanguage("no line is selected", "es ist keine Linie gewaehlt");
+        else
+            status = AK_String(InLanguage("there is no line of two points or more '",
+                                          "es gibt keine Linie aus mindestens zwei Punkten '")) +
+                     _selectedPolyline + "'";
     }
 
     AK_String PolylinesList() const { return SW_PathsOfType(*this, "Polyline"); }
@@ -167,11 +185,13 @@ protected:
     };
 
     /// The values, as they are displayed, at the ends of the selected line and where it crosses edges of the mesh.
-    /// False if it cannot be exported.
+    /// False, with a status, if it cannot be exported.
     bool GetValuesAlongLine(AK_List<PlacedValue>& out)
     {
+        if (!HasValues()) return false;
         const SW_Polyline* line = LineToExport();
-        if (!line || _values.Size() != WantedSize()) return false;
+        if (!line) TellWhyNoLine();
+        if (!line) return false;
         Field& field = static_cast<Field&>(*this);
         AK_List<SW_MeshEdgeIntersection> crossings(1);
         _mesh->GetMeshEdgeIntersectionsAlongPolyline(*line, crossings);

@@ -123,7 +123,7 @@ void SW_Simulation::Update()
 // side of the chord from the first to the last point on which the line's end lies counts.
 void SW_Simulation::EvaluateDepositionWith(const AK_String& id)
 {
-    const auto* line = dynamic_cast<const SW_Polyline*>(ObjectById(id));
+    const SW_Polyline* line = SW_FindLine(*this, id);
     if (!line || line->NumVertices() < 2 || !_mesh) {
         _execStatus = AK_String("cannot evaluate the deposition with '") + id + "'";
         return;

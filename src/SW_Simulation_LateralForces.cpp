@@ -154,15 +154,6 @@ namespace {
 
 enum class Diffusion { none, explicitly, implicitly };
 
-/// The particles by the cells of a grid over the terrain; see SW_Simulation_Step.cpp.
-struct LocationGrid {
-    AK_Vec2 origin;    // m
-    double cellSize;   // m, at least the radius of the kernel
-    int nx, ny;
-    const int* counts;   // cell -> its first entry in `sorted`
-    const int* sorted;   // particles
-};
-
 /// What diffuses to a particle from its neighbours, each a sum over them.
 struct Exchange {
     AK_Vec velocity;       // sum of weight * velocity, or of its difference
@@ -173,8 +164,10 @@ struct Exchange {
 
 struct Sph {
     const SW_SimulationPhase& phase;
-    const LocationGrid& grid;
-    double r;   // m: radius of the kernel
+    const SW_LocationGrid grid;
+    const int* counts;   // cell -> its first entry in `sorted`
+    const int* sorted;   // particles
+    double r;            // m: radius of the kernel
     double gradCoefficient, lapCoefficient;
 
     template <Diffusion diffusion>
@@ -219,15 +212,15 @@ void Sph::Visit(int i, AK_Vec2& gradient, Exchange& exchange) const
     static constexpr double closest = 0.001;   // of r: particles at one point
     const AK_Vec2 p = phase.position[i];
     const double minDistance = closest * r;
-    const int ix = SW_GridIndex((p.x - grid.origin.x) / grid.cellSize, grid.nx);
-    const int iy = SW_GridIndex((p.y - grid.origin.y) / grid.cellSize, grid.ny);
+    const int ix = grid.ColumnOf(p.x);
+    const int iy = grid.RowOf(p.y);
     const int firstColumn = std::max(ix - 1, 0);
     const int lastColumn = std::min(ix + 1, grid.nx - 1);
     const int lastRow = std::min(iy + 1, grid.ny - 1);
     for (int row = std::max(iy - 1, 0); row <= lastRow; ++row) {
-        const int end = grid.counts[row * grid.nx + lastColumn + 1];
-        for (int entry = grid.counts[row * grid.nx + firstColumn]; entry < end; ++entry) {
-            const int j = grid.sorted[entry];
+        const int end = counts[row * grid.nx + lastColumn + 1];
+        for (int entry = counts[row * grid.nx + firstColumn]; entry < end; ++entry) {
+            const int j = sorted[entry];
             const double dx = phase.position[j].x - p.x;   // m
             const double dy = phase.position[j].y - p.y;   // m
             const double d = std::max(std::sqrt(dx * dx + dy * dy), minDistance);
@@ -247,9 +240,8 @@ void Sph::Report(int i, const AK_Vec& gradient) const
 {
     const AK_Vec& p = phase.position[i];
     AK_MSG("SPH particle " << i + 1 << " at " << p.x << " " << p.y << " " << p.z << " i "
-                           << SW_GridIndex((p.x - grid.origin.x) / grid.cellSize, grid.nx) << " j "
-                           << SW_GridIndex((p.y - grid.origin.y) / grid.cellSize, grid.ny) << " grad_h " << gradient.x
-                           << " " << gradient.y << " " << gradient.z);
+                           << grid.ColumnOf(p.x) << " j " << grid.RowOf(p.y) << " grad_h " << gradient.x << " "
+                           << gradient.y << " " << gradient.z);
 }
 
 template <Diffusion diffusion>
@@ -300,8 +292,8 @@ void ComputeLateralForces(SW_Simulation* sim, int first, int end, double dt, dou
         });
         return;
     }
-    const LocationGrid grid{origin, gridSize, nx, (counts->Size() - 1) / nx, counts->Data(), sorted->Data()};
-    const Sph sph{phase, grid, r, gradCoefficient, lapCoefficient};
+    const SW_LocationGrid grid{origin, gridSize, nx, (counts->Size() - 1) / nx};
+    const Sph sph{phase, grid, counts->Data(), sorted->Data(), r, gradCoefficient, lapCoefficient};
     const bool report = verbose > 1;
     if (!(phase.variables.sphDiffusionCoefficient > 0))
         ActOnRange<Diffusion::none>(sph, first, end, report);

@@ -82,3 +82,15 @@ inline int SW_GridIndex(double position, int n)
     if (!(position >= 1)) return 0;
     return position < n ? int(position) : n - 1;
 }
+
+/// A grid of square cells over the terrain, by which particles find their neighbours. Cells of one row are adjacent.
+/// What lies outside counts to the cells at the rim.
+struct SW_LocationGrid {
+    AK_Vec2 origin;        // m
+    double cellSize = 1;   // m, at least the radius of the kernel
+    int nx = 1, ny = 1;
+
+    int ColumnOf(double x) const { return SW_GridIndex((x - origin.x) / cellSize, nx); }
+    int RowOf(double y) const { return SW_GridIndex((y - origin.y) / cellSize, ny); }
+    int CellOf(const AK_Vec& p) const { return RowOf(p.y) * nx + ColumnOf(p.x); }
+};

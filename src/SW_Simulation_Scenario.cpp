@@ -85,6 +85,12 @@ int SW_ScanNumbers(const char* text, double* numbers, int n)
     return found;
 }
 
+void SW_WarnOfArea(const AK_TextReader& reader, const char* fault)
+{
+    AK_MSG("WARNING:" << reader.Place() << ": " << fault
+                      << InLanguage(": the file is read up to there", ": die Datei wird bis dort gelesen"));
+}
+
 int SW_ReadAreaHeader(AK_TextReader& reader, double* numbers, int n, int needed)
 {
     static constexpr int maxLine = 512;
@@ -93,7 +99,10 @@ int SW_ReadAreaHeader(AK_TextReader& reader, double* numbers, int n, int needed)
     while (ReadTextLine(reader, line, maxLine)) {
         if (line.c_str()[std::strspn(line.c_str(), blanks)] == 0) continue;
         const int found = SW_ScanNumbers(line.c_str(), numbers, n);
-        return found >= needed ? found : 0;
+        if (found >= needed) return found;
+        SW_WarnOfArea(reader, InLanguage("no head of an area, which has more numbers",
+                                         "kein Kopf eines Gebiets, der mehr Zahlen hat"));
+        return 0;
     }
     return 0;
 }

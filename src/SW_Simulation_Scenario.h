@@ -46,8 +46,11 @@ void SW_SetPoints(SW_Polyline& line, const AK_String& text);
 /// Reads the numbers that a text begins with, at most n; what is not finite is none. Returns how many there are.
 int SW_ScanNumbers(const char* text, double* numbers, int n);
 
+/// Tells of what ends the reading of a release or resistance file.
+void SW_WarnOfArea(const AK_TextReader& reader, const char* fault);
 /// Reads the line before the vertices in a release or resistance file, empty lines before it passed over: at most n
-/// numbers. Returns how many there are, 0 at the end of the file and if there are fewer than `needed`.
+/// numbers. Returns how many there are, 0 at the end of the file and, with a warning, if there are fewer than
+/// `needed`.
 int SW_ReadAreaHeader(AK_TextReader& reader, double* numbers, int n, int needed);
 
 /// Values that a file gives a line beside its points: the extended data of a DXF file, or annotations.

@@ -118,22 +118,12 @@ struct Kernel {
     }
 };
 
-/// The particles by the cells of a grid over the terrain: those of cell c are sorted[counts[c]] to before
-/// sorted[counts[c + 1]]. Cells of one row are adjacent.
-struct LocationGrid {
-    AK_Vec2 origin;        // m
-    double cellSize = 1;   // m
-    int nx = 1, ny = 1;
+/// The particles by the cells of the grid: those of cell c are sorted[counts[c]] to before sorted[counts[c + 1]].
+struct LocationGrid : SW_LocationGrid {
     AK_List<int> counts{1}, sorted{1};
 
     void Cover(const SW_Mesh& mesh, double radius);
     void Sort(const AK_List<AK_Vec>& positions);
-
-private:
-    int CellOf(const AK_Vec& p) const
-    {
-        return SW_GridIndex((p.y - origin.y) / cellSize, ny) * nx + SW_GridIndex((p.x - origin.x) / cellSize, nx);
-    }
 };
 
 }   // namespace

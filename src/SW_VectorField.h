@@ -4,7 +4,7 @@
 
 #include "SW_ScalarField_Shared.h"
 
-class SW_VectorField : public SW_FieldOf<SW_VectorField, AK_Vec, AK_Vec> {
+class SW_VectorField : public SW_FieldOf<SW_VectorField, AK_Vec> {
 public:
     static constexpr const char* className = "SW_VectorField";
     static constexpr const char* recordTag = "SW_VectorField:v0";

@@ -21,13 +21,21 @@ void SW_VectorField::ExportValuesAlongPolyline(const AK_String& path)
 
 void SW_VectorField::ExportValues(const AK_String& path)
 {
-    if (!_mesh || _values.Size() != WantedSize()) return;
+    if (!HasValues()) return;
     AK_MSG("writing values to file '" << path << "'");
     Convert();
+    int rows = 0;
     const bool written = AK_WriteFile(path, [&](std::FILE* file) {
-        for (int i = 0; i < _values.Size(); ++i)
-            if (Length(_values[i]) >= double(_minDisplayedValue)) SW_WriteRow(file, Location(i), _values[i]);
+        for (int i = 0; i < _values.Size(); ++i) {
+            if (!(Length(_values[i]) >= double(_minDisplayedValue))) continue;
+            SW_WriteRow(file, Location(i), _values[i]);
+            ++rows;
+        }
     });
     Reconvert();
     ReportTable(written, "values", path);
+    if (rows == 0)
+        AK_MSG("WARNING:" << InLanguage("no vector is as long as a displayed one: the table is empty: ",
+                                        "kein Vektor ist so lang wie ein angezeigter: die Tabelle ist leer: ")
+                          << path);
 }

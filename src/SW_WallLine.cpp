@@ -70,6 +70,7 @@ std::span<const AK_Row> SW_WallLine::Rows()
         {"ProjectOnto",               command<[](S& wall, Text mesh) {
                                           wall.ProjectOnto(mesh);
                                           wall.UpdateTangentsAndNormals();
+                                          wall.WarnOfPointsOutside();
                                       }>},
     };
     // clang-format on
@@ -199,6 +200,18 @@ AK_Vec SW_WallLine::Foot(int i, const SW_Mesh& mesh, int cell) const
     if (!IsCoordinate(foot.x) || !IsCoordinate(foot.y) || !IsCoordinate(foot.z)) return vertex;
     mesh.Project(foot, -1);
     return foot;
+}
+
+void SW_WallLine::WarnOfPointsOutside() const
+{
+    const SW_Mesh* mesh = BaseMesh();
+    const auto isOutside = [mesh](const AK_Vec& p) { return mesh->CellContainingPoint(p, -1) < 0; };
+    const auto outside = mesh ? std::count_if(Points().begin(), Points().end(), isOutside) : 0;
+    if (outside > 0)
+        AK_MSG("WARNING:" << IdAbs() << ": " << outside << InLanguage(" of ", " von ") << NumVertices()
+                          << InLanguage(" points of the wall lie outside the terrain ",
+                                        " Punkten der Wand liegen ausserhalb des Gelaendes ")
+                          << mesh->IdAbs());
 }
 
 void SW_WallLine::WarnOfNoNumbers() const

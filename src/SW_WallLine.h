@@ -53,6 +53,7 @@ private:
     void SetSlopeAngleAtCurrentVertex(const AK_String& text);
     void UpdateTangents();
     void WarnOfNoNumbers() const;
+    void WarnOfPointsOutside() const;
     AK_Vec Foot(int i, const SW_Mesh& mesh, int cell) const;
 
     AK_List<double> _heights{1};   // m, absolute; taken in turn by the vertices when there are fewer

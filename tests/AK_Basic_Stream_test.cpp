@@ -281,6 +281,28 @@ TEST(AK_TextReader, JoinsLinesAcrossItsBuffer)
     EXPECT_EQ(line.Length(), 40959);
 }
 
+TEST(AK_TextReader, CountsLinesAndPassesOverAByteOrderMark)
+{
+    TemporaryDirectory directory;
+    const AK_String name = directory / "text";
+    CaughtMessages messages;
+    WriteFile(name, "\xEF\xBB\xBFone\ntwo\nthree");
+    AK_TextReader reader(name);
+    EXPECT_TRUE(messages.Texts().empty()) << "a file that is only tried";
+    AK_String line;
+    EXPECT_EQ(reader.ReadByte(), 'o');
+    EXPECT_EQ(reader.Line(), 1);
+    for (const auto& [text, number] : {std::pair{"ne\n", 1}, {"two\n", 2}, {"three", 3}}) {
+        ASSERT_TRUE(reader.ReadLine(line, 100));
+        EXPECT_EQ(line, text);
+        EXPECT_EQ(reader.Line(), number);
+    }
+    EXPECT_FALSE(reader.ReadLine(line, 100));
+    EXPECT_EQ(reader.Place(), name + ", line 3");
+    EXPECT_EQ(messages.Texts(),
+              std::vector<std::string>{("WARNING:" + name + ", line 1: a byte-order mark is passed over").c_str()});
+}
+
 TEST(AK_TextReader, HasNoLinesInWhatIsNoFile)
 {
     TemporaryDirectory directory;

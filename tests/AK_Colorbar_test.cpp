@@ -137,6 +137,23 @@ TEST_F(AK_ColorbarTest, RemembersTheRangeOfAUnit)
     Set(other, "Autoscale", "0");
     other.Update();
     EXPECT_EQ(Get(other, "Min") + " " + Get(other, "Max"), "0.1 4");
+    Set(other, "Max", "9");
+    bar.Update();
+    EXPECT_EQ(Get(bar, "Min") + " " + Get(bar, "Max"), "0.1 4") << "the range that was fixed here";
+    for (const char* none : {"", "abc", "nan", "-inf", "1e999"}) {
+        bar.Set("Max", none);
+        EXPECT_FALSE(AK_Object::_execStatus.IsEmpty()) << none;
+        EXPECT_EQ(Get(bar, "Max"), "4") << none;
+    }
+    Apply("Autoscale=1");
+    bar.FollowData("-1", "nan");
+    EXPECT_EQ(Get(bar, "Min") + " " + Get(bar, "Max"), "0.1 4") << "data that are no numbers have no range";
+    bar.FollowData("-1", "3");
+    EXPECT_EQ(Get(bar, "Min") + " " + Get(bar, "Max"), "-1 3");
+    Apply("Autoscale=0");
+    bar.Update();
+    EXPECT_EQ(Get(bar, "Min") + " " + Get(bar, "Max"), "0.1 9") << "what was chosen last for the unit";
+    Apply("Min=0.1;Max=4");
 
     AK_Colorbar::_classVariables[1] = "scaling.m=0.2 many";
     EXPECT_EQ(AK_Colorbar::GetUnitScaling("m", min, max), 0);

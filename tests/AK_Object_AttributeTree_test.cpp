@@ -91,6 +91,12 @@ TEST_F(AK_AttributeTest, LinesBecomeNodesByTheirIndentation)
     EXPECT_EQ(FromFile("obj.A\r\n\tdoc:1\\\r\n\t\t2\r\n\tb\r\n"), (Lines{"0 obj.A", "1 doc=1\\\n2", "1 b"}))
         << "line ends of another system";
     EXPECT_EQ(FromFile("\tb\nobj.A\n"), (Lines{"0 obj.A"})) << "what comes before the root";
+    Messages();
+    FromFile("obj.A\n\tb\n\n \n");
+    EXPECT_EQ(Messages(), Lines{}) << "blank lines at the end";
+    FromFile("obj.A\n\tb\n\n\tc\n");
+    EXPECT_EQ(Messages(), Lines{"WARNING:Read.atr, line 3: the description ends here, at a line without indentation: "
+                                "what follows is not read"});
 }
 
 TEST_F(AK_AttributeTest, WhatCannotBeReadIsToldWithItsPath)

@@ -70,7 +70,8 @@ std::vector<std::string> Read(const SW_InitialConditions& areas)
 TEST_F(SW_InitialConditionTest, ReleaseFilesAreReadAsFarAsTheyAreSound)
 {
     const std::string good = "1.5 200 1\n3\n0 0\n0 10\n10 10\n";
-    const std::string notComplete = "WARNING:the last area of a release file is not complete and is left out";
+    const std::string file = (directory / "a.rel").c_str(), warning = "WARNING:" + file + ", line ";
+    const std::string noHead = "no head of an area", incomplete = "the area is not complete and is left out";
     const struct {
         const char* why;
         std::string bytes;
@@ -82,17 +83,24 @@ TEST_F(SW_InitialConditionTest, ReleaseFilesAreReadAsFarAsTheyAreSound)
          {"a_0001: 1.5 200 3", "a_0002: 0.75 125 3"},
          ""},
         {"Windows line ends", "1.5 200 1\r\n1\r\n5 6\r\n", {"a_0001: 1.5 200 1"}, ""},
-        {"a line of other content ends it", good + "end\n" + good, {"a_0001: 1.5 200 3"}, ""},
-        {"so does one number alone", good + "1.5\n3\n0 0 0 1 1 1\n", {"a_0001: 1.5 200 3"}, ""},
-        {"and what is no finite number", good + "inf 200\n1\n0 0\n", {"a_0001: 1.5 200 3"}, ""},
+        {"a line of other content ends it", good + "end\n" + good, {"a_0001: 1.5 200 3"}, warning + "6: " + noHead},
+        {"so does one number alone", good + "1.5\n3\n0 0 0 1 1 1\n", {"a_0001: 1.5 200 3"}, warning + "6: " + noHead},
+        {"and what is no finite number", good + "inf 200\n1\n0 0\n", {"a_0001: 1.5 200 3"}, warning + "6: " + noHead},
         {"an area without points", "1 1\n0\n" + good, {"a_0002: 1.5 200 3"}, ""},
         {"negative amounts", "-1 -200\n1\n0 0\n", {"a_0001: 0 0 1"}, ""},
-        {"cut within the points", good + good.substr(0, good.size() - 6), {"a_0001: 1.5 200 3"}, notComplete},
-        {"a count that promises too much", "1 1\n2000000000\n0 0\n", {}, notComplete},
-        {"a negative count", "1 1\n-3\n0 0\n", {}, notComplete},
-        {"a coordinate that is none", "1 1\n1\n0 1e300\n", {}, notComplete},
+        {"cut within the points",
+         good + good.substr(0, good.size() - 6),
+         {"a_0001: 1.5 200 3"},
+         warning + "9: " + incomplete},
+        {"a count that promises too much", "1 1\n2000000000\n0 0\n", {}, warning + "3: " + incomplete},
+        {"a negative count", "1 1\n-3\n0 0\n", {}, warning + "2: " + incomplete},
+        {"a coordinate that is none", "1 1\n1\n0 1e300\n", {}, warning + "3: " + incomplete},
         {"nothing", "", {}, "WARNING:no area found in '"},
         {"bytes", std::string("\0\xff\x80 1\n", 6), {}, "WARNING:no area found in '"},
+        {"a byte-order mark",
+         "\xEF\xBB\xBF" + good,
+         {"a_0001: 1.5 200 3"},
+         warning + "1: a byte-order mark is passed over"},
     };
     for (const auto& c : cases) {
         areas->DeleteAll();

@@ -101,6 +101,9 @@ TEST_F(SW_Mesh_Contour, TerrainWithoutALevelHasNoLinesAndAnAbsurdStepIsRefused)
     const std::string text = FileBytes(directory / "some.nxyz");
     EXPECT_EQ(text.rfind("iso=5", 0), 0u) << text;
     EXPECT_EQ(text.substr(text.size() - 3), "-1\n");
+    mesh->Set("ContourLinesMinorStep", "0.5");
+    mesh->Set("ExportContourLines", directory / "some.nxyz");
+    EXPECT_NE(FileBytes(directory / "some.nxyz").find("iso=5.5\n"), std::string::npos) << "anew with another step";
 }
 
 TEST_F(SW_Mesh_Contour, AgreesInLengthWithGdalOnRealTerrain)

@@ -140,3 +140,49 @@ TEST_F(SW_Mesh_Draw, EveryKindOfDecorationDrawsWithoutAPicture)
     mesh->Set("Visibility", "0");
     mesh->Update();
 }
+
+// A table of drawing calls that keeps lists, as a window has it: what was called since the last time, in letters.
+static std::string listCalls;
+static unsigned lastList = 0;
+static bool vertexDrawn = false;
+
+TEST_F(SW_Mesh_Draw, WhatHasNotChangedIsDrawnFromItsList)
+{
+    AK_SetSoglContext();
+    aglGenLists = [](int) { return ++lastList; };
+    aglNewList = [](unsigned list, unsigned) { listCalls += "new" + std::to_string(list) + " "; };
+    aglEndList = [] { listCalls += "end "; };
+    aglCallList = [](unsigned list) { listCalls += "call" + std::to_string(list) + " "; };
+    aglDeleteLists = [](unsigned list, int) { listCalls += "delete" + std::to_string(list) + " "; };
+    aglVertex3f = [](float, float, float) { vertexDrawn = true; };
+    auto mesh = CartesianMesh(4, 4, 10, [](double x, double y) { return x + y; });
+    const auto calls = [&] {
+        listCalls.clear();
+        vertexDrawn = false;
+        mesh->Update();
+        return listCalls + (vertexDrawn ? "drawn" : "");
+    };
+    EXPECT_EQ(calls(), "new1 end drawn");
+    EXPECT_EQ(calls(), "call1 ");
+    mesh->Set("ShadeIncl", "1");
+    EXPECT_EQ(calls(), "delete1 new2 end drawn");
+    mesh->Set("Smooth", "");
+    EXPECT_EQ(calls(), "new3 end drawn") << "deleted when the surface changed";
+    EXPECT_EQ(calls(), "call3 ");
+    mesh->Set("CloneTrafos", "cp 2\ntrans 1 0 0");
+    EXPECT_EQ(calls(), "delete3 new4 end call4 call4 drawn") << "copies are drawn from the list of the first";
+    AK_Object::_viewerBgCol[0] = 0.5f;
+    EXPECT_EQ(calls(), "delete4 new5 end call5 call5 drawn") << "lines stand out from the background";
+    AK_Object::_viewerBgCol[0] = 1;
+    mesh->Set("CloneTrafos", "");
+    mesh->Set("EnabledDisplayLists", "0");
+    EXPECT_EQ(calls(), "delete5 drawn");
+    EXPECT_EQ(calls(), "drawn");
+    mesh->Set("EnabledDisplayLists", "1");
+    EXPECT_EQ(calls(), "new6 end drawn");
+    listCalls.clear();
+    mesh.reset();
+    EXPECT_EQ(listCalls, "delete6 ");
+    AK_SetSoglContext();
+    lastList = 0;
+}

@@ -2,7 +2,7 @@
 
 #include "SW_Mesh_Container.h"
 #include "SW_Mesh_TestSupport.h"
-#include "SW_Polyline.h"
+#include "SW_Polygon.h"
 
 #include <algorithm>
 #include <set>
@@ -338,6 +338,23 @@ TEST_F(SW_Mesh_Irregular, CommandsTakeLinesFromFilesAndFromTheProject)
     mesh.Set("InsertBreakLines", File("lines.nxyz", "2\n2 13 5\n28 13 5\n"));
     EXPECT_NEAR(LengthOfSegments(mesh), std::hypot(26, 0.5) + 26, 1e-9);
     EXPECT_STREQ(AK_Object::_execStatus.c_str(), "");
+
+    const auto& told = messages.Texts();
+    const auto timesTold = [&](const AK_String& text) {
+        return std::count_if(told.begin(), told.end(),
+                             [&](const std::string& m) { return m.find(text.c_str()) != std::string::npos; });
+    };
+    const AK_String warning = ": the side that closes the ring becomes no break line";
+    EXPECT_EQ(timesTold(warning), 0);
+    const AK_String rings = File("ring.nxyz", "3\n2 2 5\n9 2 5\n9 9 5\n4\n12 2 5\n19 2 5\n19 9 5\n12 2 5\n");
+    mesh.Set("InsertBreakLines", rings);
+    EXPECT_EQ(timesTold(warning), 1);
+    EXPECT_EQ(timesTold(AK_String("WARNING:") + rings + ", line 9" + warning), 1);
+    auto* area = new SW_Polygon("area", nullptr);
+    area->SetLine(Line({{21, 21, 5}, {28, 21, 5}, {28, 28, 5}}));
+    meshes.AddComponent(area);
+    mesh.Set("InsertBreakLine", "../area");
+    EXPECT_EQ(timesTold(warning), 2);
 }
 
 // Contour lines of the Serles every 20 m, back as break lines, against the raster they were drawn from. On a line the

@@ -37,6 +37,14 @@ std::string Header(int ncols, int nrows,
     return "ncols " + std::to_string(ncols) + "\nnrows " + std::to_string(nrows) + "\n" + rest;
 }
 
+std::string RecordOf(const SW_Mesh& mesh, const AK_String& file)
+{
+    AK_Stream stream(file, "wb");
+    EXPECT_EQ(mesh.SaveData(stream), 0);
+    stream.Close();
+    return FileBytes(file);
+}
+
 }   // namespace
 
 TEST_F(SW_Mesh_Raster, PutsAVertexAtTheCentreOfEachCellFromTheTopRowDown)
@@ -201,6 +209,66 @@ TEST_F(SW_Mesh_Raster, TilesOnOneLatticeBecomeOneMesh)
     EXPECT_STREQ(meshes.Get("Tiles").c_str(), "");
 }
 
+TEST_F(SW_Mesh_Raster, AnImportThatFailsLeavesTheSurfaceAndSaysSo)
+{
+    File("r.prj", "here");
+    const auto mesh = Imported(Header(3, 2) + "1 2 3\n4 5 6\n");
+    const std::string former = RecordOf(*mesh, directory / "former");
+    const struct {
+        const char* file;
+        std::string text;
+    } cases[] = {{"a.asc", "hello"},
+                 {"a.asc", Header(3, 2) + "1 2 3 4"},
+                 {"a.asc", Header(2, 2) + "-9 -9 -9 -9"},
+                 {"a.foo", "1 2 3"},
+                 {"a.xyz", ""},
+                 {"a.xyz", "1 1 1\n2 2 2\n3 3 3\n"},
+                 {"a.nxyz", "2\n1 1 1\n"},
+                 {"a.dxf", "  0\nSECTION\n  0\nEOF\n"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file + (" " + c.text));
+        File("a.prj", "elsewhere");
+        const AK_String file = File(c.file, c.text);
+        for (const AK_String& path : {file, AK_String("/nonexistent/") + c.file}) {
+            mesh->Set("Import", path);
+            EXPECT_FALSE(AK_Object::_execStatus.IsEmpty()) << path;
+            EXPECT_TRUE(RecordOf(*mesh, directory / "record") == former) << path;
+            EXPECT_STREQ((mesh->Get("Dx") + " " + mesh->Get("Xor")).c_str(), "10 120 210");
+            EXPECT_STREQ(mesh->Get("Projection").c_str(), "here");
+        }
+        SW_Meshes meshes("DHMs", nullptr);
+        meshes.Set("Import", file);
+        EXPECT_FALSE(AK_Object::_execStatus.IsEmpty()) << "a macro stops";
+    }
+}
+
+TEST_F(SW_Mesh_Raster, BrokenTilesAreToldAndTheOthersLoad)
+{
+    const AK_String good = File("good.asc", Header(2, 2) + "1 2\n3 4\n");
+    const struct {
+        std::string text;
+        const char* warning;
+    } cases[] = {
+        {"ncols 2\nnrows two\n", ", line 2: 'nrows' stands where"},
+        {Header(2, 2) + "1 2\n", ", line 6: is too short for its heights"},
+        {Header(2, 2) + "1 x\n3 4 5\n", ", line 7: its heights end there: 2 instead of 4"},
+    };
+    for (const auto& c : cases) {
+        const auto mesh = NewMesh();
+        Messages();
+        const AK_String bad = File("bad.asc", c.text);
+        mesh->LoadTiles(good + ak_sep + bad + ak_sep + "/nonexistent.asc");
+        EXPECT_EQ(mesh->NumCells(), 1);
+        std::vector<std::string> warnings = messages.Texts();
+        std::erase_if(warnings, [](const std::string& m) { return m.rfind("WARNING:tile ", 0) != 0; });
+        EXPECT_EQ(warnings.size(), 2u) << c.warning;
+        EXPECT_EQ(std::count_if(warnings.begin(), warnings.end(),
+                                [&](const std::string& m) { return m.find(c.warning) != std::string::npos; }),
+                  1)
+            << c.warning;
+    }
+}
+
 TEST_F(SW_Mesh_Raster, TilesThatDoNotFitTogetherAreNotLoaded)
 {
     const AK_String first = File("first.asc", Header(2, 2) + "1 2 3 4\n");
@@ -229,14 +297,6 @@ TEST_F(SW_Mesh_Raster, TilesThatDoNotFitTogetherAreNotLoaded)
 // ----------------------------------------------------------------------------------------------------------------
 // Records and exports
 // ----------------------------------------------------------------------------------------------------------------
-
-static std::string RecordOf(const SW_Mesh& mesh, const AK_String& file)
-{
-    AK_Stream stream(file, "wb");
-    EXPECT_EQ(mesh.SaveData(stream), 0);
-    stream.Close();
-    return FileBytes(file);
-}
 
 static int Load(SW_Mesh& mesh, const AK_String& file, const std::string& bytes)
 {
@@ -338,4 +398,15 @@ TEST_F(SW_Mesh_Raster, ACoordinateSystemTravelsWithTheRaster)
     mesh->Export(directory / "out.asc");
     EXPECT_EQ(FileBytes(directory / "out.prj"), "PROJCS[\"somewhere\"]\n");
     EXPECT_STREQ(mesh->Get("Projection").c_str(), "PROJCS[\"somewhere\"]\n");
+
+    SW_Meshes meshes("DHMs", nullptr);
+    meshes.Set("AutoCreateSimulationMesh", "1");
+    meshes.Set("SimulationDefaultCellSize", "4");
+    meshes.Set("Import", directory / "r.asc");
+    meshes.Set("TileSelect", directory / "r.asc");
+    meshes.Set("TilesLoad", "");
+    for (const char* id : {"r", "r_simulation", "combined", "combined_simulation"}) {
+        ASSERT_TRUE(meshes.Component(id)) << id;
+        EXPECT_STREQ(meshes.Component(id)->Get("Projection").c_str(), "PROJCS[\"somewhere\"]\n") << id;
+    }
 }

@@ -2,6 +2,8 @@
 
 #include "SW_Polyline_TestSupport.h"
 
+#include <ctime>
+
 namespace {
 
 class SW_LineContainerTest : public LineTest {
@@ -177,4 +179,20 @@ TEST_F(SW_LineContainerTest, LinesForMeshesComeWithoutObjects)
     EXPECT_EQ(lines[0].Name(), "a");
     EXPECT_FALSE(SW_Polylines::LoadDxfFile(directory / "none.dxf", lines));
     EXPECT_EQ(AK_Object::_execStatus, "cannot open dxf file " + (directory / "none.dxf"));
+}
+
+TEST_F(SW_LineContainerTest, ManyLinesAreListedInTimeThatGrowsWithTheirNumber)
+{
+    constexpr int number = 32000;
+    std::string file;
+    for (int i = 0; i < number; ++i) file += "name=line_" + std::to_string(i) + "\n2\n0 0 0\n1 1 1\n";
+    EXPECT_EQ(SetOn(*polylines, "Import", File("many.nxyz", file)), "");
+    ASSERT_EQ(polylines->NumComponents(), number);
+    AK_Object* last = polylines->ComponentAt(number - 1);
+    const std::clock_t start = std::clock();
+    const AK_String list = last->Get("PolylinesList");
+    const double seconds = double(std::clock() - start) / CLOCKS_PER_SEC;   // several if each entry copies all before
+    EXPECT_LT(seconds, 0.5);
+    EXPECT_TRUE(list.StartsWith("../line_0%AK_SEP%../line_1%AK_SEP%"));
+    EXPECT_TRUE(list.EndsWith("../line_31998%AK_SEP%"));
 }

@@ -102,13 +102,16 @@ TEST_F(SW_Polyline_Points, ReadsXyAndXyz)
 TEST_F(SW_Polyline_Points, WritesXyAndXyz)
 {
     AK_Polyline line;
-    line.annotations = "name=alp;a remark;d0=1";   // what has no "=" could be taken for a point
+    line.annotations = "name=alp;a remark;7,8;d0=1";
     line._x = Points("1 2 3;-0.5 2600000.123 1e7");
     EXPECT_EQ(line.WriteXy(directory / "a.xy"), 0);
-    EXPECT_EQ(FileBytes(directory / "a.xy"), "name=alp\nd0=1\n1.000000 2.000000\n-0.500000 2600000.123000\n");
+    EXPECT_EQ(FileBytes(directory / "a.xy"),
+              "name=alp\na remark\n7,8\nd0=1\n1.000000 2.000000\n-0.500000 2600000.123000\n");
+    EXPECT_EQ(Messages(), Lines{"WARNING:the annotation '7,8' reads back as a point: give it a key, 'key=7,8'"});
     EXPECT_EQ(line.WriteXyz(directory / "a.xyz"), 0);
+    EXPECT_EQ(Messages(), Lines{}) << "two numbers are no point of this file";
     EXPECT_EQ(FileBytes(directory / "a.xyz"),
-              "name=alp\nd0=1\n1.000000 2.000000 3.000000\n-0.500000 2600000.123000 10000000.000000\n");
+              "name=alp\na remark\n7,8\nd0=1\n1.000000 2.000000 3.000000\n-0.500000 2600000.123000 10000000.000000\n");
     EXPECT_EQ(line.WriteXy(directory / "no/such/directory.xy"), 1);
 }
 
@@ -149,26 +152,35 @@ TEST_F(SW_Polyline_Points, ReadsNxyz)
 TEST_F(SW_Polyline_Points, KeepsThePointsBeforeAFault)
 {
     AK_Polyline line;
-    AK_TextReader nxyz(File("3\n1 2 3\n4 5 6\n7 8"));
+    const AK_String file = File("3\n1 2 3\n4 5 6\n7 8");
+    AK_TextReader nxyz(file);
     EXPECT_EQ(line.ReadFromNxyz(nxyz), 0);
     EXPECT_EQ(Text(line._x), "1 2 3;4 5 6");
-    EXPECT_EQ(Messages(), Lines{"WARNING:a line that should have 3 points ends after 2: the rest of the file is not "
-                                "read"});
+    EXPECT_EQ(Messages(), Lines{("WARNING:" + file).c_str() +
+                                std::string(", line 4: a line that should have 3 points ends after 2: the rest of the "
+                                            "file is not read")});
 }
 
 TEST_F(SW_Polyline_Points, WritesNxyzThatReadsBack)
 {
     AK_Polyline line;
-    line.annotations = "name=alp;12;k=v";
+    line.annotations = "name=alp;a remark;k=v";
     line._x = Points("1.5 2600000.127 3;-1e-7 2 1234567890.5");
     std::ostringstream out;
     out.precision(4);
     line.WriteToNxyz(out, 9);
-    EXPECT_EQ(out.str(), "name=alp\nk=v\n2\n1.5 2600000.13 3\n-1e-07 2 1.23456789e+09\n");
+    EXPECT_EQ(out.str(), "name=alp\na remark\nk=v\n2\n1.5 2600000.13 3\n-1e-07 2 1.23456789e+09\n");
     EXPECT_EQ(out.precision(), 4);
+    EXPECT_EQ(Messages(), Lines{});
     EXPECT_EQ(
         AllNxyz(File(out.str() + out.str())),
         "|name=alp;k=v;: 1.5 2600000.13 3;-1e-07 2 1234567890|name=alp;k=v;: 1.5 2600000.13 3;-1e-07 2 1234567890");
+    line.annotations = "12 stones";
+    out.str("");
+    line.WriteToNxyz(out, 9);
+    EXPECT_EQ(out.str().substr(0, 12), "12 stones\n2\n");
+    EXPECT_EQ(Messages(), Lines{"WARNING:the annotation '12 stones' reads back as the number of points: give it a key, "
+                                "'key=12 stones'"});
 }
 
 TEST_F(SW_Polyline_Points, ReadsAno)

@@ -80,8 +80,8 @@ TEST_F(SW_PolylineSetTest, LinesAreAddedUnderNewNames)
     AddLine("line", "1 2 3");
     EXPECT_EQ(SetOn(set, "Add", "../line"), "");
     SetOn(set, "DeSelect", "all");
-    EXPECT_EQ(SetOn(set, "Add", "../line"), "");
-    EXPECT_EQ(SetOn(set, "Add", "../line"), "");
+    EXPECT_EQ(SetOn(set, "Add", "Project/Polylines/line"), "");
+    EXPECT_EQ(SetOn(set, "Add", "line"), "");
     EXPECT_EQ(LinesOf(set), (Lines{"line: 1 2 3", "linex: 1 2 3", "linexx: 1 2 3"}));
     EXPECT_EQ(Selected(), "linex%AK_SEP%linexx%AK_SEP%");
     EXPECT_EQ(SetOn(set, "Add", "../nothing"), "there is no line '../nothing'");

@@ -148,6 +148,17 @@ TEST_F(SW_PolylineTest, ProjectionGivesHeightsAndRemembersTheMesh)
     SW_Polyline* line = AddLine("line", "10 10 7;200 10 7;30 10 7");
     EXPECT_EQ(SetOn(*line, "ProjectOnto", "../../DHMs/none"), "");
     EXPECT_EQ(line->Get("BaseMeshName"), "");
+    SW_Mesh* empty = meshes->CreateMesh("empty");
+    Messages();
+    for (AK_Object* object : {(AK_Object*)line, (AK_Object*)meshes->Component("alp"), (AK_Object*)polylines}) {
+        EXPECT_EQ(SetOn(*object, "ProjectOnto", empty->IdAbs(object)), "");
+        EXPECT_EQ(Messages(), (Lines{("WARNING:" + object->IdAbs()).c_str() +
+                                     std::string(" is not projected: there is no surface in mesh ") +
+                                     "Viewer/Project/DHMs/empty"}));
+    }
+    EXPECT_EQ(static_cast<SW_Mesh*>(meshes->Component("alp"))->NumCells(), 100) << "an empty mesh changes nothing";
+    EXPECT_EQ(line->Get("BaseMeshName"), "");
+    meshes->Set("DeleteComponent", "empty");
     EXPECT_EQ(SetOn(*line, "ProjectOnto", "../../DHMs/alp"), "");
     EXPECT_EQ(Text(line->Points()), "10 10 5;200 10 7;30 10 15") << "outside the height stays";
     EXPECT_EQ(line->Get("BaseMeshName"), "../../DHMs/alp");

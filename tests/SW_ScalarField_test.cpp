@@ -191,6 +191,16 @@ TEST_F(SW_Fields, LinesGoOutAsDxfOnALayerOfAttributeAndUnit)
     }
     const std::string nxyz = Exported("ExportContourLines", "lines.nxyz");
     EXPECT_NE(nxyz.find("unit=m"), std::string::npos) << nxyz.substr(0, 300);
+
+    field->SetLabel("sim velocity [m/s]");
+    EXPECT_NE(Exported("ExportContourLines", "lines.nxyz").find("unit=m/s\nres=v\n"), std::string::npos);
+    for (const auto& [attr, value] : {std::pair{"Autoscale", "0"}, {"ArbitrarySteps", "1"}, {"StepValues", "3.1 3.2"}})
+        field->Colorbar()->Set(attr, value);
+    EXPECT_NE(Exported("ExportContourLines", "lines.nxyz").find("iso=3.2\n"), std::string::npos);
+    field->Colorbar()->Set("StepValues", "3.1 3.3");   // as many
+    const std::string anew = Exported("ExportContourLines", "lines.nxyz");
+    EXPECT_NE(anew.find("iso=3.3\n"), std::string::npos);
+    EXPECT_EQ(anew.find("iso=3.2\n"), std::string::npos);
 }
 
 TEST_F(SW_Fields, ValuesAlongALineFollowTheEdgesItCrosses)
@@ -215,6 +225,57 @@ TEST_F(SW_Fields, ValuesAlongALineFollowTheEdgesItCrosses)
     for (double x, y, z, value; in >> x >> y >> z >> value; ++rows) EXPECT_NEAR(value, Value({x, y, z}), 1e-4);
     EXPECT_EQ(rows, 11);
     owned->SetMesh(nullptr);
+}
+
+TEST_F(SW_Fields, AnExportThatWritesNothingSaysWhy)
+{
+    AK_Object root("root", nullptr);
+    root.AddComponent(new SW_Polyline("point", nullptr));
+    root.Component("point")->Set("AppendPoint", "1001 2002 0");
+    auto* depth = field.get();
+    root.AddComponent(field.release());
+    const AK_String file = directory / "none";
+    const auto why = [&](AK_Object& object, const char* command) {
+        object.Set(command, file);
+        EXPECT_FALSE(AK_System::FileExists(file)) << command;
+        return std::string(AK_Object::_execStatus.c_str());
+    };
+    EXPECT_EQ(why(*depth, "ExportValuesAlongPolyline"), "no line is selected");
+    for (const char* line : {"../point", "../nobody"}) {
+        depth->Set("SelectedPolyline", line);
+        EXPECT_EQ(why(*depth, "ExportValuesAlongPolyline"),
+                  std::string("there is no line of two points or more '") + line + "'");
+    }
+    depth->Set("ExportRasterSize", "5000");
+    EXPECT_NE(why(*depth, "ExportFieldRasterAscii").find("'ExportRasterSize' is larger than the mesh"),
+              std::string::npos);
+    SW_ScalarField perCell("cells", nullptr);
+    perCell.SetMesh(mesh.get());
+    EXPECT_EQ(why(perCell, "ExportFieldRasterAscii"), "a raster is made from values on vertices only");
+    EXPECT_NE(why(perCell, "ExportValuesAlongPolyline").find("values along a line are those on vertices"),
+              std::string::npos);
+    const SW_Mesh empty("empty", nullptr);
+    SW_VectorField velocity("velocity", nullptr);
+    for (const auto& [on, reason] : {std::pair{(const SW_Mesh*)nullptr, "the field has no values yet: run or load the "
+                                                                        "simulation, or update the view, first"},
+                                     {&empty, "the mesh of the field is empty"}}) {
+        depth->SetMesh(on);
+        velocity.SetMesh(on);
+        for (const char* command : {"ExportFieldRasterAscii", "ExportValuesAlongPolyline"})
+            EXPECT_EQ(why(*depth, command), reason) << command;
+        for (const char* command : {"ExportValues", "ExportValuesAlongPolyline"})
+            EXPECT_EQ(why(velocity, command), reason) << command;
+        depth->Set("ExportContourLines", directory / "no.dxf");
+        EXPECT_STREQ(AK_Object::_execStatus.c_str(), reason);
+    }
+    SW_Mesh surface("surface", nullptr);
+    EXPECT_NE(why(surface, "ExportContourLines").find("the mesh is empty"), std::string::npos);
+    for (const auto& [name, reason] :
+         {std::pair{"m.asc", "the mesh is empty"}, {"m.xyz", "the mesh is empty"}, {"m.dat", "unknown extension"}}) {
+        surface.Set("Export", directory / name);
+        EXPECT_NE(std::string(AK_Object::_execStatus.c_str()).find(reason), std::string::npos) << name;
+        EXPECT_FALSE(AK_System::FileExists(directory / name));
+    }
 }
 
 TEST_F(SW_Fields, VectorsHaveLengthsTablesAndAMagnitude)

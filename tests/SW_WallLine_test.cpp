@@ -81,6 +81,17 @@ TEST_F(SW_WallLineTest, HeightsAndSlopesAreListsThatVerticesTakeInTurn)
     EXPECT_EQ(SetOn(stray, "SetHeightOverGround", "5"), "the wall lies on no terrain: project it first");
 }
 
+TEST_F(SW_WallLineTest, AWallThatLeavesTheTerrainIsTold)
+{
+    OnMesh(10, 10, 10, Flat);
+    const auto warning = [this](const SW_WallLine& wall) {
+        return Said(("WARNING:" + wall.IdAbs() + ": 1 of 3 points of the wall lie outside the terrain ").c_str());
+    };
+    Messages();
+    EXPECT_FALSE(warning(Wall("50 20%AK_SEP%50 50%AK_SEP%50 80", "1010", "")));
+    EXPECT_TRUE(warning(Wall("50 20%AK_SEP%50 80%AK_SEP%50 180", "1010", "")));
+}
+
 TEST_F(SW_WallLineTest, SurveyedLinesBringTheirCrowns)
 {
     OnMesh(10, 10, 10, Flat);
