@@ -1,0 +1,130 @@
+// The object tree of a subcommand.
+
+#include "KORVO.h"
+
+#include "AK_Basic_NewFile.h"
+#include "SW_Workspace.h"
+#include "qvt_sci.h"
+
+#include <cstdlib>
+#include <cstring>
+
+// ----------------------------------------------------------------------------------------------------------------
+// The root
+// ----------------------------------------------------------------------------------------------------------------
+
+// Before the first object, whose construction completes the directories and reads the descriptions.
+static void SetDirectories(const AK_String& attributesDirectory, bool tell)
+{
+    if (tell) AK_MSG("Setting config files directory: " << attributesDirectory);
+    AK_Object::SetAttributesDirectory(attributesDirectory);
+    const char* ofUser = std::getenv("KORVO_USER_ATTRIBUTES");
+    if (!ofUser || !*ofUser) return;
+    AK_Object::SetUserAttributesDirectory(ofUser);
+    if (tell) AK_MSG("set user attributes directory to:" << AK_Object::_userAttributesDirectory);
+}
+
+static void Introduce()
+{
+    static constexpr const char* rule =
+        "=================================================================";   // 65 wide
+    AK_MSG(AK_Object::Arglist(" "));
+    AK_MSG(rule << "\n" << AK_Object::_about << "\n" << rule << "\n");
+}
+
+std::unique_ptr<AK_Controller> KORVO_MakeRoot(const AK_String& attributesDirectory, bool tell)
+{
+    SetDirectories(attributesDirectory, tell);
+    qvt_sci_InitAll();   // before the first object: each class loads its formula code
+    std::unique_ptr<AK_Controller> root = std::make_unique<AK_TerminalController>("Viewer", nullptr);
+    if (tell) Introduce();
+    root->AddComponent(new SW_Workspace("Project", nullptr));
+    root->FixComponents();
+    return root;
+}
+
+// ----------------------------------------------------------------------------------------------------------------
+// Messages
+// ----------------------------------------------------------------------------------------------------------------
+
+// Many operations only say that they could not do what was asked: a file that cannot be opened, a line that is no
+// command. What they say begins like this, behind a prefix; other warnings are of what was worked around.
+static constexpr const char* beginnings[] = {
+    "cannot ",
+    "could not ",
+    "error ",
+    "invalid ",
+    "unkown ",
+    "wrong number",
+    "syntax errors",
+    "no points",
+    "no-data values",
+    "no line",
+    "no polyline",
+    "no area",
+    "third argument of get()",
+};
+
+bool KORVO_TellsOfFailure(const char* message)
+{
+    std::string text = message;
+    if (text.starts_with("ERROR")) return true;
+    for (const char* prefix : {"WARNING:", "INFO:", "W:"})
+        if (text.starts_with(prefix)) text.erase(0, std::strlen(prefix));
+    text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
+    for (const char* beginning : beginnings)
+        if (text.starts_with(beginning)) return true;
+    return text.ends_with(" failed!") || text.find(" syntax errors in ") != std::string::npos;
+}
+
+static int numFailures = 0;
+static std::string firstFailure;
+static void (*listener)(const char* message, const char* location) = nullptr;   // who heard the messages before
+
+static void Listen(const char* message, const char* location)
+{
+    if (KORVO_TellsOfFailure(message) && ++numFailures == 1) firstFailure = message;
+    listener(message, location);
+}
+
+int KORVO_Tree::NumFailures() const { return numFailures; }
+std::string KORVO_Tree::FirstFailure() const { return firstFailure; }
+
+// ----------------------------------------------------------------------------------------------------------------
+// The tree
+// ----------------------------------------------------------------------------------------------------------------
+
+KORVO_Tree::KORVO_Tree() : _root(KORVO_MakeRoot(KORVO_OwnAttributesDirectory().c_str(), false))
+{
+    listener = ak_msg_func;
+    ak_msg_func = Listen;
+}
+
+KORVO_Tree::~KORVO_Tree()
+{
+    _root.reset();
+    ak_msg_func = listener;
+}
+
+bool KORVO_Tree::Set(const std::string& path, const std::string& attribute, const std::string& value)
+{
+    const AK_String command = AK_Object::CommandString(path.c_str(), attribute.c_str(), value.c_str());
+    _macro += std::string(command.c_str()) + "\n";
+    const int before = numFailures;
+    AK_Object::_execStatus = "";
+    _root->ExecCommand(command, 1);
+    return AK_Object::_execStatus.IsEmpty() && numFailures == before;
+}
+
+bool KORVO_Tree::WriteMacro(const std::string& file) const
+{
+    return AK_WriteStream(file.c_str(), [&](std::ostream& out) { out << _macro; });
+}
+
+bool KORVO_WriteMacroOption(const KORVO_Arguments& arguments, const KORVO_Tree& tree)
+{
+    const std::string file = arguments.Value("macro");
+    if (file.empty() || tree.WriteMacro(file)) return true;
+    arguments.Failed(InLanguage("cannot write '", "kann nicht schreiben: '") + file + "'");
+    return false;
+}
