@@ -7,7 +7,8 @@
 
 std::span<const KORVO_Subcommand* const> KORVO_Subcommands()
 {
-    static constexpr const KORVO_Subcommand* subcommands[] = {&korvo_play, &korvo_watch, &korvo_manual, &korvo_help};
+    static constexpr const KORVO_Subcommand* subcommands[] = {&korvo_simulate, &korvo_play, &korvo_watch, &korvo_manual,
+                                                              &korvo_help};
     return subcommands;
 }
 

@@ -69,6 +69,7 @@ public:
     std::string Value(const char* option) const;   // the last one; "" if the option is not there
     std::vector<std::string> Values(const char* option) const;
     const std::vector<std::string>& Words() const { return _words; }
+    const std::vector<std::string>& Typed() const { return _typed; }   // all of it
     const KORVO_Subcommand& Subcommand() const { return _subcommand; }
 
     /// Tells on standard error what is wrong with the arguments; always KORVO_BAD_USAGE.
@@ -89,6 +90,7 @@ private:
     const KORVO_Subcommand& _subcommand;
     std::vector<Given> _given;
     std::vector<std::string> _words;
+    std::vector<std::string> _typed;
 };
 
 /// Splits "name=value"; false if there is no "=" or nothing before it.
@@ -112,6 +114,10 @@ void KORVO_PrintOverview();
 // The program itself
 // ----------------------------------------------------------------------------------------------------------------
 
+/// "1.0.0"
+std::string KORVO_Version();
+/// The sentence that something needs a module that is not there, and which package brings it.
+std::string KORVO_NeedsModule(const std::string& what, const char* module);
 /// Version, build and modules, on standard output.
 void KORVO_PrintVersion();
 /// The modules that are installed beside the program, joined by blanks; "none" without any.

@@ -140,6 +140,7 @@ static void TakeLanguage(int argc, const char* const* argv)
 bool KORVO_Arguments::Read(int argc, const char* const* argv)
 {
     TakeLanguage(argc, argv);
+    _typed.assign(argv, argv + argc);
     bool areWords = false;   // behind "--"
     for (int i = 0; i < argc; ++i) {
         const std::string word = argv[i];

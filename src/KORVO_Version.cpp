@@ -7,9 +7,18 @@
 
 void KORVO_PrintVersion()
 {
-    std::printf("korvo " KORVO_VERSION "\n");
+    std::printf("korvo %s\n", KORVO_Version().c_str());
     std::printf(InLanguage("build: %s, %s\n", "Herstellung: %s, %s\n"), __DATE__ " " __TIME__, "compiler " __VERSION__);
     std::printf(InLanguage("modules: %s\n", "Module: %s\n"), KORVO_ModulesPresent().c_str());
+}
+
+std::string KORVO_Version() { return KORVO_VERSION; }
+
+std::string KORVO_NeedsModule(const std::string& what, const char* module)
+{
+    return what + InLanguage(" needs the module '", " braucht das Modul '") + module +
+           InLanguage("' of the package korvo-", "' des Pakets korvo-") + module +
+           InLanguage(", which is not installed", ", das nicht installiert ist");
 }
 
 std::string KORVO_ModulesPresent() { return InLanguage("none", "keine"); }

@@ -1,37 +1,6 @@
 // The program at the prompt, from outside: subcommands, what they refuse, the status they end with.
 
-#include "SW_Workspace_TestSupport.h"
-
-#include <algorithm>
-
-namespace {
-
-/// What a call said on both channels, and its status.
-struct Call {
-    int status;
-    std::string said;     // standard output
-    std::string errors;   // standard error
-};
-
-class Prompt : public ProgramTest {
-protected:
-    Call Korvo(const std::vector<std::string>& arguments) const
-    {
-        const Conversation conversation = Converse("", [&]() -> int {
-            dup2(open(Work("errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666), 2);
-            BecomeProgram(arguments);
-        });
-        EXPECT_TRUE(conversation.ended);
-        EXPECT_EQ(conversation.signal, 0);
-        return {conversation.status, conversation.output, FileBytes(Work("errors"))};
-    }
-};
-
-bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
-
-long NumLines(const std::string& text) { return std::count(text.begin(), text.end(), '\n'); }
-
-}   // namespace
+#include "KORVO_TestSupport.h"
 
 TEST_F(Prompt, RefusesWhatCannotBeMeantAndNamesTheNearest)
 {
