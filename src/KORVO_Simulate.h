@@ -6,7 +6,7 @@
 //                run, watched and interrupted             KORVO_Simulate_Progress.cpp
 //                  |
 //                  v
-//                results, table                           KORVO_Simulate_Table.cpp
+//                results, table                           KORVO_Simulate_Exports.cpp, KORVO_Simulate_Table.cpp
 //
 // All of it lies in "<out>.partial" and is renamed when it is whole. What must outlive the process, so that an
 // interrupted run can go on, stands in a file of that directory (KORVO_SimulateMemory).
@@ -108,6 +108,7 @@ private:
     void SetParameters();
     void SetExtra();
     std::vector<Command> Saving() const;
+    std::vector<Command> RasterOf(const std::string& field, const std::string& file) const;
     std::vector<Command> Exports() const;
     static std::string ValueIn(const std::string& directory, const Command& command);
 

@@ -161,13 +161,15 @@ TEST_F(Simulate, RefusesWithOneSentenceAndLeavesNothingButTheLog)
 TEST_F(Simulate, LeavesAWholeDirectoryThatTellsWhatItIsMadeOf)
 {
     WriteFile(Work("own.nxyz"), Polygon(30, 80, "name=crown;d0=2;rho=300;\n") + Polygon(90, 120, "name=plain;\n"));
-    const Call call = Korvo({"simulate", "--terrain=chute.asc", "--release=own.nxyz", "--out=runs/a b", "--depth=1",
-                             "--density=200", "--friction=voellmy:mu=0.25", "--end-time=40", "--particles-per-cell=5",
-                             "--set=:RestitutionCoefficient=0.1", "--set", "ReleaseAreas/plain:Density=150"});
+    const Call call =
+        Korvo({"simulate", "--terrain=chute.asc", "--release=own.nxyz", "--out=runs/a b", "--depth=1", "--density=200",
+               "--friction=voellmy:mu=0.25", "--end-time=40", "--particles-per-cell=5",
+               "--set=:RestitutionCoefficient=0.1", "--formats=asc,dxf", "--set", "ReleaseAreas/plain:Density=150"});
     ASSERT_EQ(call.status, 0) << call.errors;
     EXPECT_TRUE(Contains(call.said, "Simulation a_b\n  released mass ")) << call.said;
     EXPECT_FALSE(IsThere("runs/a b.partial"));
-    for (const char* name : {"peak_depth.prj", "project/TerminalController.atr", "log.txt", "outline.dxf"})
+    for (const char* name :
+         {"peak_depth.prj", "project/TerminalController.atr", "log.txt", "outline.dxf", "peak_speed.dxf"})
         EXPECT_TRUE(IsThere((std::string("runs/a b/") + name).c_str())) << name;
     const std::string table = FileBytes(Work("runs/a b/table.txt"));
     EXPECT_EQ(call.said.substr(0, table.size()), table);
