@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // ----------------------------------------------------------------------------------------------------------------
@@ -26,6 +27,7 @@ bool KORVO_SimulateMemory::Write(const std::string& partial) const
         const auto put = [&](const std::string& text) { out << text << '\0'; };
         put(memoryMark);
         put(directory);
+        put(process);
         put(std::to_string(int(isSaved)));
         put(std::to_string(int(isRun)));
         put(AK_String(massOffMesh, "%.17g").c_str());
@@ -42,15 +44,16 @@ bool KORVO_SimulateMemory::Read(const std::string& partial)
     std::ifstream file(partial + memoryFile, std::ios::binary);
     std::vector<std::string> texts;
     for (std::string text; std::getline(file, text, '\0');) texts.push_back(text);
-    constexpr size_t numFirst = 7;
+    constexpr size_t numFirst = 8;
     if (texts.size() < numFirst || texts[0] != memoryMark) return false;
-    const size_t numArguments = std::strtoul(texts[6].c_str(), nullptr, 10);
+    const size_t numArguments = std::strtoul(texts[7].c_str(), nullptr, 10);
     if (numArguments > texts.size() - numFirst) return false;
     directory = texts[1];
-    isSaved = texts[2] == "1";
-    isRun = texts[3] == "1";
-    massOffMesh = std::strtod(texts[4].c_str(), nullptr);
-    runTime = std::strtod(texts[5].c_str(), nullptr);
+    process = texts[2];
+    isSaved = texts[3] == "1";
+    isRun = texts[4] == "1";
+    massOffMesh = std::strtod(texts[5].c_str(), nullptr);
+    runTime = std::strtod(texts[6].c_str(), nullptr);
     const auto first = texts.begin() + numFirst;
     arguments.assign(first, first + long(numArguments));
     for (size_t i = numFirst + numArguments; i + 2 < texts.size(); i += 3)
@@ -209,52 +212,60 @@ static bool IsOurs(const std::string& directory)
     return Exists(directory + memoryFile) || (Exists(directory + "/table.json") && Exists(directory + "/case.macro"));
 }
 
+static KORVO_Stop NoPlace(const std::string& path, const char* english, const char* german)
+{
+    return {KORVO_FAILED, "'" + path + InLanguage(english, german)};
+}
+
+// A run that another process computes is nobody else's to touch.
+static void RefuseIfUnderWay(const Places& places)
+{
+    KORVO_SimulateMemory memory;
+    if (memory.Read(places.partial) && AK_System::ProcessLives(memory.process.c_str()))
+        throw NoPlace(places.partial, "' is being computed by another process",
+                      "' wird von einem anderen Prozess gerechnet");
+}
+
 static void MakePlace(const Places& places, bool force)
 {
     if (places.name.empty() || places.name == "." || places.name == "..")
         throw Usage("out",
                     "'" + places.out +
                         InLanguage("' is no name for a new directory", "' ist kein Name fuer ein neues Verzeichnis"));
-    for (const std::string& path : {places.out, places.partial}) {
-        if (!Exists(path)) continue;
-        if (!force)
-            throw KORVO_Stop{
-                KORVO_FAILED,
-                "'" + path +
-                    (path == places.out
-                         ? InLanguage("' is there already; --force replaces it", "' gibt es schon; --force ersetzt es")
-                         : InLanguage("' holds an interrupted run; --continue goes on with it, --force begins anew",
-                                      "' enthaelt eine unterbrochene Rechnung; --continue setzt sie fort, --force "
-                                      "beginnt neu"))};
-        if (!IsOurs(path))
-            throw KORVO_Stop{KORVO_FAILED, "'" + path +
-                                               InLanguage("' was not made by korvo simulate and is not replaced",
-                                                          "' stammt nicht von korvo simulate und wird nicht ersetzt")};
-    }
+    RefuseIfUnderWay(places);
+    if (Exists(places.out) && !force)
+        throw NoPlace(places.out, "' is there already; --force replaces it", "' gibt es schon; --force ersetzt es");
+    if (Exists(places.partial) && !force)
+        throw NoPlace(places.partial, "' holds an interrupted run; --continue goes on with it, --force begins anew",
+                      "' enthaelt eine unterbrochene Rechnung; --continue setzt sie fort, --force beginnt neu");
+    for (const std::string& path : {places.out, places.partial})
+        if (Exists(path) && !IsOurs(path))
+            throw NoPlace(path, "' was not made by korvo simulate and is not replaced",
+                          "' stammt nicht von korvo simulate und wird nicht ersetzt");
     AK_System::RemoveFileRecursively(places.partial.c_str());
     const size_t slash = places.out.rfind('/');
     if (slash != std::string::npos && slash > 0) AK_System::CreateDirRecursively(places.out.substr(0, slash).c_str());
-    if (AK_System::CreateDir(places.partial.c_str()) != 0)
-        throw KORVO_Stop{KORVO_FAILED,
-                         InLanguage("cannot create the directory '", "kann das Verzeichnis nicht anlegen: '") +
-                             places.partial + "'"};
+    if (mkdir(places.partial.c_str(), 0777) != 0)   // one that has come up meanwhile is another process's
+        throw NoPlace(places.partial, "' cannot be created", "' laesst sich nicht anlegen");
 }
 
-static void MoveIntoPlace(const Places& places)
+// What --force replaces is there until the new directory is.
+static void MoveIntoPlace(const Places& places, bool force)
 {
-    AK_System::RemoveFile((places.partial + memoryFile).c_str());
-    if (Exists(places.out)) AK_System::RemoveFileRecursively(places.out.c_str());
+    const std::string replaced = places.out + ".replaced";
+    const bool replaces = force && Exists(places.out) && IsOurs(places.out);
+    if (replaces) AK_System::RenameFile(places.out.c_str(), replaced.c_str());
     if (AK_System::RenameFile(places.partial.c_str(), places.out.c_str()) != 0)
-        throw KORVO_Stop{KORVO_FAILED,
-                         InLanguage("cannot create the directory '", "kann das Verzeichnis nicht anlegen: '") +
-                             places.out + "'"};
+        throw NoPlace(places.out, "' cannot be created; --continue tries it again",
+                      "' laesst sich nicht anlegen; --continue versucht es noch einmal");
+    if (replaces) AK_System::RemoveFileRecursively(replaced.c_str());
+    AK_System::RemoveFile((places.out + memoryFile).c_str());
     AK_System::RemoveFile(places.log.c_str());
 }
 
 // A failed run leaves its log at most.
 static void Abandon(const Places& places, bool keepLog)
 {
-    CloseLog();
     if (keepLog) AK_System::RenameFile((places.partial + "/log.txt").c_str(), places.log.c_str());
     AK_System::RemoveFileRecursively(places.partial.c_str());
 }
@@ -301,52 +312,63 @@ static void Compute(const KORVO_Arguments& arguments, KORVO_Case& run, KORVO_Tre
     Note(memory, places);
 }
 
-static int Finish(const KORVO_Arguments& arguments, KORVO_Case& run, const Places& places,
-                  const KORVO_SimulateMemory& memory)
+static int WriteResults(KORVO_Case& run, const Places& places, const KORVO_SimulateMemory& memory, std::string& table)
 {
     run.Export();
-    const int status = memory.massOffMesh > 0 ? KORVO_SNOW_LEFT_TERRAIN : KORVO_DONE;
     if (!run.Simulation().StatusInfo().StartsWith("stopped"))
         AK_MSG(InLanguage("WARNING: the flow was still in motion at the end time",
                           "WARNING: die Lawine war zur Endzeit noch in Bewegung"));
-    const std::string table = KORVO_WriteTables(
+    const int status = memory.massOffMesh > 0 ? KORVO_SNOW_LEFT_TERRAIN : KORVO_DONE;
+    table = KORVO_WriteTables(
         {run, memory.inputs, Warnings(places.partial + "/log.txt"), memory.massOffMesh, memory.runTime, status},
         places.partial);
-    CloseLog();
-    MoveIntoPlace(places);
-    if (!arguments.Has("quiet"))
-        std::printf(InLanguage("%s\nResults in %s\n", "%s\nErgebnisse in %s\n"), table.c_str(), places.out.c_str());
-    std::fflush(stdout);
-    std::clearerr(stdout);   // nobody may listen any more; the results are there
     return status;
 }
 
-static int Work(const KORVO_Arguments& arguments, const Places& places, KORVO_SimulateMemory& memory, KORVO_Tree& tree)
+static void TellInterrupted(const Places& places)
+{
+    std::fprintf(stderr,
+                 InLanguage("korvo simulate: interrupted; 'korvo simulate --continue %s' goes on\n",
+                            "korvo simulate: unterbrochen; 'korvo simulate --continue %s' setzt fort\n"),
+                 places.out.c_str());
+}
+
+// What a failure leaves is thrown away, unless it holds what was computed before or all there is.
+static int Work(const KORVO_Arguments& arguments, const Places& places, KORVO_SimulateMemory& memory, KORVO_Tree& tree,
+                bool isContinued)
 {
     KORVO_Watched watched(arguments.Has("quiet"), places.partial, memory);
+    bool isWorthKeeping = isContinued;
+    std::string table;
+    int status = KORVO_DONE;
     try {
+        memory.process = AK_System::ProcessMark().c_str();
         Note(memory, places);
         OpenLog(places.partial + "/log.txt");
         KORVO_Case run(arguments, tree, places.Id(), places.name, places.partial);
         Compute(arguments, run, tree, places, watched, memory);
-        return Finish(arguments, run, places, memory);
+        status = WriteResults(run, places, memory, table);
+        isWorthKeeping = true;
+        CloseLog();
+        MoveIntoPlace(places, arguments.Has("force"));
     } catch (const KORVO_Stop& stop) {
         watched.Finish();
-        if (stop.status == KORVO_INTERRUPTED) {
-            CloseLog();
-            std::fprintf(stderr,
-                         InLanguage("korvo simulate: interrupted; 'korvo simulate --continue %s' goes on\n",
-                                    "korvo simulate: unterbrochen; 'korvo simulate --continue %s' setzt fort\n"),
-                         places.out.c_str());
-        } else
+        CloseLog();
+        if (stop.status == KORVO_INTERRUPTED)
+            TellInterrupted(places);
+        else if (!isWorthKeeping)
             Abandon(places, stop.status != KORVO_BAD_USAGE);
         throw;
     }
+    if (!arguments.Has("quiet"))
+        std::printf(InLanguage("%s\nResults in %s\n", "%s\nErgebnisse in %s\n"), table.c_str(), places.out.c_str());
+    if (std::fflush(stdout) != 0) std::clearerr(stdout);   // nobody may listen any more; the results are there
+    return status;
 }
 
 static int Start(const KORVO_Arguments& arguments, const std::vector<std::string>& typed)
 {
-    KORVO_Tree tree;
+    KORVO_Tree tree;   // before the usage: formula files are looked for where it finds them
     CheckUsage(arguments);
     KORVO_SimulateMemory memory;
     memory.arguments = typed;
@@ -358,7 +380,7 @@ static int Start(const KORVO_Arguments& arguments, const std::vector<std::string
     }
     const Places places(arguments.Value("out"));
     MakePlace(places, arguments.Has("force"));
-    return Work(arguments, places, memory, tree);
+    return Work(arguments, places, memory, tree, false);
 }
 
 // With the words that were typed then, in the directory where they were typed.
@@ -370,6 +392,7 @@ static int Continue(const KORVO_Arguments& given)
         throw KORVO_Stop{KORVO_FAILED,
                          InLanguage("there is no interrupted run in '", "es gibt keine unterbrochene Rechnung in '") +
                              wanted.partial + "'"};
+    RefuseIfUnderWay(wanted);
     std::vector<const char*> words;
     for (const std::string& word : memory.arguments) words.push_back(word.c_str());
     KORVO_Arguments arguments(given.Subcommand());
@@ -384,7 +407,7 @@ static int Continue(const KORVO_Arguments& given)
         throw KORVO_Stop{KORVO_FAILED,
                          InLanguage("the directory is gone: '", "das Verzeichnis ist weg: '") + memory.directory + "'"};
     KORVO_Tree tree;
-    return Work(arguments, places, memory, tree);
+    return Work(arguments, places, memory, tree, true);
 }
 
 static int Simulate(const KORVO_Arguments& arguments)

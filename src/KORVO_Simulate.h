@@ -131,6 +131,7 @@ std::vector<std::string> KORVO_InputFiles(const KORVO_Arguments& arguments);
 struct KORVO_SimulateMemory {
     std::vector<std::string> arguments;   // as typed behind "simulate"
     std::string directory;                // where they were typed
+    std::string process;                  // its mark (AK_System::ProcessMark)
     std::vector<KORVO_Input> inputs;
     bool isSaved = false;     // the project with the case is whole
     bool isRun = false;       // the run has come to its end; only results are missing

@@ -198,7 +198,7 @@ TEST_F(Simulate, LeavesAWholeDirectoryThatTellsWhatItIsMadeOf)
         0);
 }
 
-TEST_F(Simulate, GivesTheSameBytesByItsMacroByAnyThreadsAndBackwards)
+TEST_F(Simulate, GivesTheSameBytesByItsMacroAndByAnyThreads)
 {
     ASSERT_EQ(Korvo(Arguments({"--out", "out", "--macro", "made.macro", "--threads", "1", "--quiet"})).said, "");
     const auto expected = Bytes("out");
@@ -215,6 +215,29 @@ TEST_F(Simulate, GivesTheSameBytesByItsMacroByAnyThreadsAndBackwards)
     EXPECT_EQ(Korvo(Arguments({"--out", "out"})).status, 1);
     EXPECT_EQ(Korvo(Arguments({"--out", "out/", "--force"})).status, 0);
     EXPECT_TRUE(Bytes("out") == expected) << "once more in place of the first";
+}
+
+TEST_F(Simulate, GivesTheSameBytesByTheMenus)
+{
+    ASSERT_EQ(Korvo(Arguments({"--out", "out", "--threads", "1"})).status, 0);
+    const auto expected = Bytes("out");
+    const std::string macro = FileBytes(Work("out/case.macro"));
+    WriteFile(Work("results.macro"), macro.substr(macro.find("set(\"Project/Simulations/out/PeakFlowDepth\"")));
+    AK_System::RemoveFileRecursively(Work("out"));
+    AK_System::CreateDir(Work("out"));
+    Session session([&] { BecomeProgram({"-files", files}); });
+    session.Do("Project DHMs e opr.Create double.SimulationDefaultCellSize 0");
+    session.Do("filename.Import chute.asc q q q Simulations e opr.Create text.CreateSimulation out q q out");
+    session.Do("e opr.Terrain text.Mesh /../DHMs/chute q opr.Friction double.BedFrictionAngle 22");
+    session.Do("double.DynamicFrictionCoefficient 0.01 q opr.Model int.n_threads 1 q");
+    session.Do("opr.Particles text.MassPerParticleDeterminationMethod particles double.NumParticlesPerCell 5 q");
+    session.Do("opr.Run double.EndTime 40 double.DeltaT 0.1 double.DeltaOut 5 text.stop_crit stop_at_low_energy q q");
+    session.Do(
+        "ReleaseAreas e opr.Create text.NewDepth 1 text.NewDensity 200 filename.Import release.nxyz q q q q q q");
+    session.Do("e obj.Controller obj.Object opr.Project directory.SaveProjectAs out/project q q q q");
+    session.Do("Project Simulations out e opr.Run apply.Run q q q q q");
+    session.Do("e obj.Controller obj.Object opr.Macros filename.ExecMacro results.macro q q q q q");
+    EXPECT_TRUE(Bytes("out") == expected) << session.Screen();
 }
 
 TEST_F(Simulate, ThatIsInterruptedGoesOnToTheSameBytes)
@@ -252,6 +275,31 @@ TEST_F(Simulate, ThatIsInterruptedGoesOnToTheSameBytes)
             AK_System::RemoveFileRecursively(Work("out"));
         }
     EXPECT_GT(numContinued, 3);
+}
+
+TEST_F(Simulate, DoesNotTouchWhatAnotherProcessComputesOrWhatItCannotGoOnWith)
+{
+    const pid_t process = fork();
+    if (process == 0) {
+        for (int channel : {1, 2}) dup2(open("/dev/null", O_WRONLY), channel);
+        BecomeProgram(Arguments({"--out", "out", "--set", "$stop_crit=none", "--time-step=0.001"}));
+    }
+    for (int i = 0; i < 1000 && !IsThere("out.partial/project/Project/Simulations/out/at_0000000.0000.TimeStep"); ++i)
+        AK_System::MilliSleep(5);
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"simulate", "--continue", "out"}, Arguments({"--out", "out"}),
+          Arguments({"--out", "out", "--force"})}) {
+        const Call call = Korvo(arguments);
+        EXPECT_EQ(call.status, 1);
+        EXPECT_TRUE(Contains(call.errors, "'out.partial' is being computed by another process")) << call.errors;
+    }
+    kill(process, SIGINT);
+    int state = 0;
+    waitpid(process, &state, 0);
+    EXPECT_TRUE(WIFEXITED(state) && WEXITSTATUS(state) == 130) << state;
+    AK_System::RenameFile(Work("out.partial/project/Project/DHMs"), Work("away"));
+    EXPECT_EQ(Korvo({"simulate", "--continue", "out"}).status, 1);
+    EXPECT_TRUE(IsThere("out.partial/project/Project/Simulations/out/at_0000000.0000.TimeStep")) << "all there is";
 }
 
 TEST_F(Simulate, TellsThatSnowLeftTheTerrain)
