@@ -140,6 +140,21 @@ static void CheckNumbers(const KORVO_Arguments& arguments)
     }
 }
 
+// Those that only make sense together, with the usual values in the place of those that are not given.
+static void CheckTimes(const KORVO_Arguments& arguments)
+{
+    static constexpr double mostSteps = 1e9;
+    const auto number = [&](const char* option) {
+        return std::strtod(KORVO_ValueOrUsual(arguments, option).c_str(), nullptr);
+    };
+    if (number("output-step") < number("time-step") / 2)
+        throw Usage("output-step",
+                    InLanguage("is less than half of --time-step", "ist weniger als die Haelfte von --time-step"));
+    if (number("end-time") / number("time-step") > mostSteps)
+        throw Usage("time-step",
+                    InLanguage("makes too many steps till --end-time", "ergibt zu viele Schritte bis --end-time"));
+}
+
 static void CheckFormats(const KORVO_Arguments& arguments)
 {
     static const std::vector<std::string> known = {"asc", "dxf", "tif", "gpkg", "nc", "kmz"};
@@ -159,12 +174,11 @@ static void CheckFormats(const KORVO_Arguments& arguments)
 
 static void CheckUsage(const KORVO_Arguments& arguments)
 {
-    for (const char* option : {"terrain", "out"})
+    for (const char* option : {"terrain", "release", "out"})
         if (!arguments.Has(option))
             throw KORVO_Stop{KORVO_BAD_USAGE, InLanguage("there is no --", "es fehlt --") + std::string(option)};
-    if (!arguments.Has("release") && !arguments.Has("sources"))
-        throw KORVO_Stop{KORVO_BAD_USAGE, InLanguage("there is no --release", "es fehlt --release")};
     CheckNumbers(arguments);
+    CheckTimes(arguments);
     CheckFormats(arguments);
     std::string name, value;
     for (const std::string& assignment : arguments.Values("set"))

@@ -120,6 +120,9 @@ private:
     SW_Simulation* _simulation = nullptr;
 };
 
+/// The value of an option that has a usual one: a number of the run, or the number of threads.
+std::string KORVO_ValueOrUsual(const KORVO_Arguments& arguments, const std::string& option);
+
 /// The input files that the options name, in their order.
 std::vector<std::string> KORVO_InputFiles(const KORVO_Arguments& arguments);
 

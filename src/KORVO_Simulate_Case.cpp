@@ -244,20 +244,26 @@ void KORVO_Case::SetFriction()
     }
 }
 
+std::string KORVO_ValueOrUsual(const KORVO_Arguments& arguments, const std::string& option)
+{
+    static constexpr const char* usual[][2] = {
+        {"particles-per-cell", "20"}, {"time-step", "0.1"}, {"end-time", "300"}, {"output-step", "5"}};
+    if (arguments.Has(option.c_str())) return arguments.Value(option.c_str());
+    for (const auto& [name, value] : usual)
+        if (option == name) return value;
+    return std::to_string(std::min(AK_System::NumCpus(), 256));   // of threads, as many as a run can have
+}
+
 // All that the result depends on is said, so that a user's own defaults of the class do not change it.
 void KORVO_Case::SetParameters()
 {
-    const auto given = [&](const char* option, const char* usual) {
-        const std::string value = _arguments.Value(option);
-        return value.empty() ? std::string(usual) : value;
-    };
     SetFriction();
     DoAndKeep(_path, "MassPerParticleDeterminationMethod", "particles per cell");
-    DoAndKeep(_path, "NumParticlesPerCell", given("particles-per-cell", "20"));
-    DoAndKeep(_path, "DeltaT", given("time-step", "0.1"));
-    DoAndKeep(_path, "EndTime", given("end-time", "300"));
-    DoAndKeep(_path, "DeltaOut", given("output-step", "5"));
-    DoAndKeep(_path, "$n_threads", given("threads", std::to_string(std::min(AK_System::NumCpus(), 256)).c_str()));
+    DoAndKeep(_path, "NumParticlesPerCell", KORVO_ValueOrUsual(_arguments, "particles-per-cell"));
+    DoAndKeep(_path, "DeltaT", KORVO_ValueOrUsual(_arguments, "time-step"));
+    DoAndKeep(_path, "EndTime", KORVO_ValueOrUsual(_arguments, "end-time"));
+    DoAndKeep(_path, "DeltaOut", KORVO_ValueOrUsual(_arguments, "output-step"));
+    DoAndKeep(_path, "$n_threads", KORVO_ValueOrUsual(_arguments, "threads"));
     DoAndKeep(_path, "$stop_crit", "stop_at_low_energy");
     if (_arguments.Has("depth")) DoAndKeep(_path + "/ReleaseAreas", "NewDepth", _arguments.Value("depth"));
     if (_arguments.Has("density")) DoAndKeep(_path + "/ReleaseAreas", "NewDensity", _arguments.Value("density"));

@@ -106,6 +106,8 @@ TEST_F(Simulate, RefusesWithOneSentenceAndLeavesNothingButTheLog)
                  {{"--output-step", "nan"}, 2, "--output-step: 'nan' is no number"},
                  {{"--threads", "1.5"}, 2, "--threads: '1.5' is no whole number"},
                  {{"--threads", "1000"}, 2, "--threads: '1000' is too large"},
+                 {{"--output-step", "0.04"}, 2, "--output-step: is less than half of --time-step"},
+                 {{"--time-step", "1e-9"}, 2, "--time-step: makes too many steps"},
                  {{"--set", "EndTime"}, 2, "--set: PATH:ATTRIBUTE=VALUE is needed, not 'EndTime'"},
                  {{"--formats", "acs"}, 2, "no format 'acs'; the nearest is 'asc'"},
                  {{"--formats", "asc,tif"}, 1, with},
