@@ -96,6 +96,9 @@ private:
 /// Splits "name=value"; false if there is no "=" or nothing before it.
 bool KORVO_SplitAssignment(const std::string& text, std::string& name, std::string& value);
 
+/// A message as one line, without the mark that it begins with.
+std::string KORVO_Sentence(std::string text);
+
 /// The one of the names that takes the fewest letters to be changed into; "" for no names.
 std::string KORVO_Nearest(const std::string& word, std::span<const std::string> names);
 
@@ -156,6 +159,9 @@ private:
     std::unique_ptr<AK_Controller> _root;
     std::string _macro;
 };
+
+/// Called with the reason when formula code cannot go on, before the process ends with KORVO_FAILED.
+extern void (*korvoAtFault)(const std::string& reason);
 
 /// The option of all subcommands that work on a tree; what it asks for, done. False, with the reason told, if the file
 /// cannot be written.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <numeric>
 
 bool KORVO_SplitAssignment(const std::string& text, std::string& name, std::string& value)
@@ -47,10 +48,20 @@ std::string KORVO_Nearest(const std::string& word, std::span<const std::string> 
 // Errors
 // ----------------------------------------------------------------------------------------------------------------
 
-static void Tell(const KORVO_Subcommand& subcommand, const std::string& sentence)
+std::string KORVO_Sentence(std::string text)
+{
+    for (const char* mark : {"ERROR:", "WARNING:", "INFO:"})
+        if (text.starts_with(mark)) text.erase(0, std::strlen(mark));
+    text.erase(0, std::min(text.find_first_not_of(" \n"), text.size()));
+    text.erase(text.find_last_not_of('\n') + 1);
+    for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at)) text.replace(at, 1, "; ");
+    return text;
+}
+
+static void Tell(const KORVO_Subcommand& subcommand, const std::string& text)
 {
     std::fflush(stdout);
-    std::fprintf(stderr, "korvo %s: %s\n", subcommand.name, sentence.c_str());
+    std::fprintf(stderr, "korvo %s: %s\n", subcommand.name, KORVO_Sentence(text).c_str());
 }
 
 int KORVO_Arguments::BadUsage(const std::string& sentence) const

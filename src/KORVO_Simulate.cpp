@@ -339,6 +339,16 @@ static int WriteResults(KORVO_Case& run, const Places& places, const KORVO_Simul
     return status;
 }
 
+// For a friction law or a criterion that cannot go on; it leaves the process without a way back to here.
+static const Places* placesAtFault = nullptr;
+
+static void AbandonAtFault(const std::string& reason)
+{
+    std::fprintf(stderr, "korvo simulate: %s\n", reason.c_str());
+    CloseLog();
+    if (placesAtFault) Abandon(*placesAtFault, true);
+}
+
 static void TellInterrupted(const Places& places)
 {
     std::fprintf(stderr,
@@ -357,6 +367,8 @@ static int Work(const KORVO_Arguments& arguments, const Places& places, KORVO_Si
     int status = KORVO_DONE;
     try {
         memory.process = AK_System::ProcessMark().c_str();
+        korvoAtFault = AbandonAtFault;
+        placesAtFault = isContinued ? nullptr : &places;
         Note(memory, places);
         OpenLog(places.partial + "/log.txt");
         KORVO_Case run(arguments, tree, places.Id(), places.name, places.partial);

@@ -95,16 +95,6 @@ std::vector<std::string> KORVO_InputFiles(const KORVO_Arguments& arguments)
 // Commands
 // ----------------------------------------------------------------------------------------------------------------
 
-// One line, without the marks that a front end reads.
-static std::string Sentence(std::string text)
-{
-    for (const char* mark : {"ERROR:", "WARNING:", "INFO:"})
-        if (text.starts_with(mark)) text.erase(0, std::strlen(mark));
-    text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    return text;
-}
-
 std::string KORVO_Case::ValueIn(const std::string& directory, const Command& command)
 {
     if (!command.isResult) return command.value;
@@ -117,7 +107,7 @@ void KORVO_Case::Do(const Command& command)
     if (_tree.Set(command.path, command.attribute, ValueIn(_partial, command))) return;
     if (KORVO_Watched::IsInterrupted()) throw KORVO_Stop{KORVO_INTERRUPTED, ""};
     const std::string status = AK_Object::_execStatus.c_str();
-    throw KORVO_Stop{KORVO_FAILED, Sentence(status.empty() ? _tree.FirstFailure() : status)};
+    throw KORVO_Stop{KORVO_FAILED, KORVO_Sentence(status.empty() ? _tree.FirstFailure() : status)};
 }
 
 void KORVO_Case::DoAndKeep(const std::string& path, const std::string& attribute, const std::string& value)

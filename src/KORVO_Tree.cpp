@@ -6,6 +6,9 @@
 #include "SW_Workspace.h"
 #include "qvt_sci.h"
 
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -48,7 +51,8 @@ std::unique_ptr<AK_Controller> KORVO_MakeRoot(const AK_String& attributesDirecto
 // ----------------------------------------------------------------------------------------------------------------
 
 // Many operations only say that they could not do what was asked: a file that cannot be opened, a line that is no
-// command. What they say begins like this, behind a prefix; other warnings are of what was worked around.
+// command, a number that was read as another one. What they say begins or goes on like this, behind a prefix; other
+// warnings are of what was worked around.
 static constexpr const char* beginnings[] = {
     "cannot ",
     "could not ",
@@ -64,6 +68,7 @@ static constexpr const char* beginnings[] = {
     "no area",
     "third argument of get()",
 };
+static constexpr const char* parts[] = {" syntax errors in ", " finds no ", "' is not all a number", " failed!"};
 
 bool KORVO_TellsOfFailure(const char* message)
 {
@@ -74,7 +79,9 @@ bool KORVO_TellsOfFailure(const char* message)
     text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
     for (const char* beginning : beginnings)
         if (text.starts_with(beginning)) return true;
-    return text.ends_with(" failed!") || text.find(" syntax errors in ") != std::string::npos;
+    for (const char* part : parts)
+        if (text.find(part) != std::string::npos) return true;
+    return false;
 }
 
 static int numFailures = 0;
@@ -87,6 +94,47 @@ static void Listen(const char* message, const char* location)
     listener(message, location);
 }
 
+// What a running formula says when it cannot go on, behind the name of the part that says it. What is said while
+// formulas are read goes where it went before: the objects gather that.
+static std::string formulaText;
+static int (*formulaSink)(const char* format, ...) = nullptr;
+static void (*flushFormulaSink)() = nullptr;
+
+static int TakeFormulaText(const char* format, ...)
+{
+    char piece[1000];
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(piece, sizeof piece, format, arguments);
+    va_end(arguments);
+    if (qvt_sci_StackDepth() == 0) return formulaSink("%s", piece);
+    formulaText += piece;
+    return length;
+}
+
+static void SayFormulaText()
+{
+    flushFormulaSink();
+    if (formulaText.empty()) return;
+    const size_t error = formulaText.find("ERROR");
+    const std::string text = formulaText.substr(error == std::string::npos ? 0 : error);
+    formulaText.clear();
+    AK_MSG(text);
+}
+
+// In place of the signal, which would end the process without a word of which call it was.
+static int EndOnFault(int)
+{
+    SayFormulaText();
+    std::fflush(stdout);
+    korvoAtFault(KORVO_Sentence(firstFailure));
+    std::_Exit(KORVO_FAILED);
+}
+
+void (*korvoAtFault)(const std::string& reason) = [](const std::string& reason) {
+    std::fprintf(stderr, "korvo: %s\n", reason.c_str());
+};
+
 int KORVO_Tree::NumFailures() const { return numFailures; }
 std::string KORVO_Tree::FirstFailure() const { return firstFailure; }
 
@@ -98,6 +146,10 @@ KORVO_Tree::KORVO_Tree() : _root(KORVO_MakeRoot(KORVO_OwnAttributesDirectory().c
 {
     listener = ak_msg_func;
     ak_msg_func = Listen;
+    formulaSink = qvt_sci_msg;
+    flushFormulaSink = qvt_sci_flush_msg;
+    qvt_sci_ResetPrintf(TakeFormulaText, SayFormulaText);
+    qvt_sci_raise = EndOnFault;
 }
 
 KORVO_Tree::~KORVO_Tree()

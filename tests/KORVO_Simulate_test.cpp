@@ -362,6 +362,22 @@ TEST_F(Simulate, TakesFrictionLawsByShortNames)
     }
 }
 
+TEST_F(Simulate, FailsInWordsWhenAFormulaOfTheUserCannotGoOn)
+{
+    AK_System::CreateDir(directory / "user/rheology");
+    WriteFile(directory / "user/rheology/faulty.cint",
+              "double tau(double p, double v, double h, double rho, double t, double x[], double n[], double e)\n"
+              "{\n  double a[2];\n  int i;\n  i = 5;\n  return a[i];\n}\n");
+    setenv("KORVO_USER_ATTRIBUTES", (directory / "user").c_str(), 1);
+    const Call call = Korvo(
+        {"simulate", "--terrain", "chute.asc", "--release", "release.nxyz", "--out", "out", "--friction", "faulty"});
+    EXPECT_EQ(call.status, 1);
+    EXPECT_TRUE(Contains(call.errors, "index out of bounds")) << call.errors;
+    EXPECT_EQ(NumLines(call.errors), 1) << call.errors;
+    EXPECT_FALSE(IsThere("out") || IsThere("out.partial"));
+    EXPECT_TRUE(IsThere("out.log"));
+}
+
 // FIPS 180-4, examples of NIST.
 TEST(KORVO_Sha256, GivesThePublishedSums)
 {

@@ -67,6 +67,8 @@ TEST_F(Prompt, PlayTellsByItsStatusWhetherEveryCommandWentWell)
 {
     AK_System::CreateDir(Work("folder"));
     WriteFile(Work("broken.asc"), "nothing\n");
+    WriteFile(Work("fault.cint"), "void main()\n{\n  double a[3];\n  int i;\n  i = 5;\n  a[i] = 1;\n}\n");
+    WriteFile(Work("broken.cint"), "void main()\n{\n  double a[3;\n}\n");
     WriteFile(Work("inner.macro"), "set(\"Project\", \"NoSuch\", \"\")\n");
     const std::string simulation = "set(\"Project/Simulations\", \"CreateSimulation\", \"s\")\n";
     const std::string terrain = "set(\"Project/DHMs\", \"Import\", \"flat.asc\")\n";
@@ -90,6 +92,10 @@ TEST_F(Prompt, PlayTellsByItsStatusWhetherEveryCommandWentWell)
         {"a raster that is none", "set(\"Project/DHMs\", \"Import\", \"broken.asc\")\n", "unkown input syntax"},
         {"lines that are not there", "set(\"Project/Polylines\", \"Import\", \"none.nxyz\")\n", "cannot open"},
         {"lines of no format", "set(\"Project/Polylines\", \"Import\", \"none.xxx\")\n", "no lines are read"},
+        {"a mesh that is not there", simulation + "set(\"Project/Simulations/s\", \"Mesh\", \"none\")\n",
+         "finds no mesh"},
+        {"a formula that cannot go on", "set(\"\", \"ExecMacro\", \"fault.cint\")\n", "index out of bounds"},
+        {"a formula of no grammar", "set(\"\", \"ExecMacro\", \"broken.cint\")\n", "syntax error"},
         {"a run without terrain", simulation + "set(\"Project/Simulations/s\", \"Run\", \"\")\n", "release areas"},
         {"a file that cannot be written",
          terrain + "set(\"Project/DHMs/flat_simulation\", \"Export\", \"/no/such/a.asc\")\n", "cannot "}};
