@@ -9,7 +9,8 @@
 //                results, table                           KORVO_Simulate_Exports.cpp, KORVO_Simulate_Table.cpp
 //
 // All of it lies in "<out>.partial" and is renamed when it is whole. What must outlive the process, so that an
-// interrupted run can go on, stands in a file of that directory (KORVO_SimulateMemory).
+// interrupted run can go on, stands in a file of that directory: KORVO_Simulate_Places.cpp. What was typed is checked
+// in KORVO_Simulate_Usage.cpp.
 
 #pragma once
 
@@ -126,9 +127,30 @@ std::string KORVO_ValueOrUsual(const KORVO_Arguments& arguments, const std::stri
 /// The input files that the options name, in their order.
 std::vector<std::string> KORVO_InputFiles(const KORVO_Arguments& arguments);
 
+/// Stops with a sentence that names the option if something of the words cannot be meant.
+void KORVO_CheckSimulateUsage(const KORVO_Arguments& arguments);
+
 // ----------------------------------------------------------------------------------------------------------------
 // The run
 // ----------------------------------------------------------------------------------------------------------------
+
+/// Where it all goes. What cannot be done stops with the reason.
+struct KORVO_Places {
+    std::string out;       // the directory that was asked for, without "/" at its end
+    std::string partial;   // its stand-in until it is whole
+    std::string log;       // what a failed run leaves
+    std::string name;      // of the directory, in the macro
+
+    explicit KORVO_Places(std::string path);
+    std::string Id() const;   // the name as the simulation bears it
+    /// Makes the partial directory. force: what this program has left there may go.
+    void Make(bool force) const;
+    /// A run that another process computes is nobody else's to touch.
+    void RefuseIfUnderWay() const;
+    void MoveIntoPlace(bool force) const;
+    /// Removes the partial directory.
+    void Abandon(bool keepLog) const;
+};
 
 /// What a run leaves in the partial directory for the process that goes on with it.
 struct KORVO_SimulateMemory {

@@ -23,6 +23,7 @@ protected:
         WriteFile(Work("chute.prj"), "PROJCS[\"somewhere\"]\n");
         WriteFile(Work("release.nxyz"), Polygon(30, 80, ""));
         AK_System::CreateDir(Work("folder"));
+        WriteFile(Work("folder/of somebody"), "");
     }
 
     // A square of 50 m beside the middle line, with annotations in front.
