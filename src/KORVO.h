@@ -148,6 +148,9 @@ public:
     /// Executes set("<path>", "<attribute>", "<value>") on the root and writes it down. False if it went wrong.
     bool Set(const std::string& path, const std::string& attribute, const std::string& value);
 
+    /// Why the last command went wrong, as one sentence.
+    std::string Reason() const;
+
     /// The commands so far as a macro.
     bool WriteMacro(const std::string& file) const;
 

@@ -73,9 +73,8 @@ static void Note(const KORVO_SimulateMemory& memory, const KORVO_Places& places)
 
 static KORVO_Stop CannotLoad(const KORVO_Places& places, const KORVO_Tree& tree)
 {
-    const std::string status = AK_Object::_execStatus.c_str();
     return {KORVO_FAILED, InLanguage("the run cannot be loaded from '", "die Rechnung ist nicht ladbar aus '") +
-                              places.partial + "': " + KORVO_Sentence(status.empty() ? tree.FirstFailure() : status)};
+                              places.partial + "': " + tree.Reason()};
 }
 
 // From what is there to a state at the end of the run.

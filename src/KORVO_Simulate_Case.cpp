@@ -106,8 +106,7 @@ void KORVO_Case::Do(const Command& command)
     if (KORVO_Watched::IsInterrupted()) throw KORVO_Stop{KORVO_INTERRUPTED, ""};
     if (_tree.Set(command.path, command.attribute, ValueIn(_partial, command))) return;
     if (KORVO_Watched::IsInterrupted()) throw KORVO_Stop{KORVO_INTERRUPTED, ""};
-    const std::string status = AK_Object::_execStatus.c_str();
-    throw KORVO_Stop{KORVO_FAILED, KORVO_Sentence(status.empty() ? _tree.FirstFailure() : status)};
+    throw KORVO_Stop{KORVO_FAILED, _tree.Reason()};
 }
 
 void KORVO_Case::DoAndKeep(const std::string& path, const std::string& attribute, const std::string& value)

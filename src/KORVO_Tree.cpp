@@ -68,7 +68,8 @@ static constexpr const char* beginnings[] = {
     "no area",
     "third argument of get()",
 };
-static constexpr const char* parts[] = {" syntax errors in ", " finds no ", "' is not all a number", " failed!"};
+static constexpr const char* parts[] = {" syntax errors in ", " finds no ", "' is not all a number",
+                                        "' ist nicht ganz eine Zahl", " failed!"};
 
 bool KORVO_TellsOfFailure(const char* message)
 {
@@ -86,11 +87,17 @@ bool KORVO_TellsOfFailure(const char* message)
 
 static int numFailures = 0;
 static std::string firstFailure;
+static std::vector<std::string> reasons;   // what was said of the present command from its first failure on
 static void (*listener)(const char* message, const char* location) = nullptr;   // who heard the messages before
 
 static void Listen(const char* message, const char* location)
 {
-    if (KORVO_TellsOfFailure(message) && ++numFailures == 1) firstFailure = message;
+    static constexpr size_t mostReasons = 3;
+    const bool tellsOfFailure = KORVO_TellsOfFailure(message);
+    if (tellsOfFailure && ++numFailures == 1) firstFailure = message;
+    const bool repeats = std::strncmp(message, "error ", 6) == 0;   // the status, with the command around it
+    if (!repeats && reasons.size() < mostReasons && (tellsOfFailure || !reasons.empty()))
+        reasons.push_back(KORVO_Sentence(message));
     listener(message, location);
 }
 
@@ -163,9 +170,21 @@ bool KORVO_Tree::Set(const std::string& path, const std::string& attribute, cons
     const AK_String command = AK_Object::CommandString(path.c_str(), attribute.c_str(), value.c_str());
     _macro += std::string(command.c_str()) + "\n";
     const int before = numFailures;
+    reasons.clear();
     AK_Object::_execStatus = "";
     _root->ExecCommand(command, 1);
     return AK_Object::_execStatus.IsEmpty() && numFailures == before;
+}
+
+// A reader tells what is wrong with a file in messages, and by the status that there was something.
+std::string KORVO_Tree::Reason() const
+{
+    const std::string status = KORVO_Sentence(AK_Object::_execStatus.c_str());
+    std::string text;
+    for (const std::string& reason : reasons) text += (text.empty() ? "" : "; ") + reason;
+    const bool isBare =
+        text.empty() || text.starts_with("could not execute");   // the status knows more, if there is one
+    return isBare && !status.empty() ? status : text;
 }
 
 bool KORVO_Tree::WriteMacro(const std::string& file) const

@@ -89,6 +89,7 @@ TEST_F(Simulate, RefusesWithOneSentenceAndLeavesNothingButTheLog)
     WriteFile(Work("degrees.asc"),
               "ncols 2\nnrows 2\nxllcorner 11\nyllcorner 47\ncellsize 0.001\nNODATA_value -9\n1 2 3 4\n");
     WriteFile(Work("text.asc"), "no raster\n");
+    WriteFile(Work("half.asc"), FileBytes(Work("chute.asc")).substr(0, 1000));
     WriteFile(Work("far.nxyz"), "3\n500000 500000 0\n500010 500000 0\n500000 500010 0\n");
     WriteFile(Work("thin.nxyz"), "3\n30 0 0\n60 0 0\n80 0 0\n");
     WriteFile(Work("none.nxyz"), "no lines\n");
@@ -151,7 +152,8 @@ TEST_F(Simulate, RefusesWithOneSentenceAndLeavesNothingButTheLog)
         return arguments;
     };
     expect(on("degrees.asc"), 1, "'degrees.asc' is in degrees");
-    expect(on("text.asc"), 1, "--terrain text.asc: ");
+    expect(on("text.asc"), 1, "'no' stands where a keyword with its value is expected");
+    expect(on("half.asc"), 1, "--terrain half.asc: wrong number of z-values");
     expect(on("nowhere.asc"), 1, "there is no file 'nowhere.asc'");
     expect({"simulate", "--terrain", "chute.asc", "--release", "release.nxyz"}, 2, "there is no --out");
     expect({"simulate", "--terrain", "chute.asc", "--out", "out"}, 2, "there is no --release");
