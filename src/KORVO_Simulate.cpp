@@ -134,18 +134,20 @@ static void TellInterrupted(const KORVO_Places& places)
                  places.out.c_str());
 }
 
-// What a failure leaves is thrown away, unless it holds what was computed before or all there is.
+// What a failure leaves is thrown away, unless it holds what was computed before or all there is. now: what was typed
+// to go on with an interrupted run, null for one that begins.
 static int Work(const KORVO_Arguments& arguments, const KORVO_Places& places, KORVO_SimulateMemory& memory,
                 KORVO_Tree& tree, bool isContinued)
 {
-    KORVO_Watched watched(arguments.Has("quiet"), places.partial, memory);
-    bool isWorthKeeping = isContinued;
+    const bool isQuiet = (now ? *now : arguments).Has("quiet");
+    KORVO_Watched watched(isQuiet, places.partial, memory);
+    bool isWorthKeeping = now != nullptr;
     std::string table;
     int status = KORVO_DONE;
     try {
         memory.process = AK_System::ProcessMark().c_str();
         korvoAtFault = AbandonAtFault;
-        placesAtFault = isContinued ? nullptr : &places;
+        placesAtFault = now ? nullptr : &places;
         Note(memory, places);
         OpenLog(places.partial + "/log.txt");
         KORVO_Case run(arguments, tree, places.Id(), places.name, places.partial);
@@ -163,7 +165,7 @@ static int Work(const KORVO_Arguments& arguments, const KORVO_Places& places, KO
             places.Abandon(stop.status != KORVO_BAD_USAGE);
         throw;
     }
-    if (!arguments.Has("quiet"))
+    if (!isQuiet)
         std::printf(InLanguage("%s\nResults in %s\n", "%s\nErgebnisse in %s\n"), table.c_str(), places.out.c_str());
     if (std::fflush(stdout) != 0) std::clearerr(stdout);   // nobody may listen any more; the results are there
     return status;
@@ -183,12 +185,21 @@ static int Start(const KORVO_Arguments& arguments, const std::vector<std::string
     }
     const KORVO_Places places(arguments.Value("out"));
     places.Make(arguments.Has("force"));
-    return Work(arguments, places, memory, tree, false);
+    return Work(arguments, places, memory, tree, nullptr);
 }
 
 // With the words that were typed then, in the directory where they were typed.
 static int Continue(const KORVO_Arguments& given)
 {
+    for (const KORVO_Option& option : given.Subcommand().options) {
+        const std::string name = option.name;
+        if (given.Has(option.name) && name != "continue" && name != "quiet")
+            throw KORVO_Stop{KORVO_BAD_USAGE,
+                             "--continue: " +
+                                 std::string(InLanguage("the options are those of then, without '--",
+                                                        "die Optionen sind die von damals, ohne '--")) +
+                                 name + "'"};
+    }
     const KORVO_Places wanted(given.Value("continue"));
     KORVO_SimulateMemory memory;
     if (!memory.Read(wanted.partial))
@@ -211,7 +222,7 @@ static int Continue(const KORVO_Arguments& given)
         throw KORVO_Stop{KORVO_FAILED,
                          InLanguage("the directory is gone: '", "das Verzeichnis ist weg: '") + memory.directory + "'"};
     KORVO_Tree tree;
-    return Work(arguments, places, memory, tree, true);
+    return Work(arguments, places, memory, tree, &given);
 }
 
 static int Simulate(const KORVO_Arguments& arguments)

@@ -160,6 +160,7 @@ TEST_F(Simulate, RefusesWithOneSentenceAndLeavesNothingButTheLog)
     expect(Arguments({"--out", "folder"}), 1, "'folder' is there already; --force replaces it");
     expect(Arguments({"--out", "folder", "--force"}), 1, "'folder' was not made by korvo simulate");
     expect(Arguments({"--out", ".."}), 2, "'..' is no name for a new directory");
+    expect({"simulate", "--continue", "out", "--threads=2"}, 2, "the options are those of then, without '--threads'");
     expect({"simulate", "--continue", "nowhere"}, 1, "no interrupted run in 'nowhere.partial'");
 }
 
