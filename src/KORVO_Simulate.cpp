@@ -137,7 +137,7 @@ static void TellInterrupted(const KORVO_Places& places)
 // What a failure leaves is thrown away, unless it holds what was computed before or all there is. now: what was typed
 // to go on with an interrupted run, null for one that begins.
 static int Work(const KORVO_Arguments& arguments, const KORVO_Places& places, KORVO_SimulateMemory& memory,
-                KORVO_Tree& tree, bool isContinued)
+                KORVO_Tree& tree, const KORVO_Arguments* now)
 {
     const bool isQuiet = (now ? *now : arguments).Has("quiet");
     KORVO_Watched watched(isQuiet, places.partial, memory);
