@@ -140,12 +140,14 @@ std::span<const AK_Row> SW_InitialConditions::Rows()
     using S = SW_InitialConditions;
     // clang-format off
     static constexpr Row rows[] = {
-        {"Create",       command<&S::Create>},
-        {"Clone",        command<&S::Clone>},
-        {"LinesOfType",  shown<&S::LinesOfType>},
-        {"Import",       command<&S::Import>},
-        {"LoadRelFile",  command<&S::LoadRelFile>},
-        {"ProjectOnto",  command<&S::ProjectOnto>},
+        {"Create",        command<&S::Create>},
+        {"Clone",         command<&S::Clone>},
+        {"LinesOfType",   shown<&S::LinesOfType>},
+        {"Import",        command<&S::Import>},
+        {"LoadRelFile",   command<&S::LoadRelFile>},
+        {"NewDepth",      pair<&S::_newDepth, &S::NewDepth>},        // m
+        {"NewDensity",    pair<&S::_newDensity, &S::NewDensity>},    // kg/m3
+        {"ProjectOnto",   command<&S::ProjectOnto>},
         {"MeshPathsList", shown<&S::MeshPathsList>},
     };
     // clang-format on
@@ -160,7 +162,17 @@ SW_InitialConditions::SW_InitialConditions(const AK_String& id, AK_Object* paren
 
 SW_Polyline* SW_InitialConditions::NewLine(const AK_String& id, AK_Object* parent) const
 {
-    return new SW_InitialCondition(id, parent);
+    auto* area = new SW_InitialCondition(id, parent);
+    if (!_newDepth.IsEmpty()) area->Set("Depth", _newDepth);
+    if (!_newDensity.IsEmpty()) area->Set("Density", _newDensity);
+    return area;
+}
+
+void SW_InitialConditions::SetNew(AK_String& value, const AK_String& text)
+{
+    double checked = 0;
+    if (!text.IsEmpty()) SW_SetAmount(checked, text);
+    if (_execStatus.IsEmpty()) value = text;
 }
 
 void SW_InitialConditions::Import(const AK_String& path)

@@ -85,10 +85,20 @@ public:
     void Import(const AK_String& path);
     void LoadRelFile(const AK_String& path);
 
+    /// What areas begin with that are made or read from now on, by the number as text; "" for the default of areas.
+    void NewDepth(const AK_String& text) { SetNew(_newDepth, text); }       // m
+    void NewDensity(const AK_String& text) { SetNew(_newDensity, text); }   // kg/m3
+
     SW_InitialCondition* Area(int i) const { return static_cast<SW_InitialCondition*>(_components[i]); }
 
 protected:
     const char* LineType() const override { return SW_InitialCondition::type; }
     SW_Polyline* NewLine(const AK_String& id, AK_Object* parent) const override;
     void TakeKeys(SW_Polyline& line, const SW_KeysOfLine& keys) override;
+
+private:
+    static void SetNew(AK_String& value, const AK_String& text);
+
+    AK_String _newDepth;
+    AK_String _newDensity;
 };

@@ -134,8 +134,7 @@ TEST_F(Avalanche, IsTheSameInTheBackgroundAndInABatch)
         EXPECT_TRUE(Steps() == steps) << way.why << FileBytes(SimulationFile("start.log"));
     }
     // A second terminal sees the run.
-    const std::string command = std::string(KORVO_SOURCE_DIR "/scripts/watch -1 ") + Work("chute_project").c_str() +
-                                " > " + Work("watched").c_str();
+    const std::string command = std::string(KORVO_PROGRAM " watch --once ") + Work("chute_project").c_str() + " > " + Work("watched").c_str();
     const std::string mark = AK_System::ProcessMark().c_str();
     const std::pair<std::string, const char*> states[] = {
         {FileBytes(SimulationFile(".simulation_status")), "finished "},

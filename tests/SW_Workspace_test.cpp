@@ -284,6 +284,15 @@ TEST_F(Launcher, FindsTheInstalledProgramAndItsFilesAlsoForTheBackground)
         std::string::npos)
         << conversation.output;
     EXPECT_NE(FileBytes(Work("written")).find("\"Active\""), std::string::npos) << conversation.output;
+
+    AK_System::RemoveFile(Work("written"));
+    const Conversation subcommand = Converse("", [&] {
+        if (chdir(Work("").c_str()) != 0) return 1;
+        execl("./k", "k", "play", "two.macro", nullptr);
+        return 1;
+    });
+    EXPECT_EQ(subcommand.status, 0) << subcommand.output;
+    EXPECT_TRUE(AK_System::FileExists(Work("written"))) << subcommand.output;
 }
 
 // ----------------------------------------------------------------------------------------------------------------
