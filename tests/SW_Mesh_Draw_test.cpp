@@ -148,14 +148,14 @@ static bool vertexDrawn = false;
 
 TEST_F(SW_Mesh_Draw, WhatHasNotChangedIsDrawnFromItsList)
 {
-    AK_SetSoglContext();
+    auto mesh = CartesianMesh(4, 4, 10, [](double x, double y) { return x + y; });
+    LookAt(*mesh, 4, 4);
     aglGenLists = [](int) { return ++lastList; };
     aglNewList = [](unsigned list, unsigned) { listCalls += "new" + std::to_string(list) + " "; };
     aglEndList = [] { listCalls += "end "; };
     aglCallList = [](unsigned list) { listCalls += "call" + std::to_string(list) + " "; };
     aglDeleteLists = [](unsigned list, int) { listCalls += "delete" + std::to_string(list) + " "; };
     aglVertex3f = [](float, float, float) { vertexDrawn = true; };
-    auto mesh = CartesianMesh(4, 4, 10, [](double x, double y) { return x + y; });
     const auto calls = [&] {
         listCalls.clear();
         vertexDrawn = false;
