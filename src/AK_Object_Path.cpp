@@ -23,13 +23,21 @@ namespace {
 // walk that notes which are taken, and not by trying them one after the other.
 class Siblings {
 public:
-    Siblings(const AK_Object* parent, const AK_Object* self) : _parent(*parent), _self(self) {}
+    /// `beingLoaded` is the directory of the object that is made from disc, and so may bear its name. In a container a
+    /// new one would be saved over what is not loaded.
+    Siblings(const AK_Object* parent, const AK_Object* self, const AK_String& beingLoaded)
+        : _parent(*parent), _self(self)
+    {
+        const AK_String& dir = parent->ProjectDir();
+        const bool isLoading = beingLoaded.StartsWith((dir + "/").c_str());
+        if (!dir.IsEmpty() && parent->IsOfType("Container") && !isLoading) _directory = dir;
+    }
 
     bool Have(const AK_String& id) const
     {
         bool found = false;
         ForEach([&](const char* other) { found = found || id == other; });
-        return found;
+        return found || IsOnDisc(id);
     }
 
     // The first number above n for which nobody is called "<stem>_<number in four digits>"; maxIdNumber + 1 for none.
@@ -43,7 +51,7 @@ public:
             const char* digits = other + length + 1;
             if (std::strlen(digits) == 4 && std::strspn(digits, "0123456789") == 4) taken[std::atoi(digits)] = 1;
         });
-        for (++n; n <= maxIdNumber && taken[n];) ++n;
+        for (++n; n <= maxIdNumber && (taken[n] || IsOnDisc(stem + AK_String(n, "_%04d")));) ++n;
         return n;
     }
 
@@ -62,6 +70,12 @@ public:
     }
 
 private:
+    bool IsOnDisc(const AK_String& id) const
+    {
+        return !_directory.IsEmpty() && !(id == _self->Id()) &&
+               AK_System::FilesList(_directory + "/" + id, "atr").Size() == 1;
+    }
+
     template <class Action>
     void ForEach(const Action& action) const
     {
@@ -71,6 +85,7 @@ private:
 
     const AK_Object& _parent;
     const AK_Object* _self;
+    AK_String _directory;   // of a container that a new object joins
 };
 
 }   // namespace
@@ -105,8 +120,9 @@ void AK_Object::Id(const AK_String& newId)
     const AK_String oldId = _id;
     if (!oldId.IsEmpty() && !(id == oldId) && RefusesAsFixed()) return;
     if (_parent && IsNameOfRoot(id, *Root())) {
-        const AK_String refusal = AK_String("'") + id + InLanguage("' means the root of all objects: no other bears it",
-                                                                   "' meint die Wurzel aller Objekte: kein anderes heisst so");
+        const AK_String refusal =
+            AK_String("'") + id + InLanguage("' means the root of all objects: no other bears it",
+                                             "' meint die Wurzel aller Objekte: kein anderes heisst so");
         if (!oldId.IsEmpty()) {
             _execStatus = refusal;
             return;
@@ -114,7 +130,7 @@ void AK_Object::Id(const AK_String& newId)
         AK_MSG("WARNING: " << refusal);
         id = id + "_0001";
     }
-    if (_parent) MakeUnique(id, Siblings(_parent, this));
+    if (_parent) MakeUnique(id, Siblings(_parent, this, _directoryToLoad));
 
     _id = id;
     if (oldId.IsEmpty() || _projectDir.IsEmpty()) return;

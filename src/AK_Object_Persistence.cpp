@@ -208,5 +208,7 @@ AK_Object* AK_Object::LoadedComponent(const AK_String& id)
     AK_Object* component = ComponentFromDirectory(id, _projectDir + "/" + id);
     if (!component) return nullptr;
     component->LoadProject(_projectDir + "/" + id);
-    return _execStatus.IsEmpty() ? component : nullptr;   // nothing must act on defaults in place of what lies there
+    if (_execStatus.IsEmpty()) return component;
+    AK_MSG("WARNING: " << _execStatus);   // what asked for it may go on without, and empty the status
+    return nullptr;                       // nothing must act on defaults in place of what lies there
 }

@@ -60,6 +60,21 @@ TEST_F(AK_ContainerTest, WhatIsUnloadedIsListedAndComesBackAsItWasSaved)
     ExpectConsistent(root);
 }
 
+TEST_F(AK_ContainerTest, ANewObjectTakesNoNameOfOneThatIsNotLoaded)
+{
+    SaveThreeThings();
+    const std::string saved = FileBytes(directory / "project/Things/b/Thing.atr");
+    things->Set("UnloadComponent", "b");
+    things->Add("b")->Set("Number", "7");
+    things->Component("c")->Set("Id", "b");
+    root.Set("SaveProject", "");
+    EXPECT_EQ(ComponentIds(*things), (Lines{"a", "b_0002", "b_0001"}));
+    EXPECT_EQ(FileBytes(directory / "project/Things/b/Thing.atr"), saved);
+    things->Set("LoadComponent", "b");
+    EXPECT_EQ(Text(root.Get("Things/b:Number")), "2");
+    ExpectConsistent(root);
+}
+
 TEST_F(AK_ContainerTest, OnlyWhatIsADirectoryOfAKnownTypeCanBeLoaded)
 {
     SaveThreeThings();

@@ -3,6 +3,7 @@
 
 #include "AK_Group_TestSupport.h"
 
+#include <algorithm>
 #include <climits>
 #include <csignal>
 #include <filesystem>
@@ -172,6 +173,7 @@ TEST_F(AK_ObjectFilesTest, ACommandWhosePathFailsToLoadIsNotExecuted)
         Messages();
         const Lines said = Run(again, command.c_str());
         EXPECT_EQ(Status(), error) << command;
+        EXPECT_EQ(std::count(said.begin(), said.end(), "WARNING: " + error), 1) << command;
         EXPECT_EQ(said.back(), "error when executing '" + command + "':" + error);
         EXPECT_NE(Text(again.ObjectById("b/c")->Get("Number")), "77") << command;
         again.Set("SaveProject", "");
